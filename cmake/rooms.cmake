@@ -1,0 +1,15 @@
+# room_sources(OUT FOLDER…): the .cpp files of the folders for the target platform. `x_posix.cpp` and `x_windows.cpp`
+# implement the same header; exactly one of them is compiled.
+function(room_sources out)
+  set(patterns "")
+  foreach(folder IN LISTS ARGN)
+    list(APPEND patterns ${folder}/*.cpp)
+  endforeach()
+  file(GLOB sources CONFIGURE_DEPENDS ${patterns})
+  if(WIN32)
+    list(FILTER sources EXCLUDE REGEX "_posix\\.cpp$")
+  else()
+    list(FILTER sources EXCLUDE REGEX "_windows\\.cpp$")
+  endif()
+  set(${out} ${sources} PARENT_SCOPE)
+endfunction()
