@@ -1,0 +1,74 @@
+// References to Python objects and the interpreter lock.
+//
+// The interpreter is entered from any host thread and the lock is never kept between calls: whatever touches a Python
+// object opens a GilGuard first and puts each new reference into a PyObjectPtr at once. No lock is taken before the
+// interpreter has started (`ensure_interpreter`).
+#pragma once
+
+#include <utility>
+
+#include "extension/python_api.h"
+
+namespace ling::cpython {
+
+// Holds the interpreter lock for a scope; nests. A thread that comes for the first time gets a Python thread state that
+// it keeps until it ends, so that coming again is cheap.
+class [[nodiscard]] GilGuard {
+ public:
+  GilGuard() noexcept;
+  ~GilGuard() { PyGILState_Release(state_); }
+  GilGuard(const GilGuard&) = delete;
+  GilGuard& operator=(const GilGuard&) = delete;
+
+ private:
+  PyGILState_STATE state_;
+};
+
+// A reference that somebody else owns: an argument, an item of a tuple, a singleton.
+class PyObjectPtr_Borrowed {
+ public:
+  PyObjectPtr_Borrowed(PyObject* object) noexcept : object_(object) {}
+  PyObject* get() const noexcept { return object_; }
+  explicit operator bool() const noexcept { return object_ != nullptr; }
+
+ private:
+  PyObject* object_;
+};
+
+// An owned reference. May be destroyed on any thread, with or without the lock: the destructor takes it.
+class [[nodiscard]] PyObjectPtr {
+ public:
+  PyObjectPtr() noexcept = default;
+  // Adopts a new reference, the result of a call that returns one; null is allowed.
+  explicit PyObjectPtr(PyObject* new_reference) noexcept : object_(new_reference) {}
+  // Takes a reference of its own; the lock must be held.
+  static PyObjectPtr share(PyObjectPtr_Borrowed borrowed) noexcept {
+    Py_IncRef(borrowed.get());
+    return PyObjectPtr(borrowed.get());
+  }
+  PyObjectPtr(PyObjectPtr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+  PyObjectPtr& operator=(PyObjectPtr&& other) noexcept {
+    PyObjectPtr(std::move(other)).swap(*this);
+    return *this;
+  }
+  PyObjectPtr(const PyObjectPtr&) = delete;
+  PyObjectPtr& operator=(const PyObjectPtr&) = delete;
+  ~PyObjectPtr() {
+    if (object_ != nullptr) {
+      release_locked(object_);
+    }
+  }
+
+  PyObject* get() const noexcept { return object_; }
+  explicit operator bool() const noexcept { return object_ != nullptr; }
+  // Hands the reference over to a caller or callee that steals it.
+  [[nodiscard]] PyObject* release() noexcept { return std::exchange(object_, nullptr); }
+  void swap(PyObjectPtr& other) noexcept { std::swap(object_, other.object_); }
+
+ private:
+  static void release_locked(PyObject* object) noexcept;
+
+  PyObject* object_ = nullptr;
+};
+
+}  // namespace ling::cpython

@@ -1,0 +1,210 @@
+// Callables: everything that can be called. Functions, methods, bound methods, multimethods, and classes (calling a class
+// makes an instance).
+//
+// A callable is entered through `call` with a row of arguments; the row is borrowed for the call. A method takes its
+// receiver as the first argument until it is bound. A callable that takes no receiver although it stands in a class, or
+// stands alone, is independent.
+//
+// Errors: a call returns its result or an Error; C++ exceptions thrown by the called function become Errors.
+#pragma once
+
+#include <atomic>
+#include <span>
+#include <vector>
+
+#include "ling/any.h"
+#include "ling/string.h"
+#include "ling/union.h"
+
+namespace ling {
+
+class Class_Generic;
+class HashMap_Generic;
+class List_Generic;
+class Signature;
+class Type;
+
+struct named_argument {
+  String name;
+  Any value;
+};
+
+class LING_API object_value_callable : public object_value {
+ public:
+  virtual Any call(std::span<const Any> arguments) const = 0;
+  // Positional arguments first, then those given by name. The default places named arguments by the parameter names of
+  // the signature and fills gaps with defaults; unknown, repeated and missing names are BadArguments.
+  virtual Any call_named(std::span<const Any> positional, std::span<const named_argument> named) const;
+
+  virtual String name() const = 0;
+  virtual String doc() const = 0;
+  virtual Result<Signature> signature() const = 0;
+  virtual bool is_independent() const noexcept { return true; }
+  virtual void set_independent(bool) noexcept {}
+  // The module or class that declares it, empty when none does.
+  virtual Any declaring_context() const { return {}; }
+  virtual void set_declaring_context(const Any&) {}
+
+  // The Error for a call with a number of arguments that the callable does not accept.
+  Any error_arguments_count(std::size_t given) const;
+
+ protected:
+  explicit object_value_callable(object_traits traits = object_traits::none) noexcept
+      : object_value(traits | object_traits::callable) {}
+};
+
+class LING_API I_Callable_Generic : public Handle<I_Callable_Generic, object_value_callable> {
+  LING_HANDLE(I_Callable_Generic, object_value_callable)
+
+  template <class... Arguments>
+  Any operator()(const Arguments&... arguments) const {
+    const Any row[sizeof...(Arguments) + 1] = {Any(arguments)..., Any()};
+    return object().call(std::span<const Any>(row, sizeof...(Arguments)));
+  }
+  Any callWith(std::span<const Any> arguments) const { return object().call(arguments); }
+  Any callWith(const List_Generic& arguments) const;
+  Any callWithNamed(const HashMap_Generic& named) const;
+  // Positional arguments, then named ones; a key that is not a String is a BadArgument.
+  Any callWithNamed(const List_Generic& positional, const HashMap_Generic& named) const;
+
+  String name() const { return object().name(); }
+  String doc() const { return object().doc(); }
+  Result<Signature> signature() const { return object().signature(); }
+  Type resultType() const;             // untyped when the signature cannot be told
+  std::size_t parameterCount() const;  // 0 when the signature cannot be told
+  bool isIndependent() const noexcept { return object().is_independent(); }
+  void setIndependent(bool independent = true) const noexcept { object().set_independent(independent); }
+  // A callable that passes `instance` as the first argument.
+  I_Callable_Generic bindInstance(const Any& instance) const;
+  Any declaringContext() const { return object().declaring_context(); }
+
+  static bool matches(const object_value* object) noexcept {
+    return object != nullptr && object->has(object_traits::callable);
+  }
+  static Type getType();
+  static Class_Generic getClass();
+};
+
+// A callable whose result is known to be a T.
+template <class T>
+class I_Callable : public Handle<I_Callable<T>, object_value_callable, I_Callable_Generic> {
+  using Handle = ling::Handle<I_Callable<T>, object_value_callable, I_Callable_Generic>;
+  LING_HANDLE(I_Callable, object_value_callable)
+};
+
+// A callable that keeps what it was declared with.
+class LING_API object_value_function : public object_value_callable {
+ public:
+  // What a native function's parameters and result are; asked for on first need, since the classes it names may not be
+  // built yet when the function is declared.
+  struct native_types {
+    std::vector<Type> (*parameters)();
+    Type (*result)();
+  };
+  // How the function is declared. The signature text lists the parameter names: "path, flags, rest...", where three dots
+  // mark a variadic last parameter. Defaults belong to the last parameters.
+  struct declaration {
+    String name;
+    String signature_text;
+    String doc;
+    std::vector<Any> defaults;
+    bool has_receiver = false;
+  };
+
+  ObjectType type() const noexcept override { return ObjectType::Callable; }
+  object_value_class& object_class() const override;
+  String name() const override { return declaration_.name; }
+  String doc() const override { return declaration_.doc; }
+  Result<Signature> signature() const override;
+  bool is_independent() const noexcept override { return independent_.load(std::memory_order_relaxed); }
+  void set_independent(bool independent) noexcept override {
+    independent_.store(independent, std::memory_order_relaxed);
+  }
+  Any declaring_context() const override;
+  void set_declaring_context(const Any& context) override;
+
+ protected:
+  object_value_function(declaration declared, native_types types);
+
+  // The default of parameter `index`, null when it has none.
+  const Any* default_of(std::size_t index, std::size_t parameter_count) const noexcept;
+  Any error_bad_argument(std::size_t index, const Any& value) const;
+
+ private:
+  const declaration declaration_;
+  const native_types types_;
+  std::atomic<bool> independent_;
+  mutable std::atomic<object_value*> signature_{nullptr};
+  mutable std::atomic<object_value*> declaring_context_{nullptr};
+
+ public:
+  ~object_value_function() override;
+};
+
+// A callable with its receiver.
+class LING_API object_value_bound final : public object_value_callable {
+ public:
+  object_value_bound(I_Callable_Generic callable, Any instance) noexcept
+      : callable_(std::move(callable)), instance_(std::move(instance)) {}
+
+  ObjectType type() const noexcept override { return ObjectType::Callable; }
+  object_value_class& object_class() const override;
+  Any call(std::span<const Any> arguments) const override;
+  Any call_named(std::span<const Any> positional, std::span<const named_argument> named) const override;
+  String name() const override { return callable_.name(); }
+  String doc() const override { return callable_.doc(); }
+  Result<Signature> signature() const override;  // without the receiver
+  Any declaring_context() const override { return callable_.declaringContext(); }
+
+  const I_Callable_Generic& callable() const noexcept { return callable_; }
+  const Any& instance() const noexcept { return instance_; }
+
+ private:
+  I_Callable_Generic callable_;
+  Any instance_;
+};
+
+// A callable without parameters that always answers the same value; the getter of constant properties.
+class LING_API object_value_constant final : public object_value_callable {
+ public:
+  explicit object_value_constant(Any value) noexcept : value_(std::move(value)) {}
+  ObjectType type() const noexcept override { return ObjectType::Callable; }
+  object_value_class& object_class() const override;
+  Any call(std::span<const Any> arguments) const override;
+  String name() const override { return {}; }
+  String doc() const override { return {}; }
+  Result<Signature> signature() const override;
+
+  const Any& value() const noexcept { return value_; }
+
+ private:
+  const Any value_;
+};
+
+// Overloads under one name. A call goes to the overload whose parameters fit the arguments best: by number, then by how
+// near the classes of the arguments are to those of the parameters; the first declared wins a tie. When none fits, the
+// BadArgument lists the candidates.
+class LING_API object_value_multimethod final : public object_value_callable {
+ public:
+  object_value_multimethod(String name, std::vector<I_Callable_Generic> overloads)
+      : name_(std::move(name)), overloads_(std::move(overloads)) {}
+  ObjectType type() const noexcept override { return ObjectType::Multimethod; }
+  object_value_class& object_class() const override;
+  Any call(std::span<const Any> arguments) const override;
+  Any call_named(std::span<const Any> positional, std::span<const named_argument> named) const override;
+  String name() const override { return name_; }
+  String doc() const override;                   // the docs of the overloads, one after the other
+  Result<Signature> signature() const override;  // variadic, untyped
+  bool is_independent() const noexcept override;  // when all overloads are
+  Any declaring_context() const override;
+
+  const std::vector<I_Callable_Generic>& overloads() const noexcept { return overloads_; }
+  // The overloads that take no receiver.
+  std::vector<I_Callable_Generic> independent_functions() const;
+
+ private:
+  String name_;
+  std::vector<I_Callable_Generic> overloads_;
+};
+
+}  // namespace ling

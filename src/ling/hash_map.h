@@ -1,0 +1,84 @@
+// HashMap: a mapping that keeps the order in which keys were first inserted.
+//
+// Keys are immutable values (`I_Immutable`): numbers, texts, byte arrays, tuples of those, classes, and instances whose
+// class says so. Equality is that of compare_objects, so 1 and 1.0 are one key.
+//
+// Threads: every operation is atomic. Iteration works on a snapshot taken when it starts.
+#pragma once
+
+#include <utility>
+#include <vector>
+
+#include "ling/class.h"
+#include "ling/spinlock.h"
+
+namespace ling {
+
+namespace internal {
+class ordered_table;
+}
+
+class LING_API object_value_hash_map final : public object_value {
+ public:
+  // A typed map; null means untyped.
+  explicit object_value_hash_map(object_value_class* typed_class = nullptr);
+  ~object_value_hash_map() override;
+
+  ObjectType type() const noexcept override { return ObjectType::HashMap; }
+  object_value_class& object_class() const override;
+
+  std::size_t length() const noexcept;
+  // Whether the key was there; `*value` receives a copy when not null. An Error for a key that is not immutable.
+  Any find(const Any& key, Any* value, bool* found) const;
+  Any set(const Any& key, Any value);                     // None or an Error
+  Any remove(const Any& key, Any* value, bool* removed);  // None or an Error
+  void clear() noexcept;
+  std::vector<std::pair<Any, Any>> copy_pairs() const;
+
+ private:
+  object_value_class* const class_;
+  mutable spinlock lock_;
+  std::unique_ptr<internal::ordered_table> table_;
+};
+
+class LING_API HashMap_Generic : public Handle<HashMap_Generic, object_value_hash_map> {
+  LING_HANDLE(HashMap_Generic, object_value_hash_map)
+  HashMap_Generic() : Handle(new object_value_hash_map()) {}
+
+  std::size_t length() const noexcept { return object().length(); }
+  // A snapshot, in order.
+  std::vector<std::pair<Any, Any>> copyPairs() const { return object().copy_pairs(); }
+  bool contains(const Any& key) const;  // false for a key that is not immutable
+  // The value, or `otherwise` when the key is not there.
+  Any get(const Any& key, const Any& otherwise = {}) const;
+  void set(const Any& key, const Any& value) const;  // the key must be immutable
+  // None, or an Error when the key is not immutable or the key or value is not of the map's type.
+  Any setChecked(const Any& key, const Any& value) const;
+  bool remove(const Any& key) const;
+  Type keysType() const;
+  Type valuesType() const;
+
+  static bool matches(const object_value* object) noexcept {
+    return object != nullptr && object->type() == ObjectType::HashMap;
+  }
+  static Type getType();
+  static Class_Generic getClass();
+};
+
+template <class K, class V>
+class HashMap : public Handle<HashMap<K, V>, object_value_hash_map, HashMap_Generic> {
+  using Handle = ling::Handle<HashMap<K, V>, object_value_hash_map, HashMap_Generic>;
+  LING_HANDLE(HashMap, object_value_hash_map)
+  HashMap() : Handle(new object_value_hash_map(&getClass().object())) {}
+  void set(const K& key, const V& value) const { HashMap_Generic::set(key, value); }
+  static bool matches(const object_value* object) {
+    return HashMap_Generic::matches(object) && object->object_class().is_ancestor(getClass().object());
+  }
+  static Type getType() { return Type::of(getClass()); }
+  static Class_Generic getClass() {
+    const Type arguments[] = {K::getType(), V::getType()};
+    return generic_instance(HashMap_Generic::getClass(), arguments);
+  }
+};
+
+}  // namespace ling

@@ -1,0 +1,57 @@
+// HashSet: a set that keeps the order in which its values were first inserted. What HashMap says of keys holds for its
+// values, and what it says of threads holds here.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "ling/class.h"
+#include "ling/spinlock.h"
+
+namespace ling {
+
+namespace internal {
+class ordered_table;
+}
+
+class LING_API object_value_hash_set final : public object_value {
+ public:
+  explicit object_value_hash_set(object_value_class* typed_class = nullptr);
+  ~object_value_hash_set() override;
+
+  ObjectType type() const noexcept override { return ObjectType::HashSet; }
+  object_value_class& object_class() const override;
+
+  std::size_t length() const noexcept;
+  Any contains(const Any& value, bool* found) const;    // None or an Error
+  Any insert(const Any& value, bool* inserted);         // None or an Error
+  Any remove(const Any& value, bool* removed);          // None or an Error
+  void clear() noexcept;
+  std::vector<Any> copy_items() const;
+
+ private:
+  object_value_class* const class_;
+  mutable spinlock lock_;
+  std::unique_ptr<internal::ordered_table> table_;
+};
+
+class LING_API HashSet_Generic : public Handle<HashSet_Generic, object_value_hash_set> {
+  LING_HANDLE(HashSet_Generic, object_value_hash_set)
+  HashSet_Generic() : Handle(new object_value_hash_set()) {}
+
+  std::size_t length() const noexcept { return object().length(); }
+  std::vector<Any> copyItems() const { return object().copy_items(); }
+  bool contains(const Any& value) const;
+  // Whether the value was not there before; an Error for one that is not immutable or not of the set's type.
+  Any insert(const Any& value) const;
+  bool remove(const Any& value) const;
+  Type elementsType() const;
+
+  static bool matches(const object_value* object) noexcept {
+    return object != nullptr && object->type() == ObjectType::HashSet;
+  }
+  static Type getType();
+  static Class_Generic getClass();
+};
+
+}  // namespace ling

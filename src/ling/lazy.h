@@ -1,0 +1,69 @@
+// Lazy values: Computed (computed once, on first need), External (loaded from elsewhere), and weak references.
+#pragma once
+
+#include <functional>
+
+#include "ling/spinlock.h"
+#include "ling/union.h"
+
+namespace ling {
+
+class Class_Generic;
+
+// A value computed on first need and kept. Two threads that need it at once may both compute it; the first result is kept.
+class LING_API object_value_computed final : public object_value {
+ public:
+  explicit object_value_computed(std::function<Any()> compute)
+      : object_value(object_traits::lazy), compute_(std::move(compute)) {}
+  ObjectType type() const noexcept override { return ObjectType::Computed; }
+  object_value_class& object_class() const override;
+  // The value, which may be an Error. C++ exceptions of the computation become Errors.
+  Any force();
+
+ private:
+  spinlock lock_;
+  bool computed_ = false;
+  std::function<Any()> compute_;
+  Any value_;
+};
+
+template <class T>
+Computed<T> make_computed(std::function<Any()> compute) {
+  return Computed<T>::unchecked(make<object_value_computed>(std::move(compute)));
+}
+
+// A value that lives elsewhere and is loaded when it is looked at; every load may give another object.
+class LING_API object_value_external : public object_value {
+ public:
+  object_value_external() noexcept : object_value(object_traits::lazy) {}
+  ObjectType type() const noexcept override { return ObjectType::External; }
+  object_value_class& object_class() const override;
+  virtual Any load() = 0;
+};
+
+// Refers to an object without keeping it alive.
+class LING_API object_value_weak_reference final : public object_value {
+ public:
+  explicit object_value_weak_reference(const Any& target);
+  ~object_value_weak_reference() override;
+  ObjectType type() const noexcept override { return ObjectType::WeakReference; }
+  object_value_class& object_class() const override;
+  // The object, or an empty handle once it is gone.
+  Any get() const noexcept;
+
+ private:
+  struct cell* cell_;
+};
+
+class LING_API WeakReference : public Handle<WeakReference, object_value_weak_reference> {
+  LING_HANDLE(WeakReference, object_value_weak_reference)
+  explicit WeakReference(const Any& target) : Handle(new object_value_weak_reference(target)) {}
+  Any lock() const noexcept { return object().get(); }
+  static bool matches(const object_value* object) noexcept {
+    return object != nullptr && object->type() == ObjectType::WeakReference;
+  }
+  static Type getType();
+  static Class_Generic getClass();
+};
+
+}  // namespace ling

@@ -1,0 +1,97 @@
+// List: a growable sequence shared by reference.
+//
+// A List may be typed: `List<Integer>` refuses other items in its checked operations. Indices count from 0; negative ones
+// count from the end. An index out of range is an Error.
+//
+// Threads: every operation is atomic. Iteration works on a snapshot taken when it starts.
+#pragma once
+
+#include <initializer_list>
+#include <span>
+#include <vector>
+
+#include "ling/class.h"
+#include "ling/number.h"
+#include "ling/spinlock.h"
+
+namespace ling {
+
+class LING_API object_value_list final : public object_value {
+ public:
+  explicit object_value_list(std::vector<Any> items = {}) : object_value_list(nullptr, std::move(items)) {}
+  // A typed list; null means untyped.
+  object_value_list(object_value_class* typed_class, std::vector<Any> items) noexcept
+      : class_(typed_class), items_(std::move(items)) {}
+
+  ObjectType type() const noexcept override { return ObjectType::List; }
+  object_value_class& object_class() const override;
+
+  std::size_t length() const noexcept;
+  std::vector<Any> copy_items() const;
+  // An Error when the index is out of range.
+  Any at(std::int64_t index) const;
+  Any set(std::int64_t index, Any value);  // None or an Error
+  void append(Any value);
+  void append_all(std::span<const Any> values);
+  Any insert(std::int64_t index, Any value);  // before the item at `index`, clamped like Python's insert
+  Any remove_at(std::int64_t index, std::int64_t count);
+  Any pop(std::int64_t index);
+  void clear() noexcept;
+  // The index of the first item from `from` on that compares equal, -1 when there is none.
+  std::int64_t index_of(const Any& value, std::int64_t from) const;
+  void replace_all(std::vector<Any> items) noexcept;
+
+ private:
+  object_value_class* const class_;
+  mutable spinlock lock_;
+  std::vector<Any> items_;
+};
+
+class LING_API List_Generic : public Handle<List_Generic, object_value_list> {
+  LING_HANDLE(List_Generic, object_value_list)
+  List_Generic() : List_Generic(std::vector<Any>()) {}
+  explicit List_Generic(std::vector<Any> items) : Handle(new object_value_list(std::move(items))) {}
+  List_Generic(std::initializer_list<Any> items) : List_Generic(std::vector<Any>(items)) {}
+
+  std::size_t length() const noexcept { return object().length(); }
+  std::vector<Any> copyItems() const { return object().copy_items(); }
+  Any at(std::int64_t index) const { return object().at(index); }
+  Any set(std::int64_t index, const Any& value) const;  // None or an Error; checks the type
+  void append(const Any& value) const { object().append(value); }
+  Any appendChecked(const Any& value) const;  // None or an Error; checks the type
+  // The type of the items; untyped for an untyped list.
+  Type elementsType() const;
+
+  static bool matches(const object_value* object) noexcept {
+    return object != nullptr && object->type() == ObjectType::List;
+  }
+  static Type getType();
+  static Class_Generic getClass();
+};
+
+template <class T>
+class List : public Handle<List<T>, object_value_list, List_Generic> {
+  using Handle = ling::Handle<List<T>, object_value_list, List_Generic>;
+  LING_HANDLE(List, object_value_list)
+  List() : Handle(new object_value_list(&getClass().object(), {})) {}
+  List(std::initializer_list<T> items)
+      : Handle(new object_value_list(&getClass().object(), std::vector<Any>(items.begin(), items.end()))) {}
+  void append(const T& value) const { this->object().append(value); }
+  static bool matches(const object_value* object) {
+    return List_Generic::matches(object) && object->object_class().is_ancestor(getClass().object());
+  }
+  static Type getType() { return Type::of(getClass()); }
+  static Class_Generic getClass() {
+    const Type arguments[] = {T::getType()};
+    return generic_instance(List_Generic::getClass(), arguments);
+  }
+};
+template <>
+class List<Any> : public Handle<List<Any>, object_value_list, List_Generic> {
+  using Handle = ling::Handle<List<Any>, object_value_list, List_Generic>;
+  LING_HANDLE(List, object_value_list)
+  List() : Handle(new object_value_list()) {}
+  List(std::initializer_list<Any> items) : Handle(new object_value_list(std::vector<Any>(items))) {}
+};
+
+}  // namespace ling

@@ -1,0 +1,56 @@
+// Interned member names. Two names with the same text are the same pointer, so member lookup compares and hashes
+// pointers, never text. Interned names live for the life of the process.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+#include "ling/export.h"
+
+namespace ling {
+
+class String;
+class object_value;
+
+// One interned text. `text` is UTF-8 and zero-terminated.
+struct name_entry {
+  std::string_view text;
+  std::uint32_t hash;
+  mutable std::atomic<object_value*> string{nullptr};  // the text as a String, made on first request
+
+  constexpr name_entry(std::string_view name_text, std::uint32_t name_hash) noexcept
+      : text(name_text), hash(name_hash) {}
+};
+
+namespace internal {
+// The entry of a text, made on first request. Any thread.
+LING_API const name_entry& intern(std::string_view text);
+// The entry of a text that was interned before, or null. Any thread.
+LING_API const name_entry* find_interned(std::string_view text) noexcept;
+}  // namespace internal
+
+// The three kinds of member name differ only in type, so that a method's name is not passed where a property's is meant.
+template <class Kind>
+class meta_name {
+ public:
+  explicit meta_name(std::string_view text) : entry_(&internal::intern(text)) {}
+  explicit meta_name(const String& text);  // string.h
+  constexpr explicit meta_name(const name_entry& entry) noexcept : entry_(&entry) {}
+
+  String name() const;  // string.h
+  constexpr std::string_view text() const noexcept { return entry_->text; }
+  constexpr const name_entry& entry() const noexcept { return *entry_; }
+  friend constexpr bool operator==(meta_name a, meta_name b) noexcept { return a.entry_ == b.entry_; }
+
+ private:
+  const name_entry* entry_;
+};
+
+using meta_method_untyped = meta_name<struct method_kind>;
+using meta_property_untyped = meta_name<struct property_kind>;
+using meta_field_untyped = meta_name<struct field_kind>;
+
+}  // namespace ling

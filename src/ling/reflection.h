@@ -1,0 +1,56 @@
+// What can be asked of any value: its class, members, identity, hash, order and text.
+//
+// Member lookup asks, in this order: the members of the object alone, the class (own and inherited members), the hooks
+// of a class with dynamic members. The `raw_` forms ask the object and the class only, never a hook or a meta-method.
+#pragma once
+
+#include "ling/class.h"
+#include "ling/hash_map.h"
+#include "ling/ordering.h"
+
+namespace ling {
+
+// The class of a value. `raw_class_of` answers for the handle as it is; `class_of` for the value behind a lazy one.
+LING_API Class_Generic raw_class_of(const Any& value);
+LING_API Class_Generic class_of(const Any& value);
+// The name of a class, callable or module with that of its declaring context: "shop.Inventory", "shop.Inventory.add".
+// For any other value that of its class.
+LING_API String qualname(const Any& value);
+
+LING_API Union<I_Callable_Generic, None> method_of(const Any& value, meta_method_untyped name);
+LING_API Union<I_Callable_Generic, None> raw_method_of(const Any& value, meta_method_untyped name);
+LING_API Union<Property, None> property_of(const Any& value, meta_property_untyped name);
+LING_API Union<Property, None> raw_property_of(const Any& value, meta_property_untyped name);
+// Snapshots: String to I_Callable_Generic, String to Property.
+LING_API HashMap_Generic own_methods_of(const Any& value);
+LING_API HashMap_Generic own_properties_of(const Any& value);
+// Gives the object a property of its own with that value; replaces one it has. Values that can have no members of their
+// own (numbers, texts, containers) give an Error. `raw_insert_property` takes any property and asks no meta-method.
+LING_API Result<None> insert_property_value(const Any& value, meta_property_untyped name, const Any& property_value);
+LING_API Result<None> raw_insert_property(const Any& value, meta_property_untyped name, const Property& property);
+
+// Calls a method by name: "[method] …" errors come back as values; a missing method is `error_method_not_found`.
+LING_API Any call_method(const Any& value, meta_method_untyped name, std::span<const Any> arguments);
+LING_API Error error_method_not_found(const Any& value, meta_method_untyped name);
+LING_API Error error_property_not_found(const Any& value, meta_property_untyped name);
+
+// A number that no other live object has.
+LING_API std::uint64_t object_id(const Any& value) noexcept;
+// Equal immutable values have equal hashes. Mutable containers inside a tuple count only by kind; a mutable value itself
+// hashes by identity.
+LING_API std::uint64_t hash_of(const Any& value);
+
+// How two values compare. Numbers compare by value whatever their kind, texts and byte arrays by bytes, tuples and lists
+// item by item; maps and sets are equal or incomparable; instances by their `__compare__`, else by identity. Values of
+// different kinds are incomparable. An Error when `__compare__` gives one, or when the values are nested too deeply.
+LING_API Result<Ordering> compare_objects(const Any& a, const Any& b);
+// The same as a number, Incomparable for an error.
+LING_API ordering_value compare_objects_value(const Any& a, const Any& b);
+
+// The text of a value for people. A text is itself; inside containers it is quoted. Containers that hold themselves show
+// "[...]" in that place. An Error when a `__display__` gives one.
+LING_API Result<String> display(const Any& value);
+// The same; an error is shown in the text.
+LING_API String display_text(const Any& value);
+
+}  // namespace ling
