@@ -6,6 +6,7 @@ if(NOT Python3_ROOT_DIR AND NOT WIN32)
   set(Python3_ROOT_DIR /usr)
 endif()
 set(Python3_FIND_STRATEGY LOCATION)
+set(Python3_FIND_UNVERSIONED_NAMES FIRST)
 set(Python3_FIND_VIRTUALENV STANDARD)
 find_package(Python3 3.9 REQUIRED COMPONENTS Interpreter Development.Embed)
 message(STATUS "Python interpreter: ${Python3_EXECUTABLE} (${Python3_VERSION})")
@@ -24,7 +25,8 @@ if(NOT WIN32)
   # missing one at once instead of at its first call, all are bound when the file is loaded.
   add_library(corvantis_python_stub SHARED ${PROJECT_SOURCE_DIR}/cmake/empty.cpp)
   set_target_properties(corvantis_python_stub PROPERTIES OUTPUT_NAME python3
-    LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/${CORVANTIS_MODULE_DIR} INSTALL_RPATH_USE_LINK_PATH ON INSTALL_RPATH "")
+    LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/${CORVANTIS_MODULE_DIR}
+    INSTALL_RPATH "" INSTALL_RPATH_USE_LINK_PATH ON)
   target_link_options(corvantis_python_stub PRIVATE -Wl,--no-as-needed)
   target_link_libraries(corvantis_python_stub PRIVATE Python3::Python)
   target_link_options(corvantis_python_abi INTERFACE -Wl,--no-as-needed -Wl,--allow-shlib-undefined -Wl,-z,now)
