@@ -15,7 +15,7 @@ die() { say "$@"; exit 1; }
 is_installed() {
   case $1 in
     # Tools may come from elsewhere, e.g. a newer cmake than the distribution's.
-    g++ | cmake | clang | clang-tidy | clang-format) command -v "$1" >/dev/null ;;
+    g++ | cmake | clang | clang-tidy | clang-format-16 | shellcheck) command -v "$1" >/dev/null ;;
     ninja-build) command -v ninja >/dev/null ;;
     *) [[ $(dpkg-query -W -f='${Status}' "$1" 2>/dev/null) == *' installed' ]] ;;
   esac
