@@ -11,6 +11,7 @@
 #pragma once
 
 #include <atomic>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -32,6 +33,7 @@ inline constexpr std::uint64_t collection = 1ull << 17;       // answers `contai
 inline constexpr std::uint64_t sequence = 1ull << 24;         // items by position
 inline constexpr std::uint64_t dynamic_members = 1ull << 39;  // hooks answer for members the class does not register
 inline constexpr std::uint64_t interface = 1ull << 40;        // has no instances of its own
+inline constexpr std::uint64_t member_access = 1ull << 41;    // defines meta-methods that take over member access
 }  // namespace class_flags
 
 // Answers for members that a class with the flag `dynamic_members` does not register.
@@ -94,7 +96,8 @@ class LING_API object_value_class : public object_value_callable {
   // The type of the instances.
   Type instance_type() const;
 
-  // An instance without arguments and without running a constructor.
+  // An instance without running a constructor: without C++ data, or with data in its default state. An Error for an
+  // interface and for a class whose data needs a constructor.
   using allocator = Any (*)(object_value_class& of_class);
   Any allocate_instance();
   const dynamic_member_hooks* hooks() const noexcept { return hooks_; }
@@ -122,8 +125,8 @@ class LING_API object_value_class : public object_value_callable {
   ~object_value_class() override;
 
  private:
-  void store_member(class_member member);
-  void inherit(const class_member& member);
+  void merge(const class_member& addition);
+  void inherit(const class_member& former, const class_member& current);
 
   String name_;
   mutable spinlock lock_;  // guards doc_ and declaring_context_

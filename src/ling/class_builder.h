@@ -32,6 +32,8 @@ namespace ling {
 namespace internal {
 // A signature text with the receiver in front.
 LING_API String with_receiver(std::string_view receiver, const String& signature_text);
+// The allocator of classes without default instances: an Error.
+LING_API Any refuse_allocation(object_value_class& of_class);
 }  // namespace internal
 
 // One callable being described.
@@ -127,12 +129,9 @@ class LING_API class_builder_base {
   void set_allocator(object_value_class::allocator allocate, const std::type_info* native_type);
   void set_native_base(const Class_Generic& parent, void* (*upcast)(void*));
   void set_hooks(const dynamic_member_hooks& hooks);
-  // A class that is not made by `new object_value_class`: its members are added to this one. Takes over the reference.
-  void set_class_object(object_value_class* of_class);
-
   // The class, or the first error of the description.
   Result<Class_Generic> build();
-  const String& module() const noexcept { return module_; }
+  const String& module_name() const noexcept { return module_; }
 
  private:
   struct entries;
@@ -236,7 +235,7 @@ class LING_API class_definition_base {
   }
 
  protected:
-  constexpr class_definition_base(const char* name, Result<Class_Generic> (*describe)(const class_definition_base&),
+  constexpr class_definition_base(const char* name, Result<Class_Generic> (*describe)(const class_definition_base&, String& module),
                                   const std::type_info* native_type) noexcept
       : name_(name), describe_(describe), native_type_(native_type) {}
   ~class_definition_base() = default;
@@ -246,7 +245,7 @@ class LING_API class_definition_base {
   object_value_class& build_required() const;
 
   const char* name_;
-  Result<Class_Generic> (*describe_)(const class_definition_base&);
+  Result<Class_Generic> (*describe_)(const class_definition_base&, String& module);
   const std::type_info* native_type_;
   mutable std::atomic<object_value_class*> built_{nullptr};
 };
@@ -267,7 +266,7 @@ class class_definition : public class_definition_base {
       return nullptr;
     }
   }
-  static Result<Class_Generic> run(const class_definition_base& base) {
+  static Result<Class_Generic> run(const class_definition_base& base, String& module) {
     class_builder<T> builder{String(base.name())};
     if constexpr (has_native_data) {
       if constexpr (std::default_initializable<T>) {
@@ -277,7 +276,12 @@ class class_definition : public class_definition_base {
         builder.set_allocator(nullptr, &typeid(T));
       }
     }
+    if constexpr (!has_native_data && !std::is_void_v<T>) {
+      // Only the runtime makes the objects behind its handles.
+      builder.set_allocator(&internal::refuse_allocation, nullptr);
+    }
     static_cast<const class_definition&>(base).describe_(builder);
+    module = builder.module_name();
     return builder.build();
   }
 

@@ -23,7 +23,6 @@ class LING_API object_value_error : public object_value_instance {
   object_value_error(object_value_class& of_class, String message);
 
   String message() const;
-  void set_message(String message);
   String stack() const;
   void set_stack(String stack);
   Any value() const;
@@ -32,7 +31,7 @@ class LING_API object_value_error : public object_value_instance {
   void set_cause(std::exception_ptr cause);
 
  private:
-  String message_;
+  const String message_;
   String stack_;
   Any value_;
   std::exception_ptr cause_;

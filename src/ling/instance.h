@@ -7,6 +7,7 @@
 // Threads: fields and own members are guarded by a spinlock per object; C++ data is the host's to guard.
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <typeinfo>
 
@@ -51,11 +52,12 @@ class LING_API object_value_instance : public object_value {
 
  private:
   struct own_members;
-  own_members& own_members_locked();
+  own_members* own() const noexcept { return own_.load(std::memory_order_acquire); }
+  own_members& own_locked();
 
   object_value_class* class_;
   std::unique_ptr<Any[]> fields_;
-  std::unique_ptr<own_members> own_;
+  std::atomic<own_members*> own_{nullptr};  // made with the first own member, so that most lookups take no lock
 };
 
 // An instance that carries a C++ value.

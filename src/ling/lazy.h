@@ -1,7 +1,9 @@
 // Lazy values: Computed (computed once, on first need), External (loaded from elsewhere), and weak references.
 #pragma once
 
+#include <atomic>
 #include <functional>
+#include <memory>
 
 #include "ling/spinlock.h"
 #include "ling/union.h"
@@ -10,20 +12,27 @@ namespace ling {
 
 class Class_Generic;
 
+namespace internal {
+struct weak_cell;
+}
+
 // A value computed on first need and kept. Two threads that need it at once may both compute it; the first result is kept.
 class LING_API object_value_computed final : public object_value {
  public:
   explicit object_value_computed(std::function<Any()> compute)
-      : object_value(object_traits::lazy), compute_(std::move(compute)) {}
+      : object_value(object_traits::lazy),
+        compute_(std::make_shared<const std::function<Any()>>(std::move(compute))) {}
   ObjectType type() const noexcept override { return ObjectType::Computed; }
   object_value_class& object_class() const override;
-  // The value, which may be an Error. C++ exceptions of the computation become Errors.
+  // The value, which may be an Error: that of the computation, one for its C++ exception, or one for a computation that
+  // needs its own result. What could not be computed for that last reason, or because computations that need each other
+  // are nested too deeply, is tried again next time.
   Any force();
 
  private:
-  spinlock lock_;
-  bool computed_ = false;
-  std::function<Any()> compute_;
+  spinlock lock_;  // guards compute_, and value_ until computed_ is set
+  std::atomic<bool> computed_{false};
+  std::shared_ptr<const std::function<Any()>> compute_;  // shared: another thread may still run it when it is dropped
   Any value_;
 };
 
@@ -52,7 +61,7 @@ class LING_API object_value_weak_reference final : public object_value {
   Any get() const noexcept;
 
  private:
-  struct cell* cell_;
+  internal::weak_cell* cell_ = nullptr;
 };
 
 class LING_API WeakReference : public Handle<WeakReference, object_value_weak_reference> {

@@ -1,11 +1,12 @@
 // Modules: named collections of classes, callables and properties, and the process-wide table of them.
 //
-// A module's members can be reached as its attributes: a module has a class of its own, derived from Module, whose
-// properties are the module's. A module `a.b` is also the constant property `b` of module `a`.
+// A module's members can be reached as its attributes: a module has a class of its own, derived from Module, which has the
+// module's properties and classes as properties and its callables as methods. A module `a.b` is also the constant property `b` of module `a`.
 //
 // Threads: the table and every module may be used and changed from any thread.
 #pragma once
 
+#include <atomic>
 #include <vector>
 
 #include "ling/class.h"
@@ -36,6 +37,10 @@ class LING_API object_value_module : public object_value_instance {
   String doc_;
   Any importance_;
   std::atomic<bool> inlined_{false};
+
+  friend struct module_table;
+  std::atomic<object_value_module*> next_{nullptr};            // in the order of creation
+  std::atomic<object_value_module*> next_in_bucket_{nullptr};  // with the same hash of the name
 };
 
 class LING_API Module : public Handle<Module, object_value_module> {
@@ -56,7 +61,8 @@ class LING_API Module : public Handle<Module, object_value_module> {
   bool isInlined() const noexcept { return object().is_inlined(); }
   void setInlined(bool inlined = true) const noexcept { object().set_inlined(inlined); }
 
-  // Adds a class and makes the module its declaring context, unless it has one.
+  // Adds a class or a callable and makes the module its declaring context, unless it has one. What was there under that
+  // name is replaced.
   void addClass(const Class_Generic& of_class) const;
   void addCallable(const String& name, const I_Callable_Generic& callable) const;
   void addProperty(const String& name, const Property& property) const;
@@ -66,7 +72,7 @@ class LING_API Module : public Handle<Module, object_value_module> {
   static Class_Generic getClass();
 };
 
-// Guards the module table; held for a few instructions, never while foreign code runs.
+// Guards changes of the module table; held for a few instructions, never while foreign code runs. Lookups take no lock.
 extern LING_API spinlock g_modules_lock;
 
 // All modules in the order of their creation: a snapshot.
@@ -74,7 +80,8 @@ LING_API std::vector<Module> modules();
 LING_API Union<Module, None> find_module(const String& name);
 // The module of that name, made when there is none, its parents too. An Error for an empty name or an empty part of one.
 LING_API Result<Module> get_module(const String& name);
-// Puts a finished module into the table and links it to its parent. An Error when the name is taken.
+// Puts a finished module into the table and links it to its parent and to its children, as far as they are there. An
+// Error when the name is taken, or when it or a part of it is empty.
 LING_API Result<None> insert_module(const Module& module);
 
 // The type of a class by name: "List", or "shop.Inventory" with its module. Short names are looked for in the module

@@ -24,7 +24,7 @@ class Class_Generic;
 // The bytes follow the object in the same allocation, with a zero byte behind the last.
 class LING_API object_value_string final : public object_value {
  public:
-  // A new object with one reference for the caller. Invalid UTF-8 is replaced.
+  // An object with one reference for the caller. Invalid UTF-8 is replaced.
   static object_value_string* create(std::string_view utf8);
 
   ObjectType type() const noexcept override { return ObjectType::String; }
@@ -39,9 +39,13 @@ class LING_API object_value_string final : public object_value {
   static void operator delete(void* memory) noexcept { ::operator delete(memory); }
 
  private:
-  object_value_string(std::size_t size, std::size_t length) noexcept : size_(size), length_(length) {}
-  static void* operator new(std::size_t object_size, std::size_t text_size);
-  static void operator delete(void* memory, std::size_t) noexcept { ::operator delete(memory); }
+  struct text_memory {
+    std::size_t size;
+  };
+  object_value_string(std::size_t size, std::size_t length, object_traits traits = object_traits::none) noexcept
+      : object_value(traits), size_(size), length_(length) {}
+  static void* operator new(std::size_t object_size, text_memory text);
+  static void operator delete(void* memory, text_memory) noexcept { ::operator delete(memory); }
 
   std::size_t size_;
   std::size_t length_;
@@ -104,6 +108,7 @@ class LING_API string_builder {
     text_.append(text);
     return *this;
   }
+  string_builder& append(const char* text) { return append(std::string_view(text)); }
   string_builder& append(const String& text) { return append(text.view()); }
   string_builder& append(char character) {
     text_.push_back(character);

@@ -4,6 +4,7 @@
 #include "ling/boolean.h"
 #include "ling/byte_array.h"
 #include "ling/class_builder.h"
+#include "ling/error.h"
 #include "ling/none.h"
 #include "ling/number.h"
 #include "ling/ordering.h"
@@ -19,5 +20,25 @@ extern constinit const class_definition<Float> float_class;
 extern constinit const class_definition<String> string_class;
 extern constinit const class_definition<ByteArray> byte_array_class;
 extern constinit const class_definition<Ordering> ordering_class;
+
+extern constinit const class_definition<Class_Generic> class_class;
+extern constinit const class_definition<I_Callable_Generic> callable_class;
+extern constinit const class_definition<I_Callable_Generic> function_class;
+extern constinit const class_definition<Type> type_class;
+extern constinit const class_definition<Parameter> parameter_class;
+extern constinit const class_definition<Signature> signature_class;
+extern constinit const class_definition<Property> property_class;
+extern constinit const class_definition<Computed_Generic> computed_class;
+extern constinit const class_definition<Error> error_class;
+extern constinit const class_definition<StopIteration> stop_iteration_class;
+extern constinit const class_definition<BadArgument> bad_argument_class;
+extern constinit const class_definition<EvaluationError> evaluation_error_class;
+
+// Whether an object is behind a handle whose class is described here. Only the runtime makes such objects, so the class
+// tells the C++ type.
+inline bool is_handle_object(const object_value* object, const class_definition_base& definition) {
+  return object != nullptr && object->has(object_traits::instance) &&
+         object->object_class().is_ancestor(definition.required());
+}
 
 }  // namespace ling::internal

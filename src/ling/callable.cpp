@@ -1,0 +1,252 @@
+// Functions, bound methods and constants.
+#include "ling/callable.h"
+
+#include <optional>
+
+#include "ling/class_builder.h"
+#include "ling/detail/argument_row.h"
+#include "ling/detail/definitions.h"
+#include "ling/detail/try.h"
+#include "ling/hash_map.h"
+#include "ling/interfaces.h"
+#include "ling/reflection.h"
+#include "ling/signature.h"
+
+namespace ling {
+
+constinit const class_definition<I_Callable_Generic> internal::callable_class(
+    "I_Callable", [](class_builder<I_Callable_Generic>& c) {
+      c.module("ling").doc("What can be called.").flags(class_flags::callable | class_flags::interface);
+    });
+
+constinit const class_definition<I_Callable_Generic> internal::function_class(
+    "Function", [](class_builder<I_Callable_Generic>& c) {
+      c.doc("A function, a method, or a method with its receiver.")
+          .parent(I_Callable_Generic::getClass())
+          .parent(I_Immutable::getClass())
+          .parent(I_HasName::getClass())
+          .parent(I_HasDoc::getClass())
+          .property("name", "The name it was declared with.", [](const I_Callable_Generic& self) { return self.name(); })
+          .property("doc", "What it does.", [](const I_Callable_Generic& self) { return self.doc(); })
+          .property("signature", "What it takes and returns.", [](const I_Callable_Generic& self) { return self.signature(); });
+    });
+
+Type I_Callable_Generic::getType() { return Type::of(getClass()); }
+Class_Generic I_Callable_Generic::getClass() { return internal::callable_class.required(); }
+
+// --- every callable ---------------------------------------------------------------------------------------------------
+
+namespace {
+
+// "Bad call of 'shop.Inventory.add'": what all argument errors begin with.
+std::string bad_call(const object_value_callable& callable) {
+  return "Bad call of '" + std::string(qualname(Any::share(&callable)).view()) + "': ";
+}
+
+std::string count_text(std::size_t count) {
+  return std::to_string(count) + (count == 1 ? " argument" : " arguments");
+}
+
+// "3 arguments", "1 to 3 arguments", "at least 1 argument".
+std::string accepted_count(const Signature& signature) {
+  const std::size_t required = signature.requiredParameterCount();
+  if (signature.hasVariadicParameters()) {
+    return "at least " + count_text(required);
+  }
+  const std::size_t maximum = signature.parameterCount();
+  return required == maximum ? count_text(maximum) : std::to_string(required) + " to " + count_text(maximum);
+}
+
+}  // namespace
+
+Any object_value_callable::error_arguments_count(std::size_t given) const {
+  const Result<Signature> declared = signature();
+  std::string text = bad_call(*this);
+  if (declared) {
+    // A receiver is no argument to whoever wrote the call.
+    const Signature& shown = declared.value();
+    const std::size_t receiver = !is_independent() && shown.parameterCount() != 0 ? 1 : 0;
+    text += "expected " + accepted_count(receiver != 0 ? shown.withoutReceiver() : shown) + ", got ";
+    text += std::to_string(given - std::min(given, receiver)) + ".";
+  } else {
+    text += count_text(given) + " are not accepted.";
+  }
+  return BadArgument(text);
+}
+
+Any object_value_callable::call_named(std::span<const Any> positional, std::span<const named_argument> named) const {
+  if (named.empty()) {
+    return call(positional);
+  }
+  const Signature declared = TRY(signature());
+  const std::vector<Parameter>& parameters = declared.parameters();
+  const std::size_t fixed = parameters.size() - (declared.hasVariadicParameters() ? 1 : 0);
+  std::vector<std::optional<Any>> placed(std::max(fixed, positional.size()));
+  std::copy(positional.begin(), positional.end(), placed.begin());
+  for (const named_argument& each : named) {
+    std::size_t i = 0;
+    while (i < fixed && !(parameters[i].name() == each.name)) {
+      ++i;
+    }
+    if (i == fixed) {
+      return BadArgument(bad_call(*this) + "no parameter is named '" + std::string(each.name.view()) + "'.");
+    }
+    if (placed[i]) {
+      return BadArgument(bad_call(*this) + "the argument '" + std::string(each.name.view()) + "' is given twice.");
+    }
+    placed[i] = each.value;
+  }
+  std::vector<Any> row;
+  row.reserve(placed.size());
+  for (std::size_t i = 0; i < placed.size(); ++i) {
+    if (!placed[i]) {
+      const Any* value = declared.defaultOf(i);
+      if (value == nullptr) {
+        return BadArgument(bad_call(*this) + "the argument '" + std::string(parameters[i].name().view()) + "' is missing.");
+      }
+      placed[i] = *value;
+    }
+    row.push_back(*std::move(placed[i]));
+  }
+  return call(row);
+}
+
+// --- the handle --------------------------------------------------------------------------------------------------------
+
+Any I_Callable_Generic::callWith(const List_Generic& arguments) const { return callWith(arguments.copyItems()); }
+
+Any I_Callable_Generic::callWithNamed(const HashMap_Generic& named) const {
+  return callWithNamed(List_Generic(), named);
+}
+
+Any I_Callable_Generic::callWithNamed(const List_Generic& positional, const HashMap_Generic& named) const {
+  std::vector<named_argument> row;
+  for (const auto& [key, value] : named.copyPairs()) {
+    const auto name = String::cast(key);
+    if (!name) {
+      return BadArgument(bad_call(object()) + "the name of an argument is not a String: " +
+                         std::string(display_text(key).view()) + ".");
+    }
+    row.push_back({*name, value});
+  }
+  return object().call_named(positional.copyItems(), row);
+}
+
+Type I_Callable_Generic::resultType() const {
+  const Result<Signature> declared = signature();
+  return declared ? declared.value().resultType() : Type::untyped();
+}
+
+std::size_t I_Callable_Generic::parameterCount() const {
+  const Result<Signature> declared = signature();
+  return declared ? declared.value().parameterCount() : 0;
+}
+
+I_Callable_Generic I_Callable_Generic::bindInstance(const Any& instance) const {
+  return unchecked(make<object_value_bound>(*this, instance));
+}
+
+// --- functions ----------------------------------------------------------------------------------------------------------
+
+object_value_function::object_value_function(declaration declared, native_types types)
+    : declaration_(std::move(declared)), types_(types), independent_(!declaration_.has_receiver) {}
+
+object_value_function::~object_value_function() {
+  if (object_value* signature = signature_.load(std::memory_order_relaxed)) {
+    signature->release();
+  }
+  if (object_value* context = declaring_context_.load(std::memory_order_relaxed)) {
+    context->release();
+  }
+}
+
+object_value_class& object_value_function::object_class() const { return internal::function_class.required(); }
+
+Result<Signature> object_value_function::signature() const {
+  if (object_value* made = signature_.load(std::memory_order_acquire)) {
+    return Signature::unchecked(Any::share(made));
+  }
+  const std::vector<Type> types = types_.parameters();
+  const std::vector<String> names =
+      declaration_.signature_text.empty() ? std::vector<String>() : declaration_.signature_text.split(',');
+  if (names.size() != types.size()) {
+    return Error(String("The signature text '{}' of '{}' does not name the {} parameters of the function.")
+                     .arg(declaration_.signature_text, declaration_.name, types.size()));
+  }
+  std::vector<Parameter> parameters;
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    String name = names[i].trimmed();
+    const bool variadic = name.endsWith("...");
+    if (variadic) {
+      name = name.sliced(0, -3).trimmed();
+    }
+    parameters.emplace_back(name, types[i], variadic);
+  }
+  Any signature = Signature(types_.result(), std::move(parameters), declaration_.defaults);
+  object_value* expected = nullptr;
+  if (signature_.compare_exchange_strong(expected, signature.get(), std::memory_order_acq_rel)) {
+    signature.get()->retain();
+    return Signature::unchecked(signature);
+  }
+  return Signature::unchecked(Any::share(expected));
+}
+
+Any object_value_function::declaring_context() const {
+  return Any::share(declaring_context_.load(std::memory_order_acquire));
+}
+
+void object_value_function::set_declaring_context(const Any& context) {
+  // A function is declared once; a second context, as when a module shares a function, leaves the first.
+  object_value* expected = nullptr;
+  if (declaring_context_.compare_exchange_strong(expected, context.get(), std::memory_order_acq_rel) &&
+      context.get() != nullptr) {
+    context.get()->retain();
+  }
+}
+
+const Any* object_value_function::default_of(std::size_t index, std::size_t parameter_count) const noexcept {
+  const std::size_t without = parameter_count - std::min(parameter_count, declaration_.defaults.size());
+  return index < without ? nullptr : &declaration_.defaults[index - without];
+}
+
+Any object_value_function::error_bad_argument(std::size_t index, const Any& value) const {
+  const Result<Signature> declared = signature();
+  if (!declared) {
+    return declared;
+  }
+  const Parameter& parameter = declared.value().parameters()[index];
+  return BadArgument(bad_call(*this) + "the argument '" + std::string(parameter.name().view()) + "' must be " +
+                     std::string(parameter.type().name().view()) + ", not " +
+                     std::string(class_of(value).name().view()) + ": " + std::string(display_text(value).view()));
+}
+
+// --- bound methods ----------------------------------------------------------------------------------------------------
+
+object_value_class& object_value_bound::object_class() const { return internal::function_class.required(); }
+
+Any object_value_bound::call(std::span<const Any> arguments) const {
+  return callable_.callWith(internal::prefixed_row(instance_, arguments));
+}
+
+Any object_value_bound::call_named(std::span<const Any> positional, std::span<const named_argument> named) const {
+  return callable_.object().call_named(internal::prefixed_row(instance_, positional), named);
+}
+
+Result<Signature> object_value_bound::signature() const {
+  const Signature full = TRY(callable_.signature());
+  return full.withoutReceiver();
+}
+
+// --- constants -----------------------------------------------------------------------------------------------------------
+
+object_value_class& object_value_constant::object_class() const { return internal::function_class.required(); }
+
+Any object_value_constant::call(std::span<const Any> arguments) const {
+  return arguments.empty() ? value_ : error_arguments_count(arguments.size());
+}
+
+Result<Signature> object_value_constant::signature() const {
+  return Signature(Type::of(class_of(value_)), std::vector<Parameter>());
+}
+
+}  // namespace ling

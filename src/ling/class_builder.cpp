@@ -1,0 +1,331 @@
+// Building classes from their descriptions.
+#include "ling/class_builder.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+
+#include "ling/detail/try.h"
+#include "ling/reflection.h"
+
+namespace ling {
+
+String internal::with_receiver(std::string_view receiver, const String& signature_text) {
+  std::string text(receiver);
+  if (!signature_text.empty()) {
+    text += ", ";
+    text += signature_text.view();
+  }
+  return text;
+}
+
+Any internal::refuse_allocation(object_value_class& of_class) {
+  return Error(String("The class {} has no default instance.").arg(qualname(Class_Generic(of_class))));
+}
+
+// --- properties ------------------------------------------------------------------------------------------------------
+
+void property_builder_base::take_getter(I_Callable_Generic getter, std::size_t parameters) {
+  if (parameters > 1) {
+    error_ = Error("[property_builder::getter] Too many parameters in the getter function.");
+  }
+  getter_ = std::move(getter);
+}
+
+void property_builder_base::take_setter(I_Callable_Generic setter, std::size_t parameters) {
+  if (parameters > 2) {
+    error_ = Error("[property_builder::setter] Too many parameters in the setter function.");
+  }
+  setter_ = std::move(setter);
+}
+
+Result<Property> property_builder_base::build() const {
+  if (!error_.empty()) {
+    return Error::unchecked(error_);
+  }
+  if (getter_.empty()) {
+    return Error(String("The property '{}' has no getter.").arg(name_));
+  }
+  const auto getter = I_Callable_Generic::unchecked(getter_);
+  return setter_.empty() ? Property(getter, doc_) : Property(getter, I_Callable_Generic::unchecked(setter_), doc_);
+}
+
+// --- classes ---------------------------------------------------------------------------------------------------------
+
+struct class_builder_base::entries {
+  struct method_entry {
+    String name;
+    std::vector<I_Callable_Generic> overloads;
+  };
+
+  object_value_class* of_class;
+  std::vector<method_entry> methods;
+  Any error;
+};
+
+class_builder_base::class_builder_base(const String& name) : entries_(new entries{new object_value_class(name), {}, {}}) {}
+
+class_builder_base::~class_builder_base() = default;
+
+void class_builder_base::set_module(module_entry owner) { module_ = std::move(owner.name); }
+void class_builder_base::set_doc(const String& doc) { entries_->of_class->set_doc_unsafe(doc); }
+void class_builder_base::add_parent(const Class_Generic& parent) {
+  entries_->of_class->add_parent_unsafe(parent.object());
+}
+void class_builder_base::add_flags(std::uint64_t flags) { entries_->of_class->set_flags(flags); }
+
+void class_builder_base::add_field(field_builder_base field) {
+  entries_->of_class->add_field_unsafe(field.name, field.default_value, field.doc);
+}
+
+void class_builder_base::add_property(const String& name, const Result<Property>& property) {
+  if (property.is_error()) {
+    if (entries_->error.empty()) {
+      entries_->error = property.error();
+    }
+    return;
+  }
+  entries_->of_class->add_property_unsafe(name, property.value());
+}
+
+void class_builder_base::add_method(const String& name, const I_Callable_Generic& method) {
+  for (entries::method_entry& each : entries_->methods) {
+    if (each.name == name) {
+      each.overloads.push_back(method);
+      return;
+    }
+  }
+  entries_->methods.push_back({name, {method}});
+}
+
+void class_builder_base::add_class_method(const String& name, const I_Callable_Generic& method) {
+  method.setIndependent();
+  add_method(name, method);
+}
+
+void class_builder_base::set_constructor(const I_Callable_Generic& constructor) {
+  entries_->of_class->set_constructor_unsafe(constructor);
+}
+
+void class_builder_base::set_allocator(object_value_class::allocator allocate, const std::type_info* native_type) {
+  entries_->of_class->set_allocator_unsafe(allocate, native_type);
+}
+
+void class_builder_base::set_native_base(const Class_Generic& parent, void* (*upcast)(void*)) {
+  entries_->of_class->set_native_base_unsafe(parent.object(), upcast);
+}
+
+void class_builder_base::set_hooks(const dynamic_member_hooks& hooks) { entries_->of_class->set_hooks_unsafe(hooks); }
+
+Result<Class_Generic> class_builder_base::build() {
+  if (!entries_->error.empty()) {
+    return Error::unchecked(entries_->error);
+  }
+  object_value_class& of_class = *entries_->of_class;
+  for (const entries::method_entry& each : entries_->methods) {
+    if (each.overloads.size() == 1) {
+      of_class.add_method_unsafe(each.name, each.overloads.front());
+      continue;
+    }
+    for (const I_Callable_Generic& overload : each.overloads) {
+      overload.object().set_declaring_context(Class_Generic(of_class));
+    }
+    of_class.add_method_unsafe(each.name, I_Callable_Generic::unchecked(make<object_value_multimethod>(each.name, each.overloads)));
+  }
+  return Class_Generic(of_class);
+}
+
+// --- definitions -----------------------------------------------------------------------------------------------------
+
+namespace {
+
+// The descriptions running on this thread, innermost first.
+struct running_description {
+  const class_definition_base* definition;
+  const running_description* outer;
+};
+thread_local const running_description* innermost_description = nullptr;
+
+struct description_scope {
+  explicit description_scope(const class_definition_base& definition)
+      : running{&definition, innermost_description} {
+    innermost_description = &running;
+  }
+  ~description_scope() { innermost_description = running.outer; }
+  description_scope(const description_scope&) = delete;
+  description_scope& operator=(const description_scope&) = delete;
+
+  running_description running;
+};
+
+bool is_running(const class_definition_base& definition) {
+  for (const running_description* each = innermost_description; each != nullptr; each = each->outer) {
+    if (each->definition == &definition) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// Classes that are finished but not yet in their modules. Entering a module needs the class Module, which may be the one
+// being described: so it happens when no description runs on the thread any more.
+struct unregistered_class {
+  String module;
+  object_value_class* of_class;
+};
+struct unregistered_classes {
+  spinlock lock;
+  std::vector<unregistered_class> waiting;
+};
+unregistered_classes& classes_to_register() {
+  static unregistered_classes& classes = *new unregistered_classes;
+  return classes;
+}
+
+thread_local bool registering = false;
+
+Result<None> register_finished_classes() {
+  if (innermost_description != nullptr || registering) {
+    return None();
+  }
+  registering = true;
+  Any first_error;
+  for (;;) {
+    std::vector<unregistered_class> batch;
+    {
+      const std::lock_guard guard(classes_to_register().lock);
+      batch.swap(classes_to_register().waiting);
+    }
+    if (batch.empty()) {
+      break;
+    }
+    for (const unregistered_class& each : batch) {
+      const Result<None> registered = register_class(each.module, Class_Generic(*each.of_class));
+      if (registered.is_error() && first_error.empty()) {
+        first_error = registered;
+      }
+    }
+  }
+  registering = false;
+  return Result<None>::unchecked(first_error);
+}
+
+}  // namespace
+
+Result<Class_Generic> class_definition_base::build() const {
+  if (is_running(*this)) {
+    return Error(String("Recursive call detected while initializing class: {}").arg(name_));
+  }
+  Result<Class_Generic> described = Error::unknown();
+  String module;
+  try {
+    const description_scope scope(*this);
+    described = describe_(*this, module);
+  } catch (...) {
+    return Error::fromCurrentException();
+  }
+  const Class_Generic finished = TRY(described);
+  object_value_class* built = nullptr;
+  if (!built_.compare_exchange_strong(built, &finished.object(), std::memory_order_acq_rel)) {
+    return Class_Generic(*built);  // another thread was first; its class is the class
+  }
+  if (native_type_ != nullptr) {
+    internal::register_native_class(*native_type_, finished.object());
+  }
+  if (!module.empty()) {
+    const std::lock_guard guard(classes_to_register().lock);
+    classes_to_register().waiting.push_back({module, &finished.object()});
+  }
+  TRY(register_finished_classes());
+  return finished;
+}
+
+object_value_class& class_definition_base::build_required() const {
+  const Result<Class_Generic> built = build();
+  if (built.is_error()) {
+    std::fprintf(stderr, "ling: the class %s cannot be built: %s\n", name_, built.error().message().c_str());
+    std::abort();
+  }
+  return built.value().object();
+}
+
+// --- C++ data --------------------------------------------------------------------------------------------------------
+
+namespace {
+struct native_classes {
+  spinlock lock;
+  std::vector<std::pair<const std::type_info*, object_value_class*>> known;
+};
+native_classes& known_native_classes() {
+  static native_classes& classes = *new native_classes;
+  return classes;
+}
+}  // namespace
+
+void internal::register_native_class(const std::type_info& type, object_value_class& of_class) {
+  const std::lock_guard guard(known_native_classes().lock);
+  known_native_classes().known.emplace_back(&type, &of_class);
+}
+
+object_value_class* internal::native_class(const std::type_info& type) noexcept {
+  const std::lock_guard guard(known_native_classes().lock);
+  for (const auto& [known_type, of_class] : known_native_classes().known) {
+    if (known_type == &type || *known_type == type) {
+      return of_class;
+    }
+  }
+  return nullptr;
+}
+
+Type internal::native_type(const std::type_info& type) {
+  object_value_class* of_class = native_class(type);
+  return of_class == nullptr ? Type::untyped() : of_class->instance_type();
+}
+
+Any internal::error_no_native_class(const std::type_info& type) {
+  return Error(String("No class is described for the C++ type {}.").arg(type.name()));
+}
+
+// --- registration ----------------------------------------------------------------------------------------------------
+
+namespace {
+
+struct pending_definitions {
+  spinlock lock;
+  std::vector<const class_definition_base*> waiting;
+};
+pending_definitions& definitions_to_build() {
+  static pending_definitions& definitions = *new pending_definitions;
+  return definitions;
+}
+
+Result<None> build_pending_definitions() {
+  std::vector<const class_definition_base*> batch;
+  {
+    const std::lock_guard guard(definitions_to_build().lock);
+    batch.swap(definitions_to_build().waiting);
+  }
+  Any first_error;
+  for (const class_definition_base* each : batch) {
+    const Result<Class_Generic> built = each->get();
+    if (built.is_error() && first_error.empty()) {
+      first_error = built;
+    }
+  }
+  return Result<None>::unchecked(first_error);
+}
+
+}  // namespace
+
+class_registration::class_registration(
+    std::initializer_list<std::reference_wrapper<const class_definition_base>> definitions) {
+  {
+    const std::lock_guard guard(definitions_to_build().lock);
+    for (const class_definition_base& each : definitions) {
+      definitions_to_build().waiting.push_back(&each);
+    }
+  }
+  internal::add_init_handler(InitLevel::Classes, &build_pending_definitions);
+}
+
+}  // namespace ling
