@@ -14,7 +14,8 @@ FLOORS = [
     ("extension/pyobject_ptr.*", 1),  #   references and the lock,
     ("extension/type_layout.*",  1),  #   layouts of type structs
     ("bridge/convert.h",         2),  # what every room needs to know of conversion,
-    ("bridge/error_bridge.h",    2),  #   errors
+    ("bridge/error_bridge.h",    2),  #   errors,
+    ("bridge/python_text.h",     2),  #   texts
     ("extension/interpreter.h",  2),  #   and the running interpreter: declarations only
     ("language/*",               3),  # the rooms: they meet in the declarations below, never in each other
     ("function/*",               3),

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "extension/pyobject_ptr.h"
+#include "ling/class.h"
 #include "ling/string.h"
 #include "ling/type.h"
 #include "ling/union.h"
@@ -32,5 +33,8 @@ Result<String> to_code(const Any& value);
 // The Python type that values of a type arrive as in Python: `int` for Integer, the wrapper's type for a host class,
 // `object` for a type that is not that of one class. The lock must be held. Borrowed; lives for the life of the process.
 PyObject* python_type_of(const Type& type);
+
+// The class that a built-in Python type stands for: Integer for `int`, ByteArray for `bytes`. None for every other object.
+Union<Class_Generic, None> builtin_class_of(PyObjectPtr_Borrowed type);
 
 }  // namespace ling::cpython

@@ -19,8 +19,8 @@ Error capture_error_or(const char* message);
 Error exception_to_error(int line_shift, int column_shift);
 
 // The Error for an exception instance: the Error it carries in its attribute "ling", else a new one with its text and
-// its traceback as the stack. Borrows the instance.
-Any error_from_exception(PyObjectPtr_Borrowed instance);
+// its traceback as the stack. No exception must be pending, none is left. Borrows the instance.
+Error error_from_exception(PyObjectPtr_Borrowed instance);
 
 // The Python exception class for a class of errors: StopIteration for StopIteration, RuntimeError for Error, for every
 // other class one made on first need, derived from RuntimeError. Borrowed; lives for the life of the process.

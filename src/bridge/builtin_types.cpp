@@ -1,0 +1,70 @@
+// Which class of the runtime and which built-in type of Python stand for each other.
+#include "bridge/convert.h"
+#include "ling/boolean.h"
+#include "ling/byte_array.h"
+#include "ling/class.h"
+#include "ling/none.h"
+#include "ling/number.h"
+#include "ling/tuple.h"
+#include "lingobject/ling_object.h"
+#include "proxies/cpython_object.h"
+
+namespace ling::cpython {
+
+namespace {
+
+// Whether a row answers for the class of a type, the type of a class, or both.
+enum class direction { class_of_type, type_of_class, both };
+
+struct builtin_row {
+  PyTypeObject* type;
+  Class_Generic (*get_class)();
+  direction answers;
+};
+
+Class_Generic python_object_class() { return cpython_object_class.required(); }
+
+const builtin_row builtin_rows[] = {
+    {&PyLong_Type,                &Integer::getClass,       direction::both         },
+    {&PyUnicode_Type,             &String::getClass,        direction::both         },
+    {&PyFloat_Type,               &Float::getClass,         direction::both         },
+    {&PyBool_Type,                &Boolean::getClass,       direction::both         },
+    {&PyBytes_Type,               &ByteArray::getClass,     direction::both         },
+    {&PyByteArray_Type,           &ByteArray::getClass,     direction::class_of_type},
+    {&PyMemoryView_Type,          &ByteArray::getClass,     direction::class_of_type},
+    {&PyType_Type,                &Class_Generic::getClass, direction::class_of_type},
+    {&PyTuple_Type,               &Tuple_Generic::getClass, direction::type_of_class},
+    {Py_TYPE(Py_None),            &None::getClass,          direction::type_of_class},
+    {Py_TYPE(Py_NotImplemented),  &Undefined::getClass,     direction::type_of_class},
+    // A CPythonObject becomes whatever it stands for.
+    {&PyBaseObject_Type,          &python_object_class,     direction::type_of_class},
+};
+
+PyObject* as_object(PyTypeObject* type) noexcept { return reinterpret_cast<PyObject*>(type); }
+
+}  // namespace
+
+Union<Class_Generic, None> builtin_class_of(PyObjectPtr_Borrowed type) {
+  for (const builtin_row& row : builtin_rows) {
+    if (as_object(row.type) == type.get() && row.answers != direction::type_of_class) {
+      return row.get_class();
+    }
+  }
+  return None();
+}
+
+PyObject* python_type_of(const Type& type) {
+  const auto of_class = type.toClass();
+  // An interface has no values of its own: those who conform arrive as all sorts of objects.
+  if (!of_class || of_class->object().has_flag(class_flags::interface)) {
+    return as_object(&PyBaseObject_Type);
+  }
+  for (const builtin_row& row : builtin_rows) {
+    if (row.answers != direction::class_of_type && row.get_class() == of_class.value()) {
+      return as_object(row.type);
+    }
+  }
+  return as_object(wrapper_type_of(of_class.value()));
+}
+
+}  // namespace ling::cpython

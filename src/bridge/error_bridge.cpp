@@ -1,0 +1,185 @@
+// Exceptions to Errors and back.
+#include "bridge/error_bridge.h"
+
+#include <optional>
+
+#include "bridge/convert.h"
+#include "bridge/error_position.h"
+#include "bridge/exception_text.h"
+#include "bridge/exception_types.h"
+#include "bridge/instance_test.h"
+#include "ling/reflection.h"
+#include "lingobject/ling_object.h"
+#include "proxies/cpython_object.h"
+
+namespace ling::cpython {
+
+namespace {
+
+// --- Python to the host ----------------------------------------------------------------------------------------------
+
+struct fetched_exception {
+  PyObjectPtr type;
+  PyObjectPtr value;
+  PyObjectPtr traceback;
+};
+
+std::optional<fetched_exception> fetch_exception() {
+  PyObject* type = nullptr;
+  PyObject* value = nullptr;
+  PyObject* traceback = nullptr;
+  PyErr_Fetch(&type, &value, &traceback);
+  if (type == nullptr) {
+    return {};
+  }
+  PyErr_NormalizeException(&type, &value, &traceback);
+  // An exception gets its traceback only when it is caught, and only Python code catches.
+  if (value != nullptr && traceback != nullptr) {
+    PyException_SetTraceback(value, traceback);
+  }
+  return fetched_exception{PyObjectPtr(type), PyObjectPtr(value), PyObjectPtr(traceback)};
+}
+
+// A request to stop, such as SystemExit or KeyboardInterrupt. Unlike an exception it must not end as a mere text, so the
+// error keeps it, to be raised again when the error returns to Python.
+Error error_from_interruption(PyObject* instance) {
+  const String message = exception_message(instance);
+  const Error error(message.empty() ? type_name_of(instance) : message);
+  error.setStack(exception_traceback_text(instance));
+  error.setValue(make_python_object(instance));
+  return error;
+}
+
+Error error_from_fetched(const fetched_exception& exception) {
+  if (!exception.value) {
+    return Error::unknown();
+  }
+  return is_instance(exception.value.get(), PyExc_Exception) ? error_from_exception(exception.value.get())
+                                                             : error_from_interruption(exception.value.get());
+}
+
+// A new error with the texts of the exception.
+Error error_from_texts(PyObject* instance) {
+  const String stack = exception_traceback_text(instance);
+  // Of a syntax error the traceback text says more: it shows the place.
+  String message = is_instance(instance, PyExc_SyntaxError) ? stack : String();
+  if (message.empty()) {
+    message = exception_message(instance);
+  }
+  Any error;
+  if (object_value_class* error_class = error_class_of(Py_TYPE(instance))) {
+    error = Class_Generic(*error_class)(message);
+  }
+  const Error result = is_error_result(error) ? Error::unchecked(error) : Error(message);
+  result.setStack(stack);
+  return result;
+}
+
+// --- the host to Python ----------------------------------------------------------------------------------------------
+
+bool is_interruption(PyObject* object) noexcept {
+  return PyExceptionInstance_Check(object) &&
+         PyType_IsSubtype(Py_TYPE(object), reinterpret_cast<PyTypeObject*>(PyExc_Exception)) == 0;
+}
+
+bool raise_interruption(const Error& error) {
+  const PyObjectPtr carried = python_object_of(error.value());
+  if (!carried || !is_interruption(carried.get())) {
+    return false;
+  }
+  PyErr_SetObject(reinterpret_cast<PyObject*>(Py_TYPE(carried.get())), carried.get());
+  return true;
+}
+
+// Whole texts, zero bytes included.
+void raise_text(PyObject* type, const String& message) {
+  const PyObjectPtr text = to_python_locked(message);
+  if (text) {
+    PyErr_SetObject(type, text.get());
+  }
+}
+
+// An exception of the type with the error as its attribute "ling"; null when it cannot be made.
+PyObjectPtr make_exception(PyObject* type, const Error& error) {
+  const PyObjectPtr no_arguments(PyTuple_New(0));
+  PyObjectPtr instance(no_arguments ? PyObject_Call(type, no_arguments.get(), nullptr) : nullptr);
+  if (instance) {
+    const PyObjectPtr carried = wrap(error);
+    if (carried) {
+      PyObject_SetAttrString(instance.get(), "ling", carried.get());
+    }
+  }
+  PyErr_Clear();
+  return instance;
+}
+
+}  // namespace
+
+Union<Error, None> capture_error() {
+  const auto exception = fetch_exception();
+  if (!exception) {
+    return None();
+  }
+  return error_from_fetched(*exception);
+}
+
+Error capture_error_or(const char* message) {
+  const auto captured = capture_error();
+  return captured ? captured.value() : Error(message);
+}
+
+Error exception_to_error(int line_shift, int column_shift) {
+  const auto exception = fetch_exception();
+  if (!exception) {
+    return Error::unknown();
+  }
+  const Error error = error_from_fetched(*exception);
+  const source_position position =
+      position_of(exception->value.get(), exception->traceback.get(), line_shift, column_shift);
+  if (!position.line && !position.column) {
+    return error;
+  }
+  const EvaluationError placed(error.message(), {}, position.line, position.column, position.length);
+  placed.setStack(error.stack());
+  placed.setValue(error.value());
+  return placed;
+}
+
+Error error_from_exception(PyObjectPtr_Borrowed instance) {
+  PyObjectPtr carrier = PyObjectPtr::share(instance);
+  for (int i = 0; i < maximum_conversion_depth; ++i) {
+    PyObjectPtr carried(PyObject_GetAttrString(carrier.get(), "ling"));
+    PyErr_Clear();
+    const Any* value = carried ? wrapped_value(carried.get()) : nullptr;
+    if (value != nullptr && is_error_result(*value)) {
+      return Error::unchecked(*value);
+    }
+    // Exceptions made for a class of errors have the attribute even when they carry none; a stranger's attribute of that
+    // name is none of ours.
+    if (!carried || !is_instance(carried.get(), PyExc_Exception)) {
+      return error_from_texts(carrier.get());
+    }
+    carrier = std::move(carried);
+  }
+  return error_from_texts(instance.get());  // they carry each other in a circle
+}
+
+void raise_error(const Error& error) {
+  if (raise_interruption(error)) {
+    return;
+  }
+  const Class_Generic error_class = raw_class_of(error);
+  if (error_class == Error::getClass() && !error.cause()) {
+    raise_text(PyExc_RuntimeError, error.message());
+    return;
+  }
+  PyObject* const type = exception_type_of(error_class);
+  const PyObjectPtr instance = make_exception(type, error);
+  if (instance) {
+    PyErr_SetObject(type, instance.get());
+  } else {
+    raise_text(type, error.message());
+  }
+}
+
+}  // namespace ling::cpython

@@ -1,0 +1,20 @@
+// Looking up an attribute of a Python module.
+#include "bridge/module_attribute.h"
+
+namespace ling::cpython {
+
+PyObject* module_attribute::look_up() const noexcept {
+  const PyObjectPtr module(PyImport_ImportModule(module_));
+  PyObjectPtr attribute(module ? PyObject_GetAttrString(module.get(), name_) : nullptr);
+  if (!attribute) {
+    PyErr_Clear();
+    attribute = PyObjectPtr::share(missing());
+  }
+  PyObject* kept = nullptr;
+  if (!found_.compare_exchange_strong(kept, attribute.get(), std::memory_order_acq_rel)) {
+    return kept;
+  }
+  return attribute.release();
+}
+
+}  // namespace ling::cpython

@@ -1,0 +1,129 @@
+// Host values to Python objects: one dispatch on the kind of the value.
+#include <cstddef>
+
+#include "bridge/convert.h"
+#include "bridge/error_bridge.h"
+#include "extension/interpreter.h"
+#include "ling/boolean.h"
+#include "ling/byte_array.h"
+#include "ling/error.h"
+#include "ling/lazy.h"
+#include "ling/number.h"
+#include "ling/tuple.h"
+#include "lingobject/ling_object.h"
+#include "proxies/cpython_object.h"
+
+namespace ling::cpython {
+
+namespace {
+
+PyObjectPtr convert(const Any& value, int depth);
+
+// The interpreter's start pins the singletons, so that they need not be counted on every crossing: the reference that the
+// result will release was never taken.
+PyObjectPtr singleton(PyObject* object) noexcept { return PyObjectPtr(object); }
+
+template <class Object>
+const Object& object_of(const Any& value) noexcept {
+  return *static_cast<const Object*>(value.get());
+}
+
+PyObjectPtr integer_to_python(const object_value_integer& integer) noexcept {
+  return PyObjectPtr(integer.is_signed() ? PyLong_FromLongLong(integer.signed_value())
+                                         : PyLong_FromUnsignedLongLong(integer.unsigned_value()));
+}
+
+PyObjectPtr string_to_python(std::string_view text) noexcept {
+  return PyObjectPtr(PyUnicode_FromStringAndSize(text.data(), static_cast<Py_ssize_t>(text.size())));
+}
+
+PyObjectPtr byte_array_to_python(const std::vector<char>& bytes) noexcept {
+  return PyObjectPtr(PyBytes_FromStringAndSize(bytes.data(), static_cast<Py_ssize_t>(bytes.size())));
+}
+
+// All items or nothing: a tuple with holes dies here, and with it what was converted.
+PyObjectPtr tuple_to_python(const object_value_tuple& tuple, int depth) {
+  const std::size_t length = tuple.length();
+  PyObjectPtr result(PyTuple_New(static_cast<Py_ssize_t>(length)));
+  for (std::size_t i = 0; result && i < length; ++i) {
+    PyObjectPtr item = convert(tuple.at(i), depth + 1);
+    if (!item || PyTuple_SetItem(result.get(), static_cast<Py_ssize_t>(i), item.release()) != 0) {
+      return {};
+    }
+  }
+  return result;
+}
+
+Any load(object_value_external& external) noexcept {
+  try {
+    return external.load();
+  } catch (...) {
+    return Error::fromCurrentException();
+  }
+}
+
+PyObjectPtr python_object_to_python(const python_reference& reference) noexcept {
+  PyObjectPtr object = reference.get();
+  if (!object) {
+    PyErr_SetString(PyExc_RuntimeError, "The object is null.");
+  }
+  return object;
+}
+
+// The first test that applies decides. No test for text: a text is of a kind of its own here, never an Instance.
+PyObjectPtr instance_to_python(const Any& value) {
+  // 1. A Python object comes home.
+  if (const auto* reference = native_cast<python_reference>(value)) {
+    return python_object_to_python(*reference);
+  }
+  // 4. An Error is raised.
+  if (Error::matches(value.get())) {
+    raise_error(Error::unchecked(value));
+    return {};
+  }
+  // 8. Everything else arrives as the object it is.
+  return wrap(value);
+}
+
+PyObjectPtr convert(const Any& value, int depth) {
+  if (depth > maximum_conversion_depth) [[unlikely]] {
+    PyErr_Format(PyExc_RecursionError, "The value is nested more than %d levels deep.", maximum_conversion_depth);
+    return {};
+  }
+  switch (value.type()) {
+    case ObjectType::None:  // an empty handle, too
+      return singleton(Py_None);
+    case ObjectType::Undefined:
+      return singleton(Py_NotImplemented);
+    case ObjectType::Boolean:
+      return singleton(value.get() == &g_value_boolean_true ? Py_True : Py_False);
+    case ObjectType::Integer:
+      return integer_to_python(object_of<object_value_integer>(value));
+    case ObjectType::Float:
+      return PyObjectPtr(PyFloat_FromDouble(object_of<object_value_float>(value).value()));
+    case ObjectType::String:
+      return string_to_python(object_of<object_value_string>(value).view());
+    case ObjectType::ByteArray:
+      return byte_array_to_python(object_of<object_value_byte_array>(value).bytes());
+    case ObjectType::Tuple:
+      return tuple_to_python(object_of<object_value_tuple>(value), depth);
+    case ObjectType::External:
+      return convert(load(static_cast<object_value_external&>(*value.get())), depth + 1);
+    case ObjectType::Instance:
+      return instance_to_python(value);
+    default:
+      return wrap(value);
+  }
+}
+
+}  // namespace
+
+PyObjectPtr to_python(const Any& value) {
+  ensure_interpreter();
+  const GilGuard gil;
+  return convert(value, 0);
+}
+
+PyObjectPtr to_python_locked(const Any& value) { return convert(value, 0); }
+
+}  // namespace ling::cpython
