@@ -37,6 +37,7 @@ template <class Kind>
 class meta_name {
  public:
   explicit meta_name(std::string_view text) : entry_(&internal::intern(text)) {}
+  explicit meta_name(const char* text) : meta_name(std::string_view(text)) {}
   explicit meta_name(const String& text);  // string.h
   constexpr explicit meta_name(const name_entry& entry) noexcept : entry_(&entry) {}
 

@@ -93,6 +93,7 @@ class LING_API String : public Handle<String, object_value_string> {
 
   friend bool operator==(const String& a, const String& b) noexcept { return a.view() == b.view(); }
   friend bool operator==(const String& a, std::string_view b) noexcept { return a.view() == b; }
+  friend bool operator==(const String& a, const char* b) noexcept { return a.view() == b; }
 
   static bool matches(const object_value* object) noexcept {
     return object != nullptr && object->type() == ObjectType::String;
