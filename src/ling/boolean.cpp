@@ -88,12 +88,8 @@ Boolean Boolean::from(const Any& value) {
   return truth_of(value.has(object_traits::lazy) ? internal::unwrap(value) : value);
 }
 
-Type Boolean::getType() {
-  return Type::of(getClass());
-}
+Type Boolean::getType() { return Type::of(getClass()); }
 
-Class_Generic Boolean::getClass() {
-  return Class_Generic(internal::boolean_class.required());
-}
+Class_Generic Boolean::getClass() { return Class_Generic(internal::boolean_class.required()); }
 
 }  // namespace ling

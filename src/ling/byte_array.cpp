@@ -74,16 +74,10 @@ constinit const class_definition<ByteArray> byte_array_class("ByteArray", [](cla
 
 }  // namespace internal
 
-object_value_class& object_value_byte_array::object_class() const {
-  return internal::byte_array_class.required();
-}
+object_value_class& object_value_byte_array::object_class() const { return internal::byte_array_class.required(); }
 
-Type ByteArray::getType() {
-  return Type::of(getClass());
-}
+Type ByteArray::getType() { return Type::of(getClass()); }
 
-Class_Generic ByteArray::getClass() {
-  return Class_Generic(internal::byte_array_class.required());
-}
+Class_Generic ByteArray::getClass() { return Class_Generic(internal::byte_array_class.required()); }
 
 }  // namespace ling

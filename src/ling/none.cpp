@@ -42,22 +42,14 @@ constinit internal::immortal<object_value_undefined> undefined_object;
 
 None::None() noexcept : None(Unchecked{}, Any::share(&none_object.object)) {}
 
-Type None::getType() {
-  return Type::of(getClass());
-}
+Type None::getType() { return Type::of(getClass()); }
 
-Class_Generic None::getClass() {
-  return Class_Generic(internal::none_class.required());
-}
+Class_Generic None::getClass() { return Class_Generic(internal::none_class.required()); }
 
 Undefined::Undefined() noexcept : Undefined(Unchecked{}, Any::share(&undefined_object.object)) {}
 
-Type Undefined::getType() {
-  return Type::of(getClass());
-}
+Type Undefined::getType() { return Type::of(getClass()); }
 
-Class_Generic Undefined::getClass() {
-  return Class_Generic(internal::undefined_class.required());
-}
+Class_Generic Undefined::getClass() { return Class_Generic(internal::undefined_class.required()); }
 
 }  // namespace ling

@@ -1,15 +1,15 @@
 // Integer and Float: their classes, and the numbers that are shared objects.
 #include "ling/number.h"
 
-#include <charconv>
-#include <cmath>
-#include <new>
-#include <system_error>
-
 #include "ling/detail/definitions.h"
 #include "ling/detail/exact_number.h"
 #include "ling/detail/try.h"
 #include "ling/interfaces.h"
+
+#include <charconv>
+#include <cmath>
+#include <new>
+#include <system_error>
 
 namespace ling {
 
@@ -62,7 +62,8 @@ class small_integers {
 
  private:
   small_integers()
-      : objects_(static_cast<object_value_integer*>(::operator new(sizeof(object_value_integer) * (last - first + 1)))) {
+      : objects_(
+            static_cast<object_value_integer*>(::operator new(sizeof(object_value_integer) * (last - first + 1)))) {
     for (std::int64_t value = first; value <= last; ++value) {
       ::new (static_cast<void*>(objects_ + (value - first))) object_value_integer(value, object_traits::immortal);
     }
@@ -84,9 +85,7 @@ Any integer_any(std::uint64_t value) {
   return value <= INT64_MAX ? integer_any(static_cast<std::int64_t>(value)) : make<object_value_integer>(value);
 }
 
-Any float_any(double value) {
-  return make<object_value_float>(value);
-}
+Any float_any(double value) { return make<object_value_float>(value); }
 
 }  // namespace internal
 
@@ -155,28 +154,16 @@ Any make_float(const Any& value) {
 
 }  // namespace
 
-object_value_class& object_value_integer::object_class() const {
-  return internal::integer_class.required();
-}
+object_value_class& object_value_integer::object_class() const { return internal::integer_class.required(); }
 
-object_value_class& object_value_float::object_class() const {
-  return internal::float_class.required();
-}
+object_value_class& object_value_float::object_class() const { return internal::float_class.required(); }
 
-Type Integer::getType() {
-  return Type::of(getClass());
-}
+Type Integer::getType() { return Type::of(getClass()); }
 
-Class_Generic Integer::getClass() {
-  return Class_Generic(internal::integer_class.required());
-}
+Class_Generic Integer::getClass() { return Class_Generic(internal::integer_class.required()); }
 
-Type Float::getType() {
-  return Type::of(getClass());
-}
+Type Float::getType() { return Type::of(getClass()); }
 
-Class_Generic Float::getClass() {
-  return Class_Generic(internal::float_class.required());
-}
+Class_Generic Float::getClass() { return Class_Generic(internal::float_class.required()); }
 
 }  // namespace ling

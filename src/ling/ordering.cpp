@@ -1,11 +1,11 @@
 // Ordering: four shared objects of a described class.
 #include "ling/ordering.h"
 
-#include <array>
-#include <atomic>
-
 #include "ling/detail/definitions.h"
 #include "ling/interfaces.h"
+
+#include <array>
+#include <atomic>
 
 namespace ling {
 
@@ -62,12 +62,8 @@ bool Ordering::matches(const object_value* object) noexcept {
   return false;
 }
 
-Type Ordering::getType() {
-  return Type::of(getClass());
-}
+Type Ordering::getType() { return Type::of(getClass()); }
 
-Class_Generic Ordering::getClass() {
-  return Class_Generic(internal::ordering_class.required());
-}
+Class_Generic Ordering::getClass() { return Class_Generic(internal::ordering_class.required()); }
 
 }  // namespace ling

@@ -1,15 +1,15 @@
 // String: storage, positions in code points, and the operations of the C++ handle. Its class is in string_class.cpp.
 #include "ling/string.h"
 
-#include <algorithm>
-#include <new>
-
 #include "ling/byte_array.h"
 #include "ling/detail/definitions.h"
 #include "ling/detail/hash_mix.h"
 #include "ling/detail/slice.h"
 #include "ling/detail/utf8.h"
 #include "ling/reflection.h"
+
+#include <algorithm>
+#include <new>
 
 namespace ling {
 
@@ -18,9 +18,7 @@ namespace {
 constexpr std::uint64_t text_seed = 0x7465787400000000ull;
 constexpr std::string_view white_space = " \t\n\v\f\r";
 
-bool is_ascii(const String& text) noexcept {
-  return text.size() == text.length();
-}
+bool is_ascii(const String& text) noexcept { return text.size() == text.length(); }
 
 std::size_t offset_of(const String& text, std::size_t position) noexcept {
   return is_ascii(text) ? std::min(position, text.size()) : internal::utf8::offset_of(text.view(), position);
@@ -61,9 +59,7 @@ void* object_value_string::operator new(std::size_t object_size, text_memory tex
   return ::operator new(object_size + text.size);
 }
 
-object_value_class& object_value_string::object_class() const {
-  return internal::string_class.required();
-}
+object_value_class& object_value_string::object_class() const { return internal::string_class.required(); }
 
 std::uint64_t object_value_string::hash() const noexcept {
   std::uint64_t hash = hash_.load(std::memory_order_relaxed);
@@ -77,23 +73,15 @@ std::uint64_t object_value_string::hash() const noexcept {
 
 // --- the handle ------------------------------------------------------------------------------------------------------
 
-Any internal::string_any(std::string_view utf8) {
-  return String(utf8);
-}
+Any internal::string_any(std::string_view utf8) { return String(utf8); }
 
 String::String() : String(std::string_view()) {}
 
-Type String::getType() {
-  return Type::of(getClass());
-}
+Type String::getType() { return Type::of(getClass()); }
 
-Class_Generic String::getClass() {
-  return Class_Generic(internal::string_class.required());
-}
+Class_Generic String::getClass() { return Class_Generic(internal::string_class.required()); }
 
-ByteArray String::toUtf8() const {
-  return ByteArray(view());
-}
+ByteArray String::toUtf8() const { return ByteArray(view()); }
 
 String String::substr(std::size_t position, std::size_t count) const {
   const std::size_t start = offset_of(*this, position);
@@ -101,8 +89,7 @@ String String::substr(std::size_t position, std::size_t count) const {
     return *this;
   }
   const std::string_view rest = view().substr(start);
-  const std::size_t size =
-      is_ascii(*this) ? std::min(count, rest.size()) : internal::utf8::offset_of(rest, count);
+  const std::size_t size = is_ascii(*this) ? std::min(count, rest.size()) : internal::utf8::offset_of(rest, count);
   return String(rest.substr(0, size));
 }
 
@@ -118,9 +105,7 @@ std::int64_t String::find(std::string_view needle, std::size_t from) const noexc
   return position_of(*this, view().find(needle, offset_of(*this, from)));
 }
 
-std::int64_t String::rfind(std::string_view needle) const noexcept {
-  return position_of(*this, view().rfind(needle));
-}
+std::int64_t String::rfind(std::string_view needle) const noexcept { return position_of(*this, view().rfind(needle)); }
 
 std::vector<String> String::split(char separator) const {
   std::vector<String> pieces;

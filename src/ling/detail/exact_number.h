@@ -2,12 +2,12 @@
 // in either direction would make different numbers equal.
 #pragma once
 
+#include "ling/number.h"
+#include "ling/ordering.h"
+
 #include <cmath>
 #include <cstdint>
 #include <optional>
-
-#include "ling/number.h"
-#include "ling/ordering.h"
 
 namespace ling::internal {
 

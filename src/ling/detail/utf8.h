@@ -7,9 +7,7 @@
 
 namespace ling::internal::utf8 {
 
-constexpr bool is_continuation(char byte) noexcept {
-  return (static_cast<unsigned char>(byte) & 0xC0u) == 0x80u;
-}
+constexpr bool is_continuation(char byte) noexcept { return (static_cast<unsigned char>(byte) & 0xC0u) == 0x80u; }
 
 // What a text made of foreign bytes measures. Every maximal part of an ill-formed sequence counts as one U+FFFD.
 struct measure {
