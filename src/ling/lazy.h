@@ -24,9 +24,8 @@ class LING_API object_value_computed final : public object_value {
         compute_(std::make_shared<const std::function<Any()>>(std::move(compute))) {}
   ObjectType type() const noexcept override { return ObjectType::Computed; }
   object_value_class& object_class() const override;
-  // The value, which may be an Error: that of the computation, one for its C++ exception, or one for a computation that
-  // needs its own result. What could not be computed for that last reason, or because computations that need each other
-  // are nested too deeply, is tried again next time.
+  // The value, which may be an Error: the computation's, one for its C++ exception, or one for a computation that needs
+  // its own result or that of too many others behind each other.
   Any force();
 
  private:
@@ -50,6 +49,13 @@ class LING_API object_value_external : public object_value {
   virtual Any load() = 0;
 };
 
+class LING_API External_Generic : public Handle<External_Generic, object_value_external> {
+  LING_HANDLE(External_Generic, object_value_external)
+  static bool matches(const object_value* object) noexcept {
+    return object != nullptr && object->type() == ObjectType::External;
+  }
+};
+
 // Refers to an object without keeping it alive.
 class LING_API object_value_weak_reference final : public object_value {
  public:
@@ -61,6 +67,7 @@ class LING_API object_value_weak_reference final : public object_value {
   Any get() const noexcept;
 
  private:
+  const object_value* const bucket_key_;  // the address of the target, which may be gone
   internal::weak_cell* cell_ = nullptr;
 };
 

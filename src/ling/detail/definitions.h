@@ -5,6 +5,10 @@
 #include "ling/byte_array.h"
 #include "ling/class_builder.h"
 #include "ling/error.h"
+#include "ling/evaluation_scope.h"
+#include "ling/lazy.h"
+#include "ling/logger.h"
+#include "ling/module.h"
 #include "ling/none.h"
 #include "ling/number.h"
 #include "ling/ordering.h"
@@ -33,6 +37,13 @@ extern constinit const class_definition<Error> error_class;
 extern constinit const class_definition<StopIteration> stop_iteration_class;
 extern constinit const class_definition<BadArgument> bad_argument_class;
 extern constinit const class_definition<EvaluationError> evaluation_error_class;
+
+extern constinit const class_definition<Module> module_class;
+extern constinit const class_definition<EvaluationScope> evaluation_scope_class;
+extern constinit const class_definition<Logger> logger_class;
+extern constinit const class_definition<LogRecord> log_record_class;
+extern constinit const class_definition<External_Generic> external_class;
+extern constinit const class_definition<WeakReference> weak_reference_class;
 
 // Whether an object is behind a handle whose class is described here. Only the runtime makes such objects, so the class
 // tells the C++ type.

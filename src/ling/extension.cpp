@@ -1,0 +1,102 @@
+// Loading plug-ins.
+#include "ling/extension.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "ling/detail/dynamic_library.h"
+#include "ling/detail/try.h"
+#include "ling/none.h"
+#include "ling/registration.h"
+#include "ling/spinlock.h"
+
+namespace ling {
+
+namespace {
+
+constexpr char init_symbol[] = "corvantis_extension_init";
+constexpr char bind_symbol[] = "corvantis_extension_bind_api";
+
+using entry_point = void (*)();
+
+// The libraries whose entry points were called, or are being called.
+class loaded_libraries {
+ public:
+  // False when it was there.
+  bool add(void* library) {
+    const std::lock_guard guard(lock_);
+    if (std::find(libraries_.begin(), libraries_.end(), library) != libraries_.end()) {
+      return false;
+    }
+    libraries_.push_back(library);
+    return true;
+  }
+  void remove(void* library) {
+    const std::lock_guard guard(lock_);
+    std::erase(libraries_, library);
+  }
+
+ private:
+  spinlock lock_;
+  std::vector<void*> libraries_;
+};
+
+loaded_libraries& loaded() {
+  static loaded_libraries& libraries = *new loaded_libraries;
+  return libraries;
+}
+
+// A plain name means a file in the current directory; the system would look for it along its library path.
+std::string absolute_path(const String& path) {
+  const std::string_view text = path.view();
+  const std::u8string absolute = std::filesystem::absolute(std::u8string(text.begin(), text.end())).u8string();
+  return std::string(absolute.begin(), absolute.end());
+}
+
+Result<None> call_entry_point(void* address, const char* symbol, const String& path) {
+  try {
+    reinterpret_cast<entry_point>(address)();
+    return None();
+  } catch (...) {
+    const Error failure = Error::fromCurrentException();
+    const Error error(String("Extension {}: {} failed: {}").arg(path, symbol, failure.message()));
+    error.setCause(failure.cause());
+    return error;
+  }
+}
+
+Result<None> call_entry_points(void* library, const String& path) {
+  std::string problem;
+  void* init = internal::find_dynamic_symbol(library, init_symbol, problem);
+  if (init == nullptr) {
+    return Error(String("Not an extension: {} lacks the symbol {}: {}").arg(path, init_symbol, problem));
+  }
+  TRY(call_entry_point(init, init_symbol, path));
+  if (void* bind = internal::find_dynamic_symbol(library, bind_symbol, problem)) {
+    TRY(call_entry_point(bind, bind_symbol, path));
+  }
+  return None();
+}
+
+}  // namespace
+
+Result<None> load_extension(const String& path) {
+  std::string problem;
+  void* library = internal::open_dynamic_library(absolute_path(path), problem);
+  if (library == nullptr) {
+    return Error(String("Unable to load the extension {}: {}").arg(path, problem));
+  }
+  if (!loaded().add(library)) {
+    return None();
+  }
+  if (const Result<None> called = call_entry_points(library, path); called.is_error()) {
+    loaded().remove(library);  // so that it can be tried again
+    return called;
+  }
+  return initialize();
+}
+
+}  // namespace ling
