@@ -163,7 +163,7 @@ class class_builder : public class_builder_base {
   class_builder& constructor(const String& signature_text, const String& doc, F function, std::vector<Any> defaults = {}) {
     method_builder_base builder("__init__", internal::with_receiver("class", signature_text), doc, std::move(defaults), true);
     if constexpr (std::same_as<std::remove_cvref_t<typename internal::callable_traits<F>::result>, T> && !handle_type<T>) {
-      set_constructor(std::move(builder).body(native_constructor(function, typename internal::parameters_of<F>::type())));
+      set_constructor(std::move(builder).body(native_constructor(function, std::type_identity<typename internal::parameters_of<F>::type>())));
     } else {
       set_constructor(std::move(builder).body(std::move(function)));
     }
@@ -205,7 +205,7 @@ class class_builder : public class_builder_base {
 
  private:
   template <class F, class... P>
-  static auto native_constructor(F function, std::tuple<P...>) {
+  static auto native_constructor(F function, std::type_identity<std::tuple<P...>>) {
     return [function](Class_Generic of_class, std::remove_cvref_t<P>... arguments) -> Any {
       return make<object_value_native<T>>(of_class.object(), function(std::move(arguments)...));
     };
