@@ -12,6 +12,7 @@ FLOORS = [
     ("ling/*",                   0),  # the runtime
     ("extension/python_api.*",   1),  # the C API,
     ("extension/pyobject_ptr.*", 1),  #   references and the lock,
+    ("extension/thread_end*",    1),  #   (which belong to threads),
     ("extension/type_layout.*",  1),  #   layouts of type structs
     ("bridge/convert.h",         2),  # what every room needs to know of conversion,
     ("bridge/error_bridge.h",    2),  #   errors,

@@ -5,9 +5,9 @@
 // interpreter has started (`ensure_interpreter`).
 #pragma once
 
-#include <utility>
-
 #include "extension/python_api.h"
+
+#include <utility>
 
 namespace ling::cpython {
 

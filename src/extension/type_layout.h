@@ -131,26 +131,16 @@ static_assert(sizeof(PyVarObject) == 24 && offsetof(type_object, tp_name) == 24)
 static_assert(offsetof(type_object, tp_flags) == 168 && offsetof(type_object, tp_base) == 256);
 static_assert(offsetof(type_object, spare) == 408, "both 64-bit data models have the same offsets");
 
-inline type_object* layout_of(PyTypeObject* type) noexcept {
-  return reinterpret_cast<type_object*>(type);
-}
+inline type_object* layout_of(PyTypeObject* type) noexcept { return reinterpret_cast<type_object*>(type); }
 inline const type_object* layout_of(const PyTypeObject* type) noexcept {
   return reinterpret_cast<const type_object*>(type);
 }
 // The type object whose layout was filled here.
-inline PyTypeObject* type_of_layout(type_object& layout) noexcept {
-  return reinterpret_cast<PyTypeObject*>(&layout);
-}
+inline PyTypeObject* type_of_layout(type_object& layout) noexcept { return reinterpret_cast<PyTypeObject*>(&layout); }
 
-inline const char* name_of(const PyTypeObject* type) noexcept {
-  return layout_of(type)->tp_name;
-}
+inline const char* name_of(const PyTypeObject* type) noexcept { return layout_of(type)->tp_name; }
 // Null for `object` only.
-inline PyTypeObject* base_of(const PyTypeObject* type) noexcept {
-  return layout_of(type)->tp_base;
-}
-inline unsigned long flags_of(const PyTypeObject* type) noexcept {
-  return layout_of(type)->tp_flags;
-}
+inline PyTypeObject* base_of(const PyTypeObject* type) noexcept { return layout_of(type)->tp_base; }
+inline unsigned long flags_of(const PyTypeObject* type) noexcept { return layout_of(type)->tp_flags; }
 
 }  // namespace ling::cpython

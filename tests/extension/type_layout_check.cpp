@@ -9,10 +9,10 @@
 
 namespace ling::cpython {
 
-#define CHECK_FIELD(mirror, original, field)                            \
-  static_assert(offsetof(mirror, field) == offsetof(original, field) && \
-                    sizeof(mirror::field) == sizeof(original::field),   \
-                #original "." #field)
+#define CHECK_FIELD(mirror, original, field)                                                                    \
+  static_assert(                                                                                                \
+      offsetof(mirror, field) == offsetof(original, field) && sizeof(mirror::field) == sizeof(original::field), \
+      #original "." #field)
 
 static_assert(sizeof(number_methods) == sizeof(PyNumberMethods));
 CHECK_FIELD(number_methods, PyNumberMethods, nb_add);

@@ -1,0 +1,71 @@
+// The functions by which a host enters the module file. They are called from C: nothing is thrown out of them.
+#include "extension/module_directory.h"
+#include "extension/search_paths.h"
+#include "ling/logger.h"
+
+#include <string>
+#include <system_error>
+
+#if defined(_WIN32)
+#define CORVANTIS_EXPORT __declspec(dllexport)
+#else
+#define CORVANTIS_EXPORT __attribute__((visibility("default")))
+#endif
+
+namespace ling::cpython {
+
+namespace {
+
+constexpr std::int64_t error_level = 40;
+
+void log_error(const String& message) { get_logger().log(LogRecord(error_level, message)); }
+
+// Whatever the encoding of the platform's narrow strings.
+String text_of(const std::filesystem::path& path) {
+  const std::u8string text = path.u8string();
+  return String::fromUtf8(reinterpret_cast<const char*>(text.data()), text.size());
+}
+
+void add_path(const std::filesystem::path& path) {
+  if (const Result<None> added = cpython_add_sys_path(text_of(path)); added.is_error()) {
+    log_error(String("Unable to add {} to sys.path: {}").arg(text_of(path), added.error().message()));
+  }
+}
+
+void add_user_folder() {
+  const std::optional<std::filesystem::path> folder = user_folder();
+  if (!folder) {
+    return;
+  }
+  std::error_code failure;
+  std::filesystem::create_directories(*folder, failure);
+  if (failure) {
+    log_error(
+        String("Unable to create the folder for Python packages {}: {}").arg(text_of(*folder), failure.message()));
+    return;
+  }
+  add_path(*folder);
+}
+
+void add_search_paths() {
+  for (const std::filesystem::path& path : library_paths(module_directory())) {
+    add_path(path);
+  }
+  add_user_folder();
+}
+
+}  // namespace
+
+}  // namespace ling::cpython
+
+// Finds the places of Python modules. Does not start the interpreter.
+extern "C" CORVANTIS_EXPORT void corvantis_extension_init() noexcept {
+  try {
+    ling::cpython::add_search_paths();
+  } catch (...) {
+    ling::cpython::log_error(ling::Error::fromCurrentException().message());
+  }
+}
+
+// There is nothing to bind: the host's interface is linked.
+extern "C" CORVANTIS_EXPORT void corvantis_extension_bind_api() noexcept {}

@@ -1,0 +1,8 @@
+// Extension modules of Windows name the library that each symbol comes from: there is nothing to make visible.
+#include "extension/interpreter_library.h"
+
+namespace ling::cpython {
+
+void open_interpreter_library() noexcept {}
+
+}  // namespace ling::cpython

@@ -1,0 +1,44 @@
+// What the module brings to the host: the queue of its init handlers, in the order of their levels.
+#include "ling/registration.h"
+
+#include "extension/search_paths.h"
+#include "language/evaluation.h"
+#include "ling/class_builder.h"
+#include "ling/detail/try.h"
+#include "ling/property.h"
+#include "proxies/cpython_object.h"
+
+namespace ling::cpython {
+
+namespace {
+
+constexpr const char* module_name = "ling.cpython";
+
+const class_registration classes{cpython_object_class};
+
+Result<None> register_properties() {
+  return register_property(module_name, "doc", Property::constant("Interface to Python language."));
+}
+
+Result<None> register_functions() {
+  const I_Callable_Generic functions[] = {
+      make_function("evaluate", "code, scope", "Evaluates Python code.", &evaluate, {None()}),
+      make_function("evaluate_expr", "code, scope", "Evaluates Python expression.", &evaluate_expr, {None()}),
+      make_function("cpython_add_sys_path", "path", "Adds a path to sys.path once.", &cpython_add_sys_path),
+  };
+  for (const I_Callable_Generic& function : functions) {
+    TRY(register_function(module_name, function.name(), function));
+  }
+  return None();
+}
+
+// Static initialisers run when the module file is loaded; the host runs the handlers afterwards.
+[[maybe_unused]] const bool queued = [] {
+  internal::add_init_handler(InitLevel::Properties, &register_properties);
+  internal::add_init_handler(InitLevel::Functions, &register_functions);
+  return true;
+}();
+
+}  // namespace
+
+}  // namespace ling::cpython

@@ -1,0 +1,92 @@
+// The start of the interpreter: what is done, in which order, and that it is done once.
+#include "extension/importer.h"
+#include "extension/interpreter.h"
+#include "extension/interpreter_library.h"
+#include "extension/pyobject_ptr.h"
+#include "extension/search_paths.h"
+
+#include <atomic>
+#include <thread>
+
+namespace ling::cpython {
+
+namespace {
+
+// Conversions hand out these four without a reference of their own, and whoever receives one releases it. Before 3.12
+// their counts are ordinary ones: they are raised beyond what can be released in the life of a process. The lock must
+// be held.
+void pin_singletons() {
+  constexpr Py_ssize_t immortal = Py_ssize_t{1} << 29;
+  constexpr Py_ssize_t never_released = Py_ssize_t{1} << 40;
+  for (PyObject* singleton : {Py_None, Py_True, Py_False, Py_NotImplemented}) {
+    if (Py_REFCNT(singleton) < immortal) {
+      Py_SET_REFCNT(singleton, Py_REFCNT(singleton) + never_released);
+    }
+  }
+}
+
+void start_own_interpreter() {
+  // Python's extension modules look for the interpreter's symbols as soon as the first one is imported.
+  open_interpreter_library();
+  // 1. Signals stay the host's.
+  Py_InitializeEx(0);
+  pin_singletons();
+  // 2. The paths found before there was a `sys.path`.
+  add_pending_paths();
+  // 3. From here on the lock belongs to nobody; each entry takes it. The thread state stays that of this thread, which
+  //    finds it again.
+  static_cast<void>(PyEval_SaveThread());
+}
+
+void start_interpreter() {
+  if (Py_IsInitialized() == 0) {
+    start_own_interpreter();
+  } else {
+    // Another part of the process owns the interpreter and its `sys.path`.
+    const GilGuard lock;
+    pin_singletons();
+  }
+  // 4. Python code may now ask for the host's modules.
+  const GilGuard lock;
+  install_importer();
+}
+
+enum class start_phase : int { none, starting, done };
+
+std::atomic<start_phase> phase{start_phase::none};
+std::atomic<std::thread::id> starter;
+
+// The starting thread needs the lock, so whoever waits for it must not keep it.
+void wait_for_start() noexcept {
+  if (PyGILState_GetThisThreadState() == nullptr) {
+    phase.wait(start_phase::starting, std::memory_order_acquire);
+    return;
+  }
+  const GilGuard held_at_least_once;
+  PyThreadState* state = PyEval_SaveThread();
+  phase.wait(start_phase::starting, std::memory_order_acquire);
+  PyEval_RestoreThread(state);
+}
+
+[[gnu::noinline]] void start_or_wait() noexcept {
+  start_phase current = start_phase::none;
+  if (phase.compare_exchange_strong(current, start_phase::starting, std::memory_order_acquire)) {
+    starter.store(std::this_thread::get_id(), std::memory_order_relaxed);
+    start_interpreter();
+    phase.store(start_phase::done, std::memory_order_release);
+    phase.notify_all();
+  } else if (current == start_phase::starting &&
+             starter.load(std::memory_order_relaxed) != std::this_thread::get_id()) {
+    wait_for_start();
+  }
+}
+
+}  // namespace
+
+void ensure_interpreter() noexcept {
+  if (phase.load(std::memory_order_acquire) != start_phase::done) [[unlikely]] {
+    start_or_wait();
+  }
+}
+
+}  // namespace ling::cpython

@@ -1,0 +1,175 @@
+// Evaluation hands text to Python's own `exec` and `eval`. Code becomes the body of a function, so that it can return a
+// value; what it leaves behind is carried back by functions of the host that the generated text calls.
+#include "language/evaluation.h"
+
+#include "bridge/convert.h"
+#include "bridge/error_bridge.h"
+#include "extension/interpreter.h"
+#include "language/global_namespace.h"
+#include "ling/class_builder.h"
+#include "ling/detail/try.h"
+#include "ling/evaluation_scope.h"
+#include "ling/spinlock.h"
+
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace ling::cpython {
+
+namespace {
+
+using optional_map = Union<I_Map_Generic, None>;
+using optional_mutable_map = Union<I_MutableMap_Generic, None>;
+
+// Where `ling_store_result` puts the result. Shared with that function, which the code may keep for longer than the
+// run, and call from another thread.
+class result_slot {
+ public:
+  void store(Any value) noexcept {
+    const std::lock_guard guard(lock_);
+    value_.swap(value);
+  }
+  Any take() noexcept {
+    const std::lock_guard guard(lock_);
+    return std::move(value_);
+  }
+
+ private:
+  spinlock lock_;
+  Any value_;
+};
+
+I_Callable_Generic make_store_result(const std::shared_ptr<result_slot>& slot) {
+  return make_function("ling_store_result", "value", "Stores what the evaluated code returned.",
+                       [slot](const Any& value) { slot->store(value); });
+}
+
+I_Callable_Generic make_store_local(const I_MutableMap_Generic& out_locals) {
+  return make_function("ling_store_local", "name, value", "Stores a variable of the evaluated code.",
+                       [out_locals](const String& name, const Any& value) { return out_locals.set(name, value); });
+}
+
+// The names of the variables that the code gives back, in the order of the map.
+Result<None> read_names(const optional_mutable_map& map, std::vector<String>& names) {
+  if (!map.has_value()) {
+    return None();
+  }
+  const List_Generic keys = TRY(map.value().keys());
+  for (const Any& key : keys.copyItems()) {
+    if (const auto name = String::cast(key)) {
+      names.push_back(*name);
+    } else {
+      return BadArgument(String("The keys of outLocals must be texts, not {}.").arg(key));
+    }
+  }
+  return None();
+}
+
+// The code as the body of a function and the calls that carry back what it returned and changed.
+std::string generate_source(std::string_view code, const std::vector<String>& names) {
+  std::string source = "def ling_outer():\n";
+  for (const String& name : names) {
+    source.append("\tglobal ").append(name.view()).append("\n");
+  }
+  for (std::size_t end = 0; end != std::string_view::npos;) {
+    end = code.find('\n');
+    source.append("\t").append(code.substr(0, end)).append("\n");
+    code.remove_prefix(end == std::string_view::npos ? code.size() : end + 1);
+  }
+  source.append("ling_store_result( ling_outer() )\n");
+  for (const String& name : names) {
+    source.append("ling_store_local('").append(name.view()).append("',").append(name.view()).append(")\n");
+  }
+  return source;
+}
+
+// Calls `exec` or `eval`. Null with the exception set when it fails, without one when there is no such function.
+PyObjectPtr call_builtin(const char* name, std::string_view source, PyObject* globals, PyObject* locals) {
+  PyObject* builtins = PyEval_GetBuiltins();
+  PyObject* function = builtins == nullptr ? nullptr : PyDict_GetItemString(builtins, name);
+  if (function == nullptr) {
+    return {};
+  }
+  // With the length: a text with a zero byte in it is refused, not cut off.
+  const PyObjectPtr arguments(
+      Py_BuildValue("(s#OO)", source.data(), static_cast<Py_ssize_t>(source.size()), globals, locals));
+  return PyObjectPtr(arguments ? PyObject_CallObject(function, arguments.get()) : nullptr);
+}
+
+// The namespaces of one run, never used again.
+struct run_dicts {
+  PyObjectPtr globals{PyDict_New()};
+  PyObjectPtr locals{PyDict_New()};
+  bool complete() const noexcept { return globals && locals; }
+};
+
+}  // namespace
+
+Result<Any> evaluate_code(const Any& self, const String& code, const optional_map& locals, const optional_map& globals,
+                          const optional_mutable_map& outLocals) {
+  ensure_interpreter();
+  const GilGuard lock;
+  const run_dicts dicts;
+  if (!dicts.complete()) {
+    return exception_to_error(0, 0);
+  }
+  store_modules(dicts.globals.get());
+  // All variables are globals of the generated function: its body sees no others. Later ones win.
+  TRY(store_globals(dicts.globals.get(), globals));
+  TRY(store_all(dicts.globals.get(), outLocals));
+  TRY(store_all(dicts.globals.get(), locals));
+
+  std::vector<String> names;
+  TRY(read_names(outLocals, names));
+  if (outLocals.has_value()) {
+    store(dicts.locals.get(), "ling_store_local", make_store_local(outLocals.value()));
+  }
+  const auto result = std::make_shared<result_slot>();
+  store(dicts.locals.get(), "ling_store_result", make_store_result(result));
+  store(dicts.globals.get(), "self", self);
+
+  const std::string source = generate_source(code.view(), names);
+  if (!call_builtin("exec", source, dicts.globals.get(), dicts.locals.get())) {
+    // Above the code stand the line of `def` and the declarations, before each of its lines a tab.
+    return exception_to_error(-(1 + static_cast<int>(names.size())), -1);
+  }
+  return result->take();
+}
+
+Result<Any> evaluate_expression(const String& code, const optional_map& globals, const optional_map& locals) {
+  ensure_interpreter();
+  const GilGuard lock;
+  const run_dicts dicts;
+  if (!dicts.complete()) {
+    return exception_to_error(0, 0);
+  }
+  store_modules(dicts.globals.get());
+  TRY(store_globals(dicts.globals.get(), globals));
+  TRY(store_all(dicts.globals.get(), locals));
+
+  const PyObjectPtr value = call_builtin("eval", code.view(), dicts.globals.get(), dicts.locals.get());
+  if (!value) {
+    return exception_to_error(0, 0);
+  }
+  return from_python_locked(value.get());
+}
+
+Result<Any> evaluate(const String& code, const Any& scope) {
+  const auto given = EvaluationScope::cast(scope);
+  if (!given) {
+    return evaluate_code({}, code, None(), None(), None());
+  }
+  const EvaluationScope context = *given;
+  return evaluate_code(context.self(), code, context.locals(), context.globals(), context.outLocals());
+}
+
+Result<Any> evaluate_expr(const String& code, const Any& scope) {
+  const auto given = EvaluationScope::cast(scope);
+  if (!given) {
+    return evaluate_expression(code, None(), None());
+  }
+  return evaluate_expression(code, given->globals(), given->locals());
+}
+
+}  // namespace ling::cpython
