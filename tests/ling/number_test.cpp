@@ -1,0 +1,153 @@
+// Numbers, booleans and the other shared objects: representation, construction by scripts, truth.
+#include "ling/ling.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+using namespace ling;
+
+constexpr double inf = std::numeric_limits<double>::infinity();
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+
+// Shared objects serve other libraries' static initialisers and exit handlers: this one runs among the first and its
+// destructor among the last. No check framework there; a crash is the failure.
+struct early_and_late {
+  std::vector<Any> values{None(), Undefined(), true, false, String(), "text", 7, 70000, 2.5, Ordering::fromSign(-1)};
+  ~early_and_late() { (void)display_text(Tuple_Generic(std::move(values))); }
+} const early;
+
+TEST(SharedObjects, ServeStaticInitialisersAndExitHandlers) {
+  EXPECT_EQ(display_text(Tuple_Generic(early.values)),
+            "(None, Undefined, true, false, \"\", \"text\", 7, 70000, 2.5, Less)");
+}
+
+TEST(SharedObjects, AreTheSameEverywhere) {
+  EXPECT_TRUE(Any(-128).is_same(Any(-128)));
+  EXPECT_TRUE(Any(1023).is_same(Any(std::uint8_t{255} + 768u)));
+  EXPECT_FALSE(Any(1024).is_same(Any(1024)));
+  EXPECT_TRUE(Any(true).is_same(Boolean(true)));
+  EXPECT_TRUE(None().is_same(None()));
+  EXPECT_EQ(object_id(Any()), object_id(None()));
+  EXPECT_TRUE(Ordering(ordering_value::Incomparable).is_same(Ordering(ordering_value::Incomparable)));
+  EXPECT_EQ(Any(5).get()->reference_count(), 1u);
+}
+
+TEST(Integer, HasOneRepresentationPerNumber) {
+  EXPECT_TRUE(Integer(std::uint64_t{INT64_MAX}).is_signed());
+  EXPECT_FALSE(Integer(std::uint64_t{INT64_MAX} + 1).is_signed());
+  EXPECT_TRUE(Integer::matches(Any(UINT64_MAX).get()));
+  EXPECT_FALSE(Int64::matches(Any(UINT64_MAX).get()));
+  EXPECT_TRUE(Int32::matches(Any(INT32_MIN).get()));
+  EXPECT_FALSE(Int32::matches(Any(std::int64_t{INT32_MIN} - 1).get()));
+}
+
+TEST(Numbers, AreMadeByScripts) {
+  struct {
+    Class_Generic of_class;
+    Any from;
+    const char* expected;
+  } const cases[] = {
+      {Integer::getClass(),   "42",                   "42"                                                     },
+      {Integer::getClass(),   " +7\n",                "7"                                                      },
+      {Integer::getClass(),   "-9223372036854775808", "-9223372036854775808"                                   },
+      {Integer::getClass(),   "18446744073709551615", "18446744073709551615"                                   },
+      {Integer::getClass(),   "18446744073709551616",
+       "Error: The number '18446744073709551616' is out of the range of Integer."                              },
+      {Integer::getClass(),   "-9223372036854775809",
+       "Error: The number '-9223372036854775809' is out of the range of Integer."                              },
+      {Integer::getClass(),   "12x",                  "Error: The text '12x' is not a number for Integer."     },
+      {Integer::getClass(),   "+-1",                  "Error: The text '+-1' is not a number for Integer."     },
+      {Integer::getClass(),   "",                     "Error: The text '' is not a number for Integer."        },
+      {Integer::getClass(),   3.0,                    "3"                                                      },
+      {Integer::getClass(),   3.5,                    "Error: Unable to convert '3.5' to Integer."             },
+      {Integer::getClass(),   true,                   "1"                                                      },
+      {Float::getClass(),     "2.5e3",                "2500.0"                                                 },
+      {Float::getClass(),     "1e999",                "Error: The number '1e999' is out of the range of Float."},
+      {Float::getClass(),     "pi",                   "Error: The text 'pi' is not a number for Float."        },
+      {Float::getClass(),     UINT64_MAX,             "1.8446744073709552e+19"                                 },
+      {Float::getClass(),     None(),                 "Error: Unable to convert 'None' to Float."              },
+      {Boolean::getClass(),   "",                     "false"                                                  },
+      {String::getClass(),    12,                     "12"                                                     },
+      {String::getClass(),    "as it is",             "as it is"                                               },
+      {ByteArray::getClass(), "é",                   "b\"\\xc3\\xa9\""                                        },
+      {ByteArray::getClass(), List_Generic({0, 255}), "b\"\\x00\\xff\""                                        },
+      {ByteArray::getClass(), List_Generic({0, 256}),
+       "BadArgument: The item 256 at index 1 is not a byte: an Integer from 0 to 255 was expected."            },
+      {ByteArray::getClass(), 3,                      "Error: Unable to convert '3' to ByteArray."             },
+  };
+  for (const auto& each : cases) {
+    EXPECT_EQ(display_text(each.of_class(each.from)), each.expected) << each.of_class.name().view();
+  }
+}
+
+TEST(Boolean, TellsTheTruthOfAnyValue) {
+  HashMap_Generic map;
+  map.set("k", 1);
+  const Any truths[] = {true,
+                        1,
+                        -1,
+                        UINT64_MAX,
+                        0.5,
+                        inf,
+                        nan,
+                        "x",
+                        ByteArray("x"),
+                        Tuple_Generic{None()},
+                        List_Generic{None()},
+                        map,
+                        Error("an error is something"),
+                        Integer::getClass()};
+  for (const Any& value : truths) {
+    EXPECT_TRUE(Boolean::from(value).value()) << display_text(value).view();
+  }
+  const Any untruths[] = {Any(),
+                          None(),
+                          Undefined(),
+                          false,
+                          0,
+                          0.0,
+                          -0.0,
+                          "",
+                          ByteArray(),
+                          Tuple_Generic(),
+                          List_Generic(),
+                          HashMap_Generic(),
+                          HashSet_Generic(),
+                          make_computed<Integer>([] { return Any(0); })};
+  for (const Any& value : untruths) {
+    EXPECT_FALSE(Boolean::from(value).value()) << display_text(value).view();
+  }
+}
+
+struct Crate {
+  int count = 0;
+};
+constinit const class_definition<Crate> crate_class("Crate", [](class_builder<Crate>& c) {
+  c.module("test.numbers").constructor("count", "", [](int count) { return Crate{count}; });
+  c.property("__length__", "How many there are.", [](const Crate& self) -> Result<Integer> {
+    if (self.count < 0) {
+      return Error("uncounted");
+    }
+    return Integer(self.count);
+  });
+});
+
+TEST(Boolean, AsksInstancesForTheirLength) {
+  const Class_Generic crate(crate_class.required());
+  EXPECT_FALSE(Boolean::from(crate(0)).value());
+  EXPECT_TRUE(Boolean::from(crate(2)).value());
+  EXPECT_TRUE(Boolean::from(crate(-1)).value()) << "a length that cannot be told is not 0";
+}
+
+TEST(Ordering, IsReadFromItsClass) {
+  const Class_Generic ordering = Ordering::getClass();
+  EXPECT_EQ(display_text(ordering.propertyValue(meta_property_untyped("Greater"))), "Greater");
+  EXPECT_EQ(display_text(Ordering::fromSign(-5).propertyValue(meta_property_untyped("value"))), "-1");
+  EXPECT_TRUE(is_error_result(ordering(1))) << "there are four of them, nobody makes another";
+}
+
+}  // namespace

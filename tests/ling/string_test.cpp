@@ -1,0 +1,162 @@
+// Texts and byte arrays: validity, positions in code points, and what scripts can do with them.
+#include "ling/ling.h"
+
+#include <gtest/gtest.h>
+
+#include <barrier>
+#include <thread>
+
+namespace {
+
+using namespace ling;
+
+std::vector<std::string> texts(const std::vector<String>& pieces) {
+  std::vector<std::string> result;
+  for (const String& piece : pieces) {
+    result.emplace_back(piece.view());
+  }
+  return result;
+}
+
+Any call(const Any& value, const char* method, std::initializer_list<Any> arguments) {
+  return call_method(value, meta_method_untyped(method), std::span(arguments.begin(), arguments.size()));
+}
+
+TEST(String, ReplacesEveryMaximalPartOfIllFormedBytes) {
+  struct {
+    const char* what;
+    std::string_view bytes;
+    std::string_view expected;
+    std::size_t length;
+  } const cases[] = {
+      {"well-formed", "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80", "aé€😀", 4},
+      {"stray continuation", "a\x80z", "a\uFFFDz", 3},
+      {"overlong slash", "\xC0\xAF", "\uFFFD\uFFFD", 2},
+      {"overlong of three", "\xE0\x80\xAF", "\uFFFD\uFFFD\uFFFD", 3},
+      {"surrogate", "\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD", 3},
+      {"last before and first after the surrogates", "\xED\x9F\xBF\xEE\x80\x80", "\xED\x9F\xBF\xEE\x80\x80", 2},
+      {"cut after two of three", "\xE2\x82", "\uFFFD", 1},
+      {"cut after three of four, then text", "\xF0\x9F\x98z", "\uFFFDz", 2},
+      {"cut by another lead", "\xE2\x82\xC3\xA9", "\uFFFDé", 2},
+      {"highest code point", "\xF4\x8F\xBF\xBF", "\U0010FFFF", 1},
+      {"above the highest", "\xF4\x90\x80\x80", "\uFFFD\uFFFD\uFFFD\uFFFD", 4},
+      {"never a lead", "\xFE\xFF\xF5", "\uFFFD\uFFFD\uFFFD", 3},
+      {"bad byte behind a long ASCII run", "0123456789abcdef\xFF", "0123456789abcdef\uFFFD", 17},
+      {"zero bytes are characters", std::string_view("a\0b", 3), std::string_view("a\0b", 3), 3},
+  };
+  for (const auto& each : cases) {
+    const String text(each.bytes);
+    EXPECT_EQ(text.view(), each.expected) << each.what;
+    EXPECT_EQ(text.length(), each.length) << each.what;
+    EXPECT_EQ(text.c_str()[text.size()], '\0') << each.what;
+  }
+}
+
+TEST(String, CountsPositionsInCodePoints) {
+  const String text("añ€😀z€");
+  ASSERT_EQ(text.length(), 6u);
+  struct {
+    std::int64_t start, stop;
+    const char* expected;
+  } const slices[] = {
+      {0,         1,         "a"             },
+      {1,         3,         "ñ€"         },
+      {3,         4,         "😀"          },
+      {-1,        INT64_MAX, "€"           },
+      {-3,        -1,        "😀z"         },
+      {4,         2,         ""              },
+      {-100,      2,         "añ"           },
+      {5,         100,       "€"           },
+      {100,       200,       ""              },
+      {0,         INT64_MAX, "añ€😀z€"},
+      {INT64_MIN, INT64_MIN, ""              }
+  };
+  for (const auto& each : slices) {
+    EXPECT_EQ(text.sliced(each.start, each.stop), each.expected) << each.start << ".." << each.stop;
+  }
+  EXPECT_EQ(text.substr(2), "€😀z€");
+  EXPECT_EQ(text.substr(2, 2), "€😀");
+  EXPECT_EQ(text.substr(7), "");
+  EXPECT_EQ(String("plain").substr(1, 3), "lai");
+  EXPECT_EQ(text.substr(0).get(), text.get()) << "the whole text needs no copy";
+
+  EXPECT_EQ(text.find("€"), 2);
+  EXPECT_EQ(text.find("€", 3), 5);
+  EXPECT_EQ(text.find("€", 6), String::npos);
+  EXPECT_EQ(text.find("", 6), 6);
+  EXPECT_EQ(text.find("", 7), String::npos);
+  EXPECT_EQ(text.rfind("€"), 5);
+  EXPECT_EQ(text.rfind("z"), 4);
+  EXPECT_EQ(text.rfind("x"), String::npos);
+}
+
+TEST(String, TakesTextApartAndPutsItTogether) {
+  EXPECT_EQ(texts(String(",a,,ü,").split(',')), (std::vector<std::string>{"", "a", "", "ü", ""}));
+  EXPECT_EQ(texts(String("").split(',')), (std::vector<std::string>{""}));
+  EXPECT_EQ(String("aXbXX").replaced("X", "--"), "a--b----");
+  EXPECT_EQ(String("aaa").replaced("aa", "b"), "ba");
+  EXPECT_EQ(String("abc").replaced("", "-"), "abc");
+  EXPECT_EQ(String(" \t\nä b\r\v\f ").trimmed(), "ä b");
+  EXPECT_EQ(String(" \n ").trimmed(), "");
+  EXPECT_EQ(string_builder().append("a").append(String("é")).append('!').build(), "aé!");
+}
+
+TEST(String, FillsPlaceholdersFromLeftToRight) {
+  EXPECT_EQ(String("{} of {}: {}").arg(1, "x", List_Generic{"y"}), "1 of x: [\"y\"]");
+  EXPECT_EQ(String("{} and {}").arg("{}"), "{} and {}") << "what was filled in is no placeholder";
+  EXPECT_EQ(String("{{}").arg(1, 2), "{1");
+}
+
+TEST(String, SharesTheEmptyText) {
+  EXPECT_EQ(String().get(), String("").get());
+  EXPECT_EQ(String().get(), String("abc").substr(3).get());
+  EXPECT_TRUE(String().has(object_traits::immortal));
+}
+
+TEST(String, HashesTheSameOnAllThreads) {
+  const String text("the hash is made on first request");
+  const std::uint64_t expected = hash_of(String(text.view()));
+  std::barrier start(8);
+  std::vector<std::jthread> threads;
+  for (int i = 0; i < 8; ++i) {
+    threads.emplace_back([&] {
+      start.arrive_and_wait();
+      EXPECT_EQ(hash_of(text), expected);
+    });
+  }
+}
+
+TEST(String, AnswersScripts) {
+  const String text("smörgås");
+  EXPECT_EQ(Integer::unchecked(text.propertyValue(meta_property_untyped("__length__"))).value(), 7);
+  struct {
+    const char* method;
+    std::initializer_list<Any> arguments;
+    const char* expected;
+  } const cases[] = {
+      {"at",       {2},      "ö"                                                             },
+      {"at",       {-2},     "å"                                                             },
+      {"at",       {7},      "Error: The index 7 is out of range for a text of length 7."     },
+      {"contains", {"rg"},   "true"                                                           },
+      {"find",     {"s"},    "0"                                                              },
+      {"find",     {"s", 1}, "6"                                                              },
+      {"sliced",   {-3},     "gås"                                                           },
+      {"split",    {"r"},    "[\"smö\", \"gås\"]"                                           },
+      {"split",    {""},     "BadArgument: The separator must be one ASCII character, not ''."},
+      {"toUtf8",   {},       "b\"sm\\xc3\\xb6rg\\xc3\\xa5s\""                                 },
+  };
+  for (const auto& each : cases) {
+    EXPECT_EQ(display_text(call(text, each.method, each.arguments)), each.expected) << each.method;
+  }
+}
+
+TEST(ByteArray, AnswersScripts) {
+  const ByteArray bytes(std::string_view("\x00z\xFF", 3));
+  EXPECT_EQ(display_text(call(bytes, "at", {-1})), "255");
+  EXPECT_EQ(display_text(call(bytes, "at", {3})), "Error: The index 3 is out of range for 3 bytes.");
+  EXPECT_EQ(display_text(call(bytes, "sliced", {1})), "b\"z\\xff\"");
+  EXPECT_EQ(display_text(call(bytes, "toString", {})), "Error: The 3 bytes are not valid UTF-8.");
+  EXPECT_EQ(display_text(call(String("ä").toUtf8(), "toString", {})), "ä");
+}
+
+}  // namespace
