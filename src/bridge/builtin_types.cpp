@@ -25,19 +25,19 @@ struct builtin_row {
 Class_Generic python_object_class() { return cpython_object_class.required(); }
 
 const builtin_row builtin_rows[] = {
-    {&PyLong_Type,                &Integer::getClass,       direction::both         },
-    {&PyUnicode_Type,             &String::getClass,        direction::both         },
-    {&PyFloat_Type,               &Float::getClass,         direction::both         },
-    {&PyBool_Type,                &Boolean::getClass,       direction::both         },
-    {&PyBytes_Type,               &ByteArray::getClass,     direction::both         },
-    {&PyByteArray_Type,           &ByteArray::getClass,     direction::class_of_type},
-    {&PyMemoryView_Type,          &ByteArray::getClass,     direction::class_of_type},
-    {&PyType_Type,                &Class_Generic::getClass, direction::class_of_type},
-    {&PyTuple_Type,               &Tuple_Generic::getClass, direction::type_of_class},
-    {Py_TYPE(Py_None),            &None::getClass,          direction::type_of_class},
-    {Py_TYPE(Py_NotImplemented),  &Undefined::getClass,     direction::type_of_class},
-    // A CPythonObject becomes whatever it stands for.
-    {&PyBaseObject_Type,          &python_object_class,     direction::type_of_class},
+    {&PyLong_Type,               &Integer::getClass,       direction::both         },
+    {&PyUnicode_Type,            &String::getClass,        direction::both         },
+    {&PyFloat_Type,              &Float::getClass,         direction::both         },
+    {&PyBool_Type,               &Boolean::getClass,       direction::both         },
+    {&PyBytes_Type,              &ByteArray::getClass,     direction::both         },
+    {&PyByteArray_Type,          &ByteArray::getClass,     direction::class_of_type},
+    {&PyMemoryView_Type,         &ByteArray::getClass,     direction::class_of_type},
+    {&PyType_Type,               &Class_Generic::getClass, direction::class_of_type},
+    {&PyTuple_Type,              &Tuple_Generic::getClass, direction::type_of_class},
+    {Py_TYPE(Py_None),           &None::getClass,          direction::type_of_class},
+    {Py_TYPE(Py_NotImplemented), &Undefined::getClass,     direction::type_of_class},
+ // A CPythonObject becomes whatever it stands for.
+    {&PyBaseObject_Type,         &python_object_class,     direction::type_of_class},
 };
 
 PyObject* as_object(PyTypeObject* type) noexcept { return reinterpret_cast<PyObject*>(type); }

@@ -18,23 +18,25 @@ inline constexpr int maximum_conversion_depth = 500;
 // come without a reference of their own: they are pinned when the interpreter starts, so releasing them does no harm.
 // Takes the lock itself.
 PyObjectPtr to_python(const Any& value);
-// The value for a Python object, which may be null (None). Never raises and leaves no exception pending: a failure is an
-// Error value. Takes the lock itself.
+// The value for a Python object, which may be null (None). Never raises and leaves no exception pending: a failure is
+// an Error value. Takes the lock itself.
 Any from_python(PyObjectPtr_Borrowed object);
 
 // The same for callers that hold the lock: every slot, and whatever runs inside a GilGuard.
 PyObjectPtr to_python_locked(const Any& value);
 Any from_python_locked(PyObjectPtr_Borrowed object);
 
-// The text that stands for the value in Python code: `repr` of its Python counterpart. A value whose only counterpart is
-// its wrapper has its display text. Empty when there is no counterpart. Takes the lock itself.
+// The text that stands for the value in Python code: `repr` of its Python counterpart. A value whose only counterpart
+// is its wrapper has its display text. Empty when there is no counterpart. Takes the lock itself.
 Result<String> to_code(const Any& value);
 
 // The Python type that values of a type arrive as in Python: `int` for Integer, the wrapper's type for a host class,
-// `object` for a type that is not that of one class. The lock must be held. Borrowed; lives for the life of the process.
+// `object` for a type that is not that of one class. The lock must be held. Borrowed; lives for the life of the
+// process.
 PyObject* python_type_of(const Type& type);
 
-// The class that a built-in Python type stands for: Integer for `int`, ByteArray for `bytes`. None for every other object.
+// The class that a built-in Python type stands for: Integer for `int`, ByteArray for `bytes`. None for every other
+// object.
 Union<Class_Generic, None> builtin_class_of(PyObjectPtr_Borrowed type);
 
 }  // namespace ling::cpython

@@ -1,8 +1,6 @@
 // Exceptions to Errors and back.
 #include "bridge/error_bridge.h"
 
-#include <optional>
-
 #include "bridge/convert.h"
 #include "bridge/error_position.h"
 #include "bridge/exception_text.h"
@@ -11,6 +9,8 @@
 #include "ling/reflection.h"
 #include "lingobject/ling_object.h"
 #include "proxies/cpython_object.h"
+
+#include <optional>
 
 namespace ling::cpython {
 
@@ -40,8 +40,8 @@ std::optional<fetched_exception> fetch_exception() {
   return fetched_exception{PyObjectPtr(type), PyObjectPtr(value), PyObjectPtr(traceback)};
 }
 
-// A request to stop, such as SystemExit or KeyboardInterrupt. Unlike an exception it must not end as a mere text, so the
-// error keeps it, to be raised again when the error returns to Python.
+// A request to stop, such as SystemExit or KeyboardInterrupt. Unlike an exception it must not end as a mere text, so
+// the error keeps it, to be raised again when the error returns to Python.
 Error error_from_interruption(PyObject* instance) {
   const String message = exception_message(instance);
   const Error error(message.empty() ? type_name_of(instance) : message);
@@ -154,8 +154,8 @@ Error error_from_exception(PyObjectPtr_Borrowed instance) {
     if (value != nullptr && is_error_result(*value)) {
       return Error::unchecked(*value);
     }
-    // Exceptions made for a class of errors have the attribute even when they carry none; a stranger's attribute of that
-    // name is none of ours.
+    // Exceptions made for a class of errors have the attribute even when they carry none; a stranger's attribute of
+    // that name is none of ours.
     if (!carried || !is_instance(carried.get(), PyExc_Exception)) {
       return error_from_texts(carrier.get());
     }

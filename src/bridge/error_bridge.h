@@ -13,9 +13,9 @@ Union<Error, None> capture_error();
 // The captured error, or one with this message when no exception is pending.
 Error capture_error_or(const char* message);
 
-// The pending Python exception as an Error, an EvaluationError when it can be placed in the source. The shifts are added
-// to the line and the column, which become absent where the sum is not positive. Error::unknown() when none is pending.
-// Clears it.
+// The pending Python exception as an Error, an EvaluationError when it can be placed in the source. The shifts are
+// added to the line and the column, which become absent where the sum is not positive. Error::unknown() when none is
+// pending. Clears it.
 Error exception_to_error(int line_shift, int column_shift);
 
 // The Error for an exception instance: the Error it carries in its attribute "ling", else a new one with its text and

@@ -35,9 +35,10 @@ String exception_traceback_text(PyObject* instance) {
   }
   // Spelled with all three arguments, which Python 3.9 insists on.
   const PyObjectPtr traceback(PyObject_GetAttrString(instance, "__traceback__"));
-  const PyObjectPtr lines(traceback ? PyObject_CallFunctionObjArgs(format, reinterpret_cast<PyObject*>(Py_TYPE(instance)),
-                                                                   instance, traceback.get(), nullptr)
-                                    : nullptr);
+  const PyObjectPtr lines(traceback
+                              ? PyObject_CallFunctionObjArgs(format, reinterpret_cast<PyObject*>(Py_TYPE(instance)),
+                                                             instance, traceback.get(), nullptr)
+                              : nullptr);
   const PyObjectPtr separator(lines ? PyUnicode_FromString("") : nullptr);
   const PyObjectPtr joined(separator ? PyUnicode_Join(separator.get(), lines.get()) : nullptr);
   PyErr_Clear();

@@ -1,18 +1,18 @@
 // Python exception classes that mirror classes of errors.
 #include "bridge/exception_types.h"
 
-#include <atomic>
-#include <memory>
-
 #include "bridge/error_bridge.h"
 #include "ling/reflection.h"
+
+#include <atomic>
+#include <memory>
 
 namespace ling::cpython {
 
 namespace {
 
-// One pair of classes. Pairs are never removed and few, so a list that grows at its head serves both directions without a
-// lock.
+// One pair of classes. Pairs are never removed and few, so a list that grows at its head serves both directions without
+// a lock.
 struct class_pair {
   object_value_class* error_class;
   PyObject* exception_type;

@@ -1,7 +1,4 @@
 // Python objects to host values: one row of tests, whose order is part of the contract.
-#include <cmath>
-#include <cstdint>
-
 #include "bridge/convert.h"
 #include "bridge/error_bridge.h"
 #include "bridge/instance_test.h"
@@ -14,6 +11,9 @@
 #include "ling/number.h"
 #include "lingobject/ling_object.h"
 #include "proxies/cpython_object.h"
+
+#include <cmath>
+#include <cstdint>
 
 namespace ling::cpython {
 

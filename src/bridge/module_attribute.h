@@ -1,20 +1,20 @@
 // An attribute of a Python module, looked up once and kept for the life of the process.
 #pragma once
 
-#include <atomic>
-
 #include "extension/pyobject_ptr.h"
+
+#include <atomic>
 
 namespace ling::cpython {
 
-// A constant at namespace scope. An import may give the lock away, so two threads may look the attribute up at once: the
-// first to finish decides, and nobody waits. An attribute that cannot be had is not looked up again.
+// A constant at namespace scope. An import may give the lock away, so two threads may look the attribute up at once:
+// the first to finish decides, and nobody waits. An attribute that cannot be had is not looked up again.
 class module_attribute {
  public:
   constexpr module_attribute(const char* module, const char* name) noexcept : module_(module), name_(name) {}
 
-  // Borrowed; null when the module or the attribute is missing. No exception must be pending, none is left. The lock must
-  // be held.
+  // Borrowed; null when the module or the attribute is missing. No exception must be pending, none is left. The lock
+  // must be held.
   PyObject* get() const noexcept {
     PyObject* found = found_.load(std::memory_order_acquire);
     if (found == nullptr) [[unlikely]] {

@@ -18,9 +18,8 @@ inline String text_of(PyObject* text, surrogates policy) {
   if (text == nullptr) {
     return {};
   }
-  const PyObjectPtr bytes(policy == surrogates::refuse
-                              ? PyUnicode_AsUTF8String(text)
-                              : PyUnicode_AsEncodedString(text, "utf-8", "backslashreplace"));
+  const PyObjectPtr bytes(policy == surrogates::refuse ? PyUnicode_AsUTF8String(text)
+                                                       : PyUnicode_AsEncodedString(text, "utf-8", "backslashreplace"));
   if (!bytes) {
     PyErr_Clear();
     return {};

@@ -1,6 +1,4 @@
 // Host values to Python objects: one dispatch on the kind of the value.
-#include <cstddef>
-
 #include "bridge/convert.h"
 #include "bridge/error_bridge.h"
 #include "extension/interpreter.h"
@@ -13,14 +11,16 @@
 #include "lingobject/ling_object.h"
 #include "proxies/cpython_object.h"
 
+#include <cstddef>
+
 namespace ling::cpython {
 
 namespace {
 
 PyObjectPtr convert(const Any& value, int depth);
 
-// The interpreter's start pins the singletons, so that they need not be counted on every crossing: the reference that the
-// result will release was never taken.
+// The interpreter's start pins the singletons, so that they need not be counted on every crossing: the reference that
+// the result will release was never taken.
 PyObjectPtr singleton(PyObject* object) noexcept { return PyObjectPtr(object); }
 
 template <class Object>

@@ -28,9 +28,7 @@ Ordering compare_object(const python_reference& self, const Any& other) {
   return same ? ordering_value::Equal : ordering_value::Incomparable;
 }
 
-std::uint64_t hash_object(const python_reference& self) {
-  return reinterpret_cast<std::uintptr_t>(self.address());
-}
+std::uint64_t hash_object(const python_reference& self) { return reinterpret_cast<std::uintptr_t>(self.address()); }
 
 }  // namespace
 

@@ -2,11 +2,11 @@
 // and copies nothing out of it; on the way back it becomes the very same object again.
 #pragma once
 
-#include <mutex>
-
 #include "extension/pyobject_ptr.h"
 #include "ling/class_builder.h"
 #include "ling/spinlock.h"
+
+#include <mutex>
 
 namespace ling::cpython {
 
@@ -19,8 +19,8 @@ class python_reference {
   python_reference(const python_reference&) = delete;
   python_reference& operator=(const python_reference&) = delete;
 
-  // A reference for the caller, null when there is no object. The interpreter lock must be held: between the look at the
-  // pointer and the count it keeps `attach` on another thread from dropping the last reference.
+  // A reference for the caller, null when there is no object. The interpreter lock must be held: between the look at
+  // the pointer and the count it keeps `attach` on another thread from dropping the last reference.
   PyObjectPtr get() const noexcept { return PyObjectPtr::share(address()); }
   // Only good for telling objects apart. No lock is needed.
   PyObject* address() const noexcept {
@@ -42,7 +42,8 @@ extern const class_definition<python_reference> cpython_object_class;
 
 // A new CPythonObject that shares the object. The lock must be held.
 Any make_python_object(PyObjectPtr_Borrowed object);
-// The Python object of a CPythonObject; null for one without an object and for every other value. The lock must be held.
+// The Python object of a CPythonObject; null for one without an object and for every other value. The lock must be
+// held.
 PyObjectPtr python_object_of(const Any& value) noexcept;
 
 }  // namespace ling::cpython

@@ -1,0 +1,250 @@
+// Failures in both directions.
+#include "bridge/error_bridge.h"
+
+#include "bridge/module_attribute.h"
+#include "bridge/python.h"
+#include "ling/ling.h"
+#include "lingobject/ling_object.h"
+#include "proxies/cpython_object.h"
+
+#include <stdexcept>
+
+namespace ling::cpython {
+namespace {
+
+using ErrorBridge = PythonTest;
+
+const class_definition<Error> stock_error_class("StockError", [](class_builder<Error>& c) {
+  c.module("shop")
+      .parent(Error::getClass())
+      .constructor("message", "",
+                   [](Class_Generic of_class, const String& message) { return Error(of_class, message); });
+});
+Class_Generic stock_error() { return stock_error_class.required(); }
+
+// What the code raised, pending.
+void raise(const std::string& code) { EXPECT_FALSE(run(code)) << code; }
+
+Error captured(const std::string& code) {
+  raise(code);
+  const auto error = capture_error();
+  EXPECT_TRUE(error) << code;
+  EXPECT_EQ(PyErr_Occurred(), nullptr) << code;
+  return error ? error.value() : Error::unknown();
+}
+
+TEST_F(ErrorBridge, HasNothingToSayWithoutAnException) {
+  EXPECT_FALSE(capture_error());
+  EXPECT_EQ(capture_error_or("fixed").message(), "fixed");
+  EXPECT_EQ(exception_to_error(0, 0).message(), Error::unknown().message());
+}
+
+TEST_F(ErrorBridge, KeepsTheTextsOfAnException) {
+  const struct {
+    const char* code;
+    const char* message;
+    const char* in_stack;
+  } rows[] = {
+      {"raise ValueError('bad')",                                           "bad",                                "ValueError: bad"    },
+      {"raise ValueError",                                                  "",                                   "ValueError"         },
+      {"raise KeyError('k')",                                               "'k'",                                "line 1, in <module>"},
+      {"def f(): 1 // 0\nf()",                                              "integer division or modulo by zero", "line 1, in f"       },
+      {"raise ValueError('\\ud800')",                                       "\\ud800",                            "\\ud800"            },
+      {"try: 1 // 0\nexcept Exception as e: raise OSError('outer') from e", "outer",                              "ZeroDivisionError"  },
+      {"class E(Exception):\n  def __str__(self): return 1 // 0\nraise E",  "E",                                  "E"                  },
+      {"class E(Exception): ling = 'mine'\nraise E('text')",                "text",                               "E: text"            },
+      {"raise KeyboardInterrupt",                                           "KeyboardInterrupt",                  "KeyboardInterrupt"  },
+      {"raise SystemExit(3)",                                               "3",                                  "SystemExit: 3"      },
+      {"raise GeneratorExit",                                               "GeneratorExit",                      "GeneratorExit"      },
+  };
+  for (const auto& row : rows) {
+    const Error error = captured(row.code);
+    EXPECT_EQ(error.message().view(), row.message) << row.code;
+    EXPECT_TRUE(error.stack().contains(row.in_stack)) << error.stack().view();
+    EXPECT_TRUE(raw_class_of(error) == Error::getClass());
+  }
+}
+
+TEST_F(ErrorBridge, PutsTheTracebackTextIntoTheMessageOfASyntaxError) {
+  const Error error = captured("compile('a = (', 'shop.py', 'exec')");
+  EXPECT_TRUE(error.message().contains("File \"shop.py\", line 1")) << error.message().view();
+  EXPECT_TRUE(error.message().contains("SyntaxError: '(' was never closed")) << error.message().view();
+  EXPECT_EQ(error.message(), error.stack());
+}
+
+TEST_F(ErrorBridge, PlacesErrorsInTheSource) {
+  const std::string placed = R"(
+class E(Exception):
+    def __init__(self, lineno=None, offset=None, end_lineno=None, end_offset=None):
+        for name, value in dict(locals()).items():
+            if value != 'missing' and name != 'self': setattr(self, name, value)
+    def __str__(self): return 'text'
+class Hostile(Exception):
+    @property
+    def lineno(self): raise SystemExit
+    @property
+    def offset(self): return object()
+    def __str__(self): return 'text'
+)";  // the next line is 13
+  using expected = std::optional<std::int64_t>;
+  const struct {
+    const char* raised;
+    int line_shift, column_shift;
+    expected line, column, length;
+  } rows[] = {
+      {"E(3, 4, 3, 9)",                        0,   0,  3,  4,  5 },
+      {"E(3, 4, 3, 4)",                        0,   0,  3,  4,  0 },
+      {"E(3, 9, 3, 4)",                        0,   0,  3,  9,  {}},
+      {"E(3, 4, 4, 9)",                        0,   0,  3,  4,  {}},
+      {"E(3, 4, 3, 9)",                        -2,  -3, 1,  1,  5 },
+      {"E(3, 4, 3, 9)",                        -3,  -3, {}, 1,  5 },
+      {"E(3, 4, 3, 9)",                        -2,  -4, 1,  {}, 5 },
+      {"E(3, 4, 3, 9)",                        -3,  -4, {}, {}, {}},
+      {"E(3, None, 3, 9)",                     0,   0,  3,  {}, {}},
+      {"E(3, 'missing', 3, 9)",                0,   0,  3,  {}, {}},
+      {"E('3', [], 2**70, 1.5)",               0,   0,  13, {}, {}},
+      {"E(-2**63, -2**63, -2**63, 2**63 - 1)", -1,  -1, {}, {}, {}},
+      {"E(2**63 - 1, 1)",                      1,   0,  {}, 1,  {}},
+      {"E()",                                  0,   0,  13, {}, {}},
+      {"E()",                                  -12, 0,  1,  {}, {}},
+      {"E()",                                  -13, 0,  {}, {}, {}},
+      {"Hostile()",                            0,   0,  13, {}, {}},
+  };
+  for (const auto& row : rows) {
+    raise(placed + "raise " + row.raised);
+    const Error error = exception_to_error(row.line_shift, row.column_shift);
+    EXPECT_EQ(error.message(), "text") << row.raised;
+    EXPECT_TRUE(error.stack().contains("line 13")) << error.stack().view();
+    const auto at = EvaluationError::cast(error);
+    ASSERT_EQ(at.has_value(), row.line || row.column) << row.raised;
+    if (at) {
+      EXPECT_EQ(at->line(), row.line) << row.raised;
+      EXPECT_EQ(at->column(), row.column) << row.raised;
+      EXPECT_EQ(at->length(), row.length) << row.raised;
+      EXPECT_FALSE(at->offset());
+    }
+  }
+}
+
+TEST_F(ErrorBridge, PlacesARuntimeErrorInTheInnermostFrame) {
+  raise("def f(n):\n  if n == 0:\n    raise OSError('deep')\n  f(n - 1)\nf(20)");
+  const auto error = EvaluationError::cast(exception_to_error(0, 0));
+  ASSERT_TRUE(error);
+  EXPECT_EQ(error->line(), 3);
+  EXPECT_FALSE(error->column());
+}
+
+TEST_F(ErrorBridge, RaisesAnErrorThatComesBackAsTheSameObject) {
+  const Error with_cause("wrapped");
+  with_cause.setCause(std::make_exception_ptr(std::runtime_error("cause")));
+  const struct {
+    Error error;
+    const char* type;
+  } rows[] = {
+      {with_cause, "<class 'RuntimeError'>"},
+      {StopIteration(), "<class 'StopIteration'>"},
+      {Error(stock_error(), "none left"), "<class 'ling.shop.StockError'>"},
+      {EvaluationError("text", {}, 1, 2, 3), "<class 'ling.ling.EvaluationError'>"},
+  };
+  for (const auto& row : rows) {
+    raise_error(row.error);
+    EXPECT_EQ(repr(PyObjectPtr::share(PyErr_Occurred())), row.type);
+    const auto back = capture_error();
+    EXPECT_TRUE(back.is_same(row.error)) << row.type;
+  }
+}
+
+TEST_F(ErrorBridge, RaisesABaseErrorByItsTextAlone) {
+  raise_error(Error(String(std::string_view("a\0b", 3))));
+  PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
+  PyErr_Fetch(&type, &value, &traceback);
+  PyErr_NormalizeException(&type, &value, &traceback);
+  const PyObjectPtr owned_type(type), owned_value(value), owned_traceback(traceback);
+  EXPECT_EQ(repr(owned_value), "RuntimeError('a\\x00b')");
+  EXPECT_FALSE(PyObject_HasAttrString(value, "ling"));
+}
+
+TEST_F(ErrorBridge, LetsARequestToStopTravelThroughTheHost) {
+  for (const char* raised : {"KeyboardInterrupt('now')", "SystemExit(3)", "GeneratorExit()"}) {
+    const PyObjectPtr instance = eval(raised);
+    PyErr_SetObject(reinterpret_cast<PyObject*>(Py_TYPE(instance.get())), instance.get());
+    const Error error = exception_to_error(0, 0);
+    EXPECT_EQ(python_object_of(error.value()).get(), instance.get()) << raised;
+    EXPECT_FALSE(to_python(error));
+    PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
+    PyErr_Fetch(&type, &value, &traceback);
+    EXPECT_EQ(value, instance.get()) << raised;
+    PyErr_Restore(type, value, traceback);
+    PyErr_Clear();
+  }
+}
+
+TEST_F(ErrorBridge, MirrorsAClassOfErrorsByOnePythonClass) {
+  PyObject* const type = exception_type_of(stock_error());
+  EXPECT_EQ(exception_type_of(stock_error()), type);
+  EXPECT_EQ(exception_type_of(Error::getClass()), PyExc_RuntimeError);
+  EXPECT_EQ(exception_type_of(StopIteration::getClass()), PyExc_StopIteration);
+  EXPECT_EQ(PyObject_IsSubclass(type, PyExc_RuntimeError), 1);
+  // Python code raises it by itself, too.
+  const PyObjectPtr instance(PyObject_CallFunction(type, "s", "sold out"));
+  const Any error = from_python(instance.get());
+  EXPECT_TRUE(raw_class_of(error) == stock_error());
+  EXPECT_EQ(Error::unchecked(error).message(), "sold out");
+}
+
+TEST_F(ErrorBridge, FollowsExceptionsThatCarryEachOtherOnlySoFar) {
+  const char* const circles[] = {
+      "e = ValueError('self')\ne.ling = e\nresult = e",
+      "a, b = ValueError('self'), OSError('other')\na.ling, b.ling = b, a\nresult = a",
+  };
+  for (const char* circle : circles) {
+    const auto error = Error::cast(from_python(run(circle).get()));
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->message(), "self");
+  }
+  const Any last = from_python(run("a, b = ValueError('a'), OSError('b')\na.ling = b\nresult = a").get());
+  EXPECT_EQ(Error::unchecked(last).message(), "b");
+}
+
+TEST_F(ErrorBridge, LeaksNothing) {
+  const auto convert = [](int times) {
+    const Error error(stock_error(), "none left");
+    for (int i = 0; i < times; ++i) {
+      captured("raise ValueError('bad')");
+      captured("raise SystemExit");
+      raise("def f(");
+      exception_to_error(0, 0);
+      raise_error(error);
+      static_cast<void>(capture_error());
+    }
+    EXPECT_EQ(error.get()->reference_count(), 1u);
+  };
+  convert(10);
+  const long long blocks = allocated_blocks();
+  convert(500);
+  EXPECT_LT(allocated_blocks() - blocks, 100);
+}
+
+TEST_F(ErrorBridge, FillsItsCachesOnceWhoeverComesFirst) {
+  static const class_definition<Error> raced_class(
+      "RacedError", [](class_builder<Error>& c) { c.module("shop").parent(Error::getClass()); });
+  static constinit const module_attribute attribute("json", "dumps");
+  static constinit const module_attribute missing("json", "no_such_attribute");
+  PyObject* types[8] = {};
+  PyObject* attributes[8] = {};
+  on_eight_threads([&](int i) {
+    const GilGuard gil;
+    types[i] = exception_type_of(raced_class.required());
+    attributes[i] = attribute.get();
+    EXPECT_EQ(missing.get(), nullptr);
+    EXPECT_EQ(PyErr_Occurred(), nullptr);
+  });
+  for (int i = 0; i < 8; ++i) {
+    EXPECT_EQ(types[i], types[0]);
+    EXPECT_EQ(attributes[i], attributes[0]);
+    EXPECT_NE(attributes[i], nullptr);
+  }
+}
+
+}  // namespace
+}  // namespace ling::cpython

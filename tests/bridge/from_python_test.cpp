@@ -1,0 +1,206 @@
+// Python objects on their way to the host.
+#include "bridge/python.h"
+#include "ling/ling.h"
+#include "lingobject/ling_object.h"
+#include "proxies/cpython_object.h"
+
+#include <cmath>
+
+namespace ling::cpython {
+namespace {
+
+using FromPython = PythonTest;
+
+// "Kind text", with the class instead of the kind for instances.
+std::string describe(const Any& value) {
+  return std::string(is_none(value) ? "None" : qualname(value).view()) + " " + std::string(display_text(value).view());
+}
+
+TEST_F(FromPython, TestsInOrder) {
+  const struct {
+    const char* expression;
+    const char* expected;
+  } rows[] = {
+      {"None",                                             "None none"                                         },
+      {"NotImplemented",                                   "ling.Undefined undefined"                          },
+      {"True",                                             "ling.Boolean true"                                 },
+      {"1",                                                "ling.Integer 1"                                    },
+      {"-1",                                               "ling.Integer -1"                                   },
+      {"-2**63",                                           "ling.Integer -9223372036854775808"                 },
+      {"2**63 - 1",                                        "ling.Integer 9223372036854775807"                  },
+      {"3.0",                                              "ling.Integer 3"                                    },
+      {"-0.0",                                             "ling.Integer 0"                                    },
+      {"2.5",                                              "ling.Float 2.5"                                    },
+      {"type('F', (float,), {})(4)",                       "ling.Integer 4"                                    },
+      {"2.0**62",                                          "ling.Integer 4611686018427387904"                  },
+      {"2.0**63",                                          "ling.Integer -9223372036854775808"                 },
+      {"-2.0**63",                                         "ling.Integer -9223372036854775808"                 },
+      {"-2.0**80",                                         "ling.Integer -9223372036854775808"                 },
+      {"float('inf')",                                     "ling.Integer -9223372036854775808"                 },
+      {"float('-inf')",                                    "ling.Integer -9223372036854775808"                 },
+      {"__import__('fractions').Fraction(7, 2)",           "ling.Integer 3"                                    },
+      {"__import__('enum').IntEnum('E', 'a b').b",         "ling.Integer 2"                                    },
+      {"''",                                               "ling.String "                                      },
+      {"'gr\xc3\xbc\xc3\x9f'",                             "ling.String gr\xc3\xbc\xc3\x9f"                    },
+      {"'\\ud800'",                                        "ling.String "                                      },
+      {"type('S', (str,), {})('derived')",                 "ling.String derived"                               },
+      {"type('S', (str,), {'__int__': lambda s: 5})('5')", "ling.Integer 5"                                    },
+      {"type('S', (str,), {'__call__': len})('called')",   "ling.cpython.CPythonObject called"                 },
+      {"[1, 2]",                                           "ling.cpython.CPythonObject [1, 2]"                 },
+      {"(1, 2)",                                           "ling.cpython.CPythonObject (1, 2)"                 },
+      {"frozenset({1})",                                   "ling.cpython.CPythonObject frozenset({1})"         },
+      {"len",                                              "ling.cpython.CPythonObject <built-in function len>"},
+      {"dict",                                             "ling.cpython.CPythonObject <class 'dict'>"         },
+      {"KeyboardInterrupt()",                              "ling.cpython.CPythonObject "                       },
+      {"ValueError('bad')",                                "ling.Error bad"                                    },
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(describe(from_python(eval(row.expression).get())), row.expected) << row.expression;
+  }
+  EXPECT_TRUE(from_python(nullptr).empty());
+  const auto nan = Float::cast(from_python(eval("float('nan')").get()));
+  EXPECT_TRUE(nan && std::isnan(nan->value()));
+}
+
+TEST_F(FromPython, CopiesBytesOfAllKinds) {
+  for (const char* expression : {"b'a\\0b'", "bytearray(b'a\\0b')", "type('B', (bytes,), {})(b'a\\0b')",
+                                 "type('A', (bytearray,), {})(b'a\\0b')"}) {
+    const auto bytes = ByteArray::cast(from_python(eval(expression).get()));
+    ASSERT_TRUE(bytes) << expression;
+    EXPECT_EQ(bytes->view(), std::string_view("a\0b", 3)) << expression;
+  }
+}
+
+TEST_F(FromPython, KnowsTheClassesOfBuiltinTypes) {
+  const struct {
+    const char* expression;
+    Class_Generic expected;
+  } rows[] = {
+      {"bytearray",  ByteArray::getClass()    },
+      {"bytes",      ByteArray::getClass()    },
+      {"memoryview", ByteArray::getClass()    },
+      {"int",        Integer::getClass()      },
+      {"str",        String::getClass()       },
+      {"float",      Float::getClass()        },
+      {"bool",       Boolean::getClass()      },
+      {"type",       Class_Generic::getClass()},
+  };
+  for (const auto& row : rows) {
+    EXPECT_TRUE(from_python(eval(row.expression).get()).is_same(row.expected)) << row.expression;
+  }
+}
+
+TEST_F(FromPython, TurnsFailuresIntoErrors) {
+  const struct {
+    const char* expression;
+    const char* message;
+  } rows[] = {
+      {"2**63",                                             "int too big to convert"            },
+      {"-2**63 - 1",                                        "int too big to convert"            },
+      {"type('N', (int,), {'__int__': lambda s: 2**70})()", "int too big to convert"            },
+      {"1j",                                                "int() argument must be"            },
+      {"type('N', (), {'__int__': lambda s: 1 // 0})()",    "integer division or modulo by zero"},
+      {"type('N', (), {'__int__': lambda s: 'text'})()",    "__int__ returned non-int"          },
+  };
+  for (const auto& row : rows) {
+    const Any value = from_python(eval(row.expression).get());
+    ASSERT_TRUE(is_error_result(value)) << row.expression;
+    EXPECT_TRUE(Error::unchecked(value).message().startsWith(row.message)) << Error::unchecked(value).message().view();
+  }
+}
+
+TEST_F(FromPython, SurvivesHostileObjects) {
+  const PyObjectPtr objects = run(R"(
+class Class:                      # claims to be an exception, or raises when asked
+    def __init__(self, answer): self.answer = answer
+    @property
+    def __class__(self):
+        if self.answer is None: raise KeyError('class')
+        return self.answer
+class Attributes:
+    def __getattribute__(self, name): raise SystemExit(name)
+class Text(Exception):
+    def __str__(self): raise OSError('text')
+class Ling(Exception):
+    @property
+    def ling(self): raise SystemExit('ling')
+result = [Class(None), Class(ValueError), Attributes(), Text(), Ling('kept')]
+)");
+  for (Py_ssize_t i = 0; i < PyList_Size(objects.get()); ++i) {
+    from_python(PyList_GetItem(objects.get(), i));
+    EXPECT_EQ(PyErr_Occurred(), nullptr) << i;
+  }
+  EXPECT_EQ(describe(from_python(PyList_GetItem(objects.get(), 3))), "ling.Error Text");
+  EXPECT_EQ(describe(from_python(PyList_GetItem(objects.get(), 4))), "ling.Error kept");
+}
+
+TEST_F(FromPython, LeavesAPendingExceptionAlone) {
+  for (const char* expression : {"-1", "2**63", "1j", "2.5", "'text'", "'\\ud800'", "b''", "[]", "ValueError('x')",
+                                 "SyntaxError('x')", "type('N', (), {'__int__': lambda s: 1 // 0})()"}) {
+    const PyObjectPtr object = eval(expression);
+    const std::string expected = describe(from_python(object.get()));
+    const PyObjectPtr mine = eval("KeyError('mine')");
+    PyErr_SetObject(PyExc_KeyError, mine.get());
+    EXPECT_EQ(describe(from_python(object.get())), expected);
+    PyObject *type = nullptr, *pending = nullptr, *traceback = nullptr;
+    PyErr_Fetch(&type, &pending, &traceback);
+    EXPECT_EQ(pending, mine.get()) << expression;
+    PyErr_Restore(type, pending, traceback);
+    PyErr_Clear();
+  }
+}
+
+TEST_F(FromPython, LeaksNothing) {
+  for (const char* expression : {"2**40", "2.5", "'some text'", "b'bytes'", "bytearray(b'b')", "[1]", "len", "int",
+                                 "__import__('fractions').Fraction(7, 2)"}) {
+    const PyObjectPtr object = eval(expression);
+    from_python(object.get());
+    const long long blocks = allocated_blocks();
+    const Py_ssize_t references = Py_REFCNT(object.get());
+    for (int i = 0; i < 100'000; ++i) {
+      from_python_locked(object.get());
+    }
+    EXPECT_EQ(Py_REFCNT(object.get()), references) << expression;
+    EXPECT_LT(allocated_blocks() - blocks, 100) << expression;
+  }
+}
+
+TEST_F(FromPython, PresentsOnePythonObjectAsEqualValues) {
+  const PyObjectPtr object = eval("[1]");
+  const PyObjectPtr twin = eval("[1]");
+  const Any a = from_python(object.get()), b = from_python(object.get()), other = from_python(twin.get());
+  EXPECT_EQ(compare_objects_value(a, b), ordering_value::Equal);
+  EXPECT_EQ(hash_of(a), hash_of(b));
+  EXPECT_EQ(compare_objects_value(a, other), ordering_value::Incomparable);
+  EXPECT_EQ(compare_objects_value(a, 1), ordering_value::Incomparable);
+}
+
+TEST_F(FromPython, HoldsOneReferenceThatAnyThreadMayRelease) {
+  const PyObjectPtr object = eval("[1]");
+  const Py_ssize_t references = Py_REFCNT(object.get());
+  std::vector<Any> values;
+  for (int i = 0; i < 8; ++i) {
+    values.push_back(from_python(object.get()));
+  }
+  EXPECT_EQ(Py_REFCNT(object.get()), references + 8);
+  on_eight_threads([&](int i) { values[static_cast<std::size_t>(i)] = Any(); });
+  EXPECT_EQ(Py_REFCNT(object.get()), references);
+}
+
+TEST_F(FromPython, LetsAnObjectBeAttachedWhileOthersReadIt) {
+  const Any value = Class_Generic(cpython_object_class.required())();
+  EXPECT_TRUE(is_error_result(display(value)));
+  on_eight_threads([&](int i) {
+    for (int round = 0; round < 1000; ++round) {
+      const GilGuard gil;
+      if (i % 2 == 0) {
+        native_cast<python_reference>(value)->attach(PyObjectPtr(PyList_New(i)));
+      } else if (const PyObjectPtr seen = python_object_of(value)) {
+        EXPECT_EQ(PyList_Size(seen.get()) % 2, 0);
+      }
+    }
+  });
+}
+
+}  // namespace
+}  // namespace ling::cpython

@@ -1,0 +1,74 @@
+// What cases that work on Python objects share: the lock for a case, and Python code to make the objects with.
+#pragma once
+
+#include "bridge/convert.h"
+#include "extension/interpreter.h"
+#include "ling/registration.h"
+
+#include <gtest/gtest.h>
+
+#include <barrier>
+#include <functional>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace ling::cpython {
+
+// Runs statements in a namespace of their own; gives the variable `result`, null with an exception pending on failure.
+inline PyObjectPtr run(const std::string& code) {
+  const PyObjectPtr names(PyDict_New());
+  PyDict_SetItemString(names.get(), "__builtins__", PyEval_GetBuiltins());
+  const PyObjectPtr compiled(Py_CompileString(code.c_str(), "<case>", Py_file_input));
+  const PyObjectPtr none(compiled ? PyEval_EvalCode(compiled.get(), names.get(), names.get()) : nullptr);
+  return none ? PyObjectPtr::share(PyDict_GetItemString(names.get(), "result")) : PyObjectPtr();
+}
+inline PyObjectPtr eval(const std::string& expression) { return run("result = (" + expression + "\n)"); }
+
+inline std::string repr(const PyObjectPtr& object) {
+  const PyObjectPtr text(PyObject_Repr(object.get()));
+  const PyObjectPtr bytes(text ? PyUnicode_AsEncodedString(text.get(), "utf-8", "backslashreplace") : nullptr);
+  return bytes ? PyBytes_AsString(bytes.get()) : "";
+}
+
+// The memory blocks that Python's own allocator has given out; 0 when another allocator serves.
+inline long long allocated_blocks() {
+  const PyObjectPtr count = run("import gc, sys\ngc.collect()\nresult = sys.getallocatedblocks()");
+  return PyLong_AsLongLong(count.get());
+}
+
+// A case that holds the lock throughout.
+class PythonTest : public testing::Test {
+ protected:
+  PythonTest() {
+    EXPECT_FALSE(initialize().is_error());
+    ensure_interpreter();
+    lock_.emplace();
+  }
+  ~PythonTest() override {
+    EXPECT_EQ(PyErr_Occurred(), nullptr) << "an exception was left pending";
+    PyErr_Clear();
+  }
+
+  // Eight threads that start at once, each with its own lock; the case gives its lock away meanwhile.
+  void on_eight_threads(const std::function<void(int)>& work) {
+    lock_.reset();
+    std::barrier start(8);
+    {
+      std::vector<std::jthread> threads;
+      for (int i = 0; i < 8; ++i) {
+        threads.emplace_back([&, i] {
+          start.arrive_and_wait();
+          work(i);
+        });
+      }
+    }
+    lock_.emplace();
+  }
+
+ private:
+  std::optional<GilGuard> lock_;
+};
+
+}  // namespace ling::cpython

@@ -1,0 +1,205 @@
+// Host values on their way to Python.
+#include "bridge/python.h"
+#include "ling/ling.h"
+#include "lingobject/ling_object.h"
+#include "proxies/cpython_object.h"
+
+#include <stdexcept>
+
+namespace ling::cpython {
+namespace {
+
+using ToPython = PythonTest;
+
+// A value that is loaded by a function.
+class loaded_value final : public object_value_external {
+ public:
+  explicit loaded_value(std::function<Any()> load) : load_(std::move(load)) {}
+  Any load() override { return load_(); }
+
+ private:
+  std::function<Any()> load_;
+};
+
+Any external(std::function<Any()> load) { return make<loaded_value>(std::move(load)); }
+
+Any nested_tuple(int depth) {
+  Any value = 1;
+  for (int i = 0; i < depth; ++i) {
+    value = Tuple_Generic({value});
+  }
+  return value;
+}
+
+// The exception that is pending, as "Type: text"; clears it.
+std::string take_exception() {
+  PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
+  PyErr_Fetch(&type, &value, &traceback);
+  PyErr_NormalizeException(&type, &value, &traceback);
+  const PyObjectPtr owned_type(type), owned_value(value), owned_traceback(traceback);
+  return value == nullptr ? "" : repr(owned_value);
+}
+
+TEST_F(ToPython, CopiesPlainValues) {
+  const struct {
+    Any value;
+    const char* expected;
+  } rows[] = {
+      {Any(), "None"},
+      {None(), "None"},
+      {Undefined(), "NotImplemented"},
+      {true, "True"},
+      {false, "False"},
+      {0, "0"},
+      {-1, "-1"},
+      {INT64_MIN, "-9223372036854775808"},
+      {UINT64_MAX, "18446744073709551615"},
+      {std::uint64_t{1} << 63, "9223372036854775808"},
+      {2.0, "2.0"},
+      {"", "''"},
+      {"gr\xc3\xbc\xc3\x9f \xf0\x9f\x90\x8d", "'gr\xc3\xbc\xc3\x9f \xf0\x9f\x90\x8d'"},
+      {std::string_view("a\0b", 3), "'a\\x00b'"},
+      {ByteArray(), "b''"},
+      {ByteArray(std::string_view("\0\xff", 2)), "b'\\x00\\xff'"},
+      {Tuple_Generic(), "()"},
+      {Tuple_Generic({1, "a", Tuple_Generic({2.5})}), "(1, 'a', (2.5,))"},
+      {Tuple_Generic({Any(), Undefined(), true}), "(None, NotImplemented, True)"},
+      {external([] { return external([] { return Any("loaded"); }); }), "'loaded'"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(repr(to_python(row.value)), row.expected);
+  }
+}
+
+TEST_F(ToPython, GivesBackTheVeryPythonObject) {
+  for (const char* expression : {"[1]", "{}", "object()", "len", "range(3)", "(1, [2])", "dict"}) {
+    const PyObjectPtr object = eval(expression);
+    const Py_ssize_t references = Py_REFCNT(object.get());
+    const Any value = from_python(object.get());
+    EXPECT_EQ(to_python(value).get(), object.get()) << expression;
+    EXPECT_EQ(to_python(Tuple_Generic({value, value})) ? Py_REFCNT(object.get()) : 0, references + 1) << expression;
+  }
+}
+
+TEST_F(ToPython, WrapsWhatPythonHasNoCounterpartFor) {
+  const Any values[] = {List_Generic({1}),
+                        HashMap_Generic(),
+                        Integer::getClass(),
+                        Ordering::fromSign(0),
+                        make_function("f", "", "", [] { return 1; }),
+                        make_computed<Any>([] { return Any(1); })};
+  for (const Any& value : values) {
+    const PyObjectPtr wrapper = to_python(value);
+    ASSERT_TRUE(wrapper);
+    ASSERT_NE(wrapped_value(wrapper.get()), nullptr) << display_text(value).view();
+    EXPECT_TRUE(from_python(wrapper.get()).is_same(value));
+  }
+}
+
+TEST_F(ToPython, FailsAsAWholeWhenAPartFails) {
+  const Any error = Error("broken");
+  const struct {
+    Any value;
+    const char* expected;
+  } rows[] = {
+      {error,                                                                        "RuntimeError('broken')"},
+      {Tuple_Generic({1, Tuple_Generic({List_Generic(), error}), 2}),                "RuntimeError('broken')"},
+      {external([&] { return error; }),                                              "RuntimeError('broken')"},
+      {StopIteration(),                                                              "StopIteration()"       },
+      {make<object_value_native<python_reference>>(cpython_object_class.required()),
+       "RuntimeError('The object is null.')"                                                                 },
+  };
+  for (const auto& row : rows) {
+    EXPECT_FALSE(to_python(row.value));
+    EXPECT_EQ(take_exception(), row.expected);
+  }
+  EXPECT_FALSE(to_python(external([]() -> Any { throw std::runtime_error("no such file"); })));
+  EXPECT_NE(take_exception().find("RuntimeError"), std::string::npos);
+}
+
+TEST_F(ToPython, BoundsNesting) {
+  EXPECT_TRUE(to_python(nested_tuple(maximum_conversion_depth)));
+  std::function<Any()> self_loading;
+  self_loading = [&] { return external(self_loading); };
+  for (const Any& value : {nested_tuple(maximum_conversion_depth + 1), nested_tuple(100'000), external(self_loading)}) {
+    EXPECT_FALSE(to_python(value));
+    EXPECT_EQ(take_exception(), "RecursionError('The value is nested more than 500 levels deep.')");
+  }
+}
+
+TEST_F(ToPython, PinsTheSingletonsItDoesNotCount) {
+  for (int i = 0; i < 100'000; ++i) {
+    static_cast<void>(to_python_locked(Tuple_Generic({Any(), Undefined(), true, false})));
+  }
+  for (PyObject* singleton : {Py_None, Py_NotImplemented, Py_True, Py_False}) {
+    EXPECT_GT(Py_REFCNT(singleton), 1 << 28);
+  }
+}
+
+TEST_F(ToPython, LeaksNothing) {
+  const Any values[] = {1 << 30,
+                        2.5,
+                        "text longer than one character",
+                        ByteArray("bytes"),
+                        nested_tuple(20),
+                        List_Generic({1}),
+                        from_python(eval("[1]").get()),
+                        Tuple_Generic({1000, Error("broken")})};
+  for (const Any& value : values) {
+    static_cast<void>(to_python(value));  // types and caches
+    PyErr_Clear();
+    const long long blocks = allocated_blocks();
+    const auto references = value.get()->reference_count();
+    for (int i = 0; i < 100'000; ++i) {
+      static_cast<void>(to_python_locked(value));
+    }
+    PyErr_Clear();
+    EXPECT_EQ(value.get()->reference_count(), references) << display_text(value).view();
+    EXPECT_LT(allocated_blocks() - blocks, 100) << display_text(value).view();
+  }
+}
+
+TEST_F(ToPython, SpellsValuesAsCode) {
+  const struct {
+    Any value;
+    const char* expected;
+  } rows[] = {
+      {Any(),                                 "None"      },
+      {"it's",                                "\"it's\""  },
+      {Tuple_Generic({1, ByteArray("b")}),    "(1, b'b')" },
+      {from_python(eval("{'a': [1]}").get()), "{'a': [1]}"},
+      {List_Generic({1, "a"}),                "[1, \"a\"]"},
+      {Error("no counterpart"),               ""          },
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(display_text(to_code(row.value)).view(), row.expected);
+  }
+  const Any hostile = from_python(run("class C:\n  def __repr__(self): raise KeyError('r')\nresult = C()").get());
+  EXPECT_TRUE(to_code(hostile).is_error());
+}
+
+TEST_F(ToPython, KnowsThePythonTypeOfAType) {
+  const struct {
+    Type type;
+    const char* expected;
+  } rows[] = {
+      {Integer::getType(),                        "<class 'int'>"     },
+      {String::getType(),                         "<class 'str'>"     },
+      {Float::getType(),                          "<class 'float'>"   },
+      {Boolean::getType(),                        "<class 'bool'>"    },
+      {ByteArray::getType(),                      "<class 'bytes'>"   },
+      {None::getType(),                           "<class 'NoneType'>"},
+      {Tuple_Generic::getType(),                  "<class 'tuple'>"   },
+      {Type::untyped(),                           "<class 'object'>"  },
+      {I_Iterable_Generic::getType(),             "<class 'object'>"  },
+      {Type::of(cpython_object_class.required()), "<class 'object'>"  },
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(repr(PyObjectPtr::share(python_type_of(row.type))), row.expected);
+  }
+  EXPECT_EQ(python_type_of(List_Generic::getType()),
+            reinterpret_cast<PyObject*>(wrapper_type_of(List_Generic::getClass())));
+}
+
+}  // namespace
+}  // namespace ling::cpython
