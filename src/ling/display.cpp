@@ -2,6 +2,7 @@
 #include "ling/boolean.h"
 #include "ling/byte_array.h"
 #include "ling/detail/nesting.h"
+#include "ling/detail/plain_text.h"
 #include "ling/error.h"
 #include "ling/hash_set.h"
 #include "ling/list.h"
@@ -9,71 +10,11 @@
 #include "ling/reflection.h"
 #include "ling/tuple.h"
 
-#include <charconv>
-#include <cmath>
 #include <string>
 
 namespace ling {
 
 namespace {
-
-// --- plain values ----------------------------------------------------------------------------------------------------
-
-// Between double quotes. Text keeps what is above ASCII, bytes do not.
-void write_quoted(std::string& out, std::string_view bytes, bool is_text) {
-  constexpr char digits[] = "0123456789abcdef";
-  out += '"';
-  for (const char each : bytes) {
-    const auto byte = static_cast<unsigned char>(each);
-    switch (each) {
-      case '"':
-      case '\\':
-        (out += '\\') += each;
-        break;
-      case '\n':
-        out += "\\n";
-        break;
-      case '\r':
-        out += "\\r";
-        break;
-      case '\t':
-        out += "\\t";
-        break;
-      default:
-        if (byte < 0x20 || byte == 0x7f || (byte >= 0x80 && !is_text)) {
-          ((out += "\\x") += digits[byte >> 4]) += digits[byte & 15];
-        } else {
-          out += each;
-        }
-    }
-  }
-  out += '"';
-}
-
-template <class Number>
-void write_shortest(std::string& out, Number number) {
-  char digits[32];
-  out.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
-}
-
-void write_integer(std::string& out, const Integer& integer) {
-  integer.is_signed() ? write_shortest(out, integer.value()) : write_shortest(out, integer.unsigned_value());
-}
-
-// The shortest text that reads back as the same number, told from an integer by its point, exponent or name.
-void write_float(std::string& out, double number) {
-  if (std::isnan(number)) {
-    out += "nan";
-    return;
-  }
-  const std::size_t start = out.size();
-  write_shortest(out, number);
-  if (out.find_first_of(".en", start) == std::string::npos) {
-    out += ".0";
-  }
-}
-
-// --- the walk --------------------------------------------------------------------------------------------------------
 
 // The objects whose text is being made on this thread, innermost first. Kept per thread and not per walk, because a
 // `__display__` that displays its parts starts a new walk.
@@ -152,18 +93,18 @@ bool display_writer::write(const Any& value, bool inside_container) {
       text_ += Boolean::unchecked(value).value() ? "true" : "false";
       return true;
     case ObjectType::Integer:
-      write_integer(text_, Integer::unchecked(value));
+      internal::write_integer(text_, Integer::unchecked(value).object());
       return true;
     case ObjectType::Float:
-      write_float(text_, Float::unchecked(value).value());
+      internal::write_float(text_, Float::unchecked(value).value());
       return true;
     case ObjectType::String:
-      inside_container ? write_quoted(text_, String::unchecked(value).view(), true)
+      inside_container ? internal::write_quoted(text_, String::unchecked(value).view(), true)
                        : void(text_ += String::unchecked(value).view());
       return true;
     case ObjectType::ByteArray:
       text_ += 'b';
-      write_quoted(text_, ByteArray::unchecked(value).view(), false);
+      internal::write_quoted(text_, ByteArray::unchecked(value).view(), false);
       return true;
     case ObjectType::Tuple: {
       const std::span<const Any> items = Tuple_Generic::unchecked(value).items();
