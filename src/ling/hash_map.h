@@ -6,6 +6,7 @@
 // Threads: every operation is atomic. Iteration works on a snapshot taken when it starts.
 #pragma once
 
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -13,6 +14,9 @@
 #include "ling/spinlock.h"
 
 namespace ling {
+
+class I_Map_Generic;
+class None;
 
 namespace internal {
 class ordered_table;
@@ -34,6 +38,11 @@ class LING_API object_value_hash_map final : public object_value {
   Any remove(const Any& key, Any* value, bool* removed);  // None or an Error
   void clear() noexcept;
   std::vector<std::pair<Any, Any>> copy_pairs() const;
+  std::vector<Any> copy_keys() const;
+  std::vector<Any> copy_values() const;
+  Any clone() const;  // a map of the same class
+  // The pairs of any map; checks the types. An Error leaves the pairs before it set.
+  Result<None> extend(const I_Map_Generic& map);
 
  private:
   object_value_class* const class_;

@@ -10,6 +10,8 @@
 
 namespace ling {
 
+class None;
+
 namespace internal {
 class ordered_table;
 }
@@ -28,6 +30,9 @@ class LING_API object_value_hash_set final : public object_value {
   Any remove(const Any& value, bool* removed);          // None or an Error
   void clear() noexcept;
   std::vector<Any> copy_items() const;
+  Any clone() const;  // a set of the same class
+  // The items of an iterable or of what is left of an iterator; checks the type. An Error leaves those before it inserted.
+  Result<None> extend(const Any& iterable);
 
  private:
   object_value_class* const class_;

@@ -10,7 +10,9 @@
 #include <span>
 #include <vector>
 
+#include "ling/boolean.h"
 #include "ling/class.h"
+#include "ling/none.h"
 #include "ling/number.h"
 #include "ling/spinlock.h"
 
@@ -18,7 +20,7 @@ namespace ling {
 
 class LING_API object_value_list final : public object_value {
  public:
-  explicit object_value_list(std::vector<Any> items = {}) : object_value_list(nullptr, std::move(items)) {}
+  explicit object_value_list(std::vector<Any> items = {}) noexcept : object_value_list(nullptr, std::move(items)) {}
   // A typed list; null means untyped.
   object_value_list(object_value_class* typed_class, std::vector<Any> items) noexcept
       : class_(typed_class), items_(std::move(items)) {}
@@ -30,16 +32,32 @@ class LING_API object_value_list final : public object_value {
   std::vector<Any> copy_items() const;
   // An Error when the index is out of range.
   Any at(std::int64_t index) const;
+  Any at_or(std::int64_t index, const Any& otherwise) const;
   Any set(std::int64_t index, Any value);  // None or an Error
   void append(Any value);
-  void append_all(std::span<const Any> values);
-  Any insert(std::int64_t index, Any value);  // before the item at `index`, clamped like Python's insert
+  void append_all(std::vector<Any>&& values);
+  void append_all(std::span<const Any> values) { append_all(std::vector<Any>(values.begin(), values.end())); }
+  // The items of an iterable or of what is left of an iterator; checks the type. An Error leaves the list as it was.
+  Result<None> extend(const Any& iterable);
+  // Before the item at `index`, which is clamped to the list; checks the type.
+  Result<None> insert(std::int64_t index, Any value);
+  // None, or an Error when one of the indices is out of range; a count of 0 or less removes nothing.
   Any remove_at(std::int64_t index, std::int64_t count);
   Any pop(std::int64_t index);
   void clear() noexcept;
-  // The index of the first item from `from` on that compares equal, -1 when there is none.
-  std::int64_t index_of(const Any& value, std::int64_t from) const;
+  // The index of the first item from `from` on that compares equal, -1 when there is none. An Error when comparing fails.
+  Result<Integer> index_of(const Any& value, std::int64_t from) const;
+  // Whether there was an equal item; the first one is removed. An Error when comparing fails.
+  Result<Boolean> remove_one(const Any& value);
+  // A list of the same class; negative positions count from the end, both are clamped.
+  Any slice(std::int64_t start, std::int64_t stop) const;
   void replace_all(std::vector<Any> items) noexcept;
+  void reverse() noexcept;
+  // Ascending; equal items keep their order. An Error, and the list as it was, when two items cannot be compared or the
+  // list is changed while it is sorted.
+  Result<None> sort();
+  // The items `count` times in a row; an Error when that is absurdly long.
+  Result<None> repeat(std::int64_t count);
 
  private:
   object_value_class* const class_;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "ling/any.h"
+#include "ling/number.h"
 #include "ling/type.h"
 
 namespace ling {
@@ -20,6 +21,12 @@ class LING_API object_value_tuple final : public object_value {
   // The index must be below the length. Borrowed.
   const Any& at(std::size_t index) const noexcept { return items_[index]; }
   std::span<const Any> items() const noexcept { return items_; }
+  // An Error when the index is out of range; negative ones count from the end.
+  Any at_checked(std::int64_t index) const;
+  Any at_or(std::int64_t index, const Any& otherwise) const;
+  // The index of the first item from `from` on that compares equal, -1 when there is none. An Error when comparing fails.
+  Result<Integer> index_of(const Any& value, std::int64_t from) const;
+  Any slice(std::int64_t start, std::int64_t stop) const;  // negative positions count from the end, both are clamped
 
  private:
   friend LING_API void assign_ellipsis_item(const class Variadic& pack, std::size_t index, const Any& item);

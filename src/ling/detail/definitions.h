@@ -4,15 +4,20 @@
 #include "ling/boolean.h"
 #include "ling/byte_array.h"
 #include "ling/class_builder.h"
+#include "ling/detail/iterator.h"
 #include "ling/error.h"
 #include "ling/evaluation_scope.h"
+#include "ling/hash_map.h"
+#include "ling/hash_set.h"
 #include "ling/lazy.h"
+#include "ling/list.h"
 #include "ling/logger.h"
 #include "ling/module.h"
 #include "ling/none.h"
 #include "ling/number.h"
 #include "ling/ordering.h"
 #include "ling/string.h"
+#include "ling/tuple.h"
 
 namespace ling::internal {
 
@@ -44,6 +49,29 @@ extern constinit const class_definition<Logger> logger_class;
 extern constinit const class_definition<LogRecord> log_record_class;
 extern constinit const class_definition<External_Generic> external_class;
 extern constinit const class_definition<WeakReference> weak_reference_class;
+
+extern constinit const class_definition<List_Generic> list_class;
+extern constinit const class_definition<HashMap_Generic> hash_map_class;
+extern constinit const class_definition<HashSet_Generic> hash_set_class;
+extern constinit const class_definition<Tuple_Generic> tuple_class;
+extern constinit const class_definition<snapshot_iterator> iterator_class;
+
+extern constinit const class_definition<void> i_immutable_class;
+extern constinit const class_definition<void> i_cloneable_class;
+extern constinit const class_definition<void> i_runtime_only_class;
+extern constinit const class_definition<void> i_has_name_class;
+extern constinit const class_definition<void> i_has_doc_class;
+extern constinit const class_definition<void> i_has_code_class;
+extern constinit const class_definition<void> i_iterator_class;
+extern constinit const class_definition<void> i_iterable_class;
+extern constinit const class_definition<void> i_sequence_class;
+extern constinit const class_definition<void> i_mutable_sequence_class;
+extern constinit const class_definition<void> i_tuple_class;
+extern constinit const class_definition<void> i_map_class;
+extern constinit const class_definition<void> i_mutable_map_class;
+extern constinit const class_definition<void> i_set_class;
+extern constinit const class_definition<void> i_mutable_set_class;
+extern constinit const class_definition<void> i_language_class;
 
 // Whether an object is behind a handle whose class is described here. Only the runtime makes such objects, so the class
 // tells the C++ type.

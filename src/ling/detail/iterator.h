@@ -1,0 +1,30 @@
+// The iterator over a snapshot, which all containers of the runtime hand out; and taking all items of anything that can
+// be iterated.
+#pragma once
+
+#include <atomic>
+#include <vector>
+
+#include "ling/interfaces.h"
+
+namespace ling::internal {
+
+// What an instance of the class Iterator carries. Threads that share one get different items.
+class snapshot_iterator {
+ public:
+  explicit snapshot_iterator(std::vector<Any> items) noexcept : items_(std::move(items)) {}
+  // The next item, StopIteration at the end and ever after.
+  Any next();
+
+ private:
+  const std::vector<Any> items_;
+  std::atomic<std::size_t> position_{0};
+};
+
+I_Iterator_Generic make_iterator(std::vector<Any> items);
+
+// The items of an I_Iterable, or those an I_Iterator has left, appended to `items`; of a map its keys. A BadArgument for
+// another value; the first Error of an iteration ends it.
+Result<None> collect(const Any& iterable, std::vector<Any>& items);
+
+}  // namespace ling::internal
