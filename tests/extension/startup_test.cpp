@@ -1,0 +1,159 @@
+// The start of the interpreter, each in a process of its own, and what stands in an interpreter that was started.
+#include "bridge/python.h"
+#include "extension/search_paths.h"
+#include "ling/ling.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <semaphore>
+
+extern "C" void corvantis_extension_init() noexcept;
+
+namespace ling::cpython {
+namespace {
+
+constexpr const char* importers =
+    "[type(i).__name__ for i in __import__('sys').meta_path].count('_LingModuleImporter')";
+
+// Ends the process with status 3 when the start left everything as it must be.
+[[noreturn]] void exit_with(bool passed) { std::exit(passed ? 3 : 1); }
+
+bool started() {
+  const GilGuard lock;
+  return repr(eval(importers)) == "1" && repr(eval("__import__('ling').__name__")) == "'ling'";
+}
+
+void start_on_eight_threads() {
+  std::barrier start(8);
+  std::atomic<int> passed = 0;
+  {
+    std::vector<std::jthread> threads;
+    for (int i = 0; i < 8; ++i) {
+      threads.emplace_back([&] {
+        start.arrive_and_wait();
+        ensure_interpreter();
+        passed += started() ? 1 : 0;
+      });
+    }
+  }
+  exit_with(passed == 8);
+}
+
+// The test owns the interpreter and holds its lock.
+void start_owned() {
+  static_cast<void>(cpython_add_sys_path("/queued"));
+  Py_InitializeEx(0);
+  ensure_interpreter();
+  const PyGILState_STATE before = PyGILState_Ensure();
+  const bool queued = repr(eval("'/queued' in __import__('sys').path")) == "False";
+  exit_with(before == PyGILState_LOCKED && queued && started());
+}
+
+// One thread holds the lock and wants the start, the other starts and wants the lock.
+void start_while_another_thread_holds_the_lock() {
+  Py_InitializeEx(0);
+  std::binary_semaphore starting(0);
+  std::jthread other([&] {
+    starting.release();
+    ensure_interpreter();
+  });
+  starting.acquire();
+  // Whoever of the two is first, the start must end; this makes the other one the likely starter.
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  ensure_interpreter();
+  exit_with(PyGILState_Ensure() == PyGILState_LOCKED && started());
+}
+
+// Python code that the start runs needs the interpreter.
+void start_from_within_the_start() {
+  Py_InitializeEx(0);
+  static PyMethodDef ensure = {"ensure",
+                               [](PyObject*, PyObject*) {
+                                 ensure_interpreter();
+                                 return PyLong_FromLong(1);
+                               },
+                               METH_NOARGS, nullptr};
+  const PyObjectPtr function(PyCMethod_New(&ensure, nullptr, nullptr, nullptr));
+  PySys_SetObject("ensure", function.get());
+  static_cast<void>(run(R"(
+import sys
+class MetaPath(list):
+    def insert(self, index, importer):
+        sys.ensure()
+        super().insert(index, importer)
+sys.meta_path = MetaPath(sys.meta_path)
+)"));
+  ensure_interpreter();
+  exit_with(started());
+}
+
+void start_twice_with_an_exception_pending() {
+  Py_InitializeEx(0);
+  PyErr_SetString(PyExc_ValueError, "mine");
+  ensure_interpreter();
+  ensure_interpreter();
+  const bool kept = PyErr_ExceptionMatches(PyExc_ValueError) != 0;
+  PyErr_Clear();
+  exit_with(kept && started());
+}
+
+TEST(StartupDeathTest, HappensOnceWhoeverComesFirst) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(start_on_eight_threads(), testing::ExitedWithCode(3), "");
+  EXPECT_EXIT(start_owned(), testing::ExitedWithCode(3), "");
+  EXPECT_EXIT(start_while_another_thread_holds_the_lock(), testing::ExitedWithCode(3), "");
+  EXPECT_EXIT(start_from_within_the_start(), testing::ExitedWithCode(3), "");
+  EXPECT_EXIT(start_twice_with_an_exception_pending(), testing::ExitedWithCode(3), "");
+}
+
+using Startup = PythonTest;
+
+TEST_F(Startup, LeavesSingletonsThatCannotBeReleasedAway) {
+  for (PyObject* singleton : {Py_None, Py_True, Py_False, Py_NotImplemented}) {
+    EXPECT_GE(Py_REFCNT(singleton), Py_ssize_t{1} << 29);
+  }
+}
+
+TEST_F(Startup, RegistersFunctionsWithTheirDescriptions) {
+  const auto module = find_module("ling.cpython");
+  ASSERT_TRUE(module);
+  const struct {
+    const char* name;
+    const char* parameters;
+    const char* doc;
+  } rows[] = {
+      {"evaluate",             "code scope", "Evaluates Python code."       },
+      {"evaluate_expr",        "code scope", "Evaluates Python expression." },
+      {"cpython_add_sys_path", "path",       "Adds a path to sys.path once."},
+  };
+  for (const auto& row : rows) {
+    const auto function = I_Callable_Generic::cast(module->callables().get(row.name));
+    ASSERT_TRUE(function) << row.name;
+    std::string parameters;
+    for (const Parameter& parameter : function->signature()->parameters()) {
+      parameters.append(parameters.empty() ? "" : " ").append(parameter.name().view());
+    }
+    EXPECT_EQ(parameters, row.parameters);
+    EXPECT_EQ(function->doc(), row.doc);
+  }
+  EXPECT_EQ(display_text(module->propertyValue(meta_property_untyped("doc"))), "Interface to Python language.");
+}
+
+TEST_F(Startup, GoesOnWithoutAUserFolderThatCannotBeMade) {
+  const std::string file = (std::filesystem::temp_directory_path() / "ling-no-folder").string();
+  std::ofstream(file) << "a file is in the way";
+  std::vector<std::string> messages;
+  get_logger().setSink([&](const LogRecord& record) { messages.emplace_back(record.message().view()); });
+  setenv("LOCALAPPDATA", file.c_str(), 1);
+  corvantis_extension_init();
+  get_logger().setSink({});
+  unsetenv("LOCALAPPDATA");
+  std::filesystem::remove(file);
+  ASSERT_EQ(messages.size(), 1U);
+  EXPECT_NE(messages[0].find(file + "/Corvantis/Python313: "), std::string::npos) << messages[0];
+  EXPECT_EQ(repr(eval("any('ling-no-folder' in p for p in __import__('sys').path)")), "False");
+}
+
+}  // namespace
+}  // namespace ling::cpython

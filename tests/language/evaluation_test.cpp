@@ -1,0 +1,322 @@
+// Python source run for the host.
+#include "language/evaluation.h"
+
+#include "bridge/python.h"
+#include "ling/ling.h"
+
+namespace ling::cpython {
+namespace {
+
+class Evaluation : public PythonTest {
+ protected:
+  // The Python text of a result, or the message of its error.
+  static std::string text(const Result<Any>& result) {
+    if (result.is_error()) {
+      return std::string(result.error().message().view());
+    }
+    return repr(to_python(result));
+  }
+  static std::string run_code(const char* code, const Any& scope = {}) { return text(evaluate(code, scope)); }
+  static HashMap_Generic map(std::initializer_list<std::pair<const char*, Any>> entries) {
+    const HashMap_Generic result;
+    for (const auto& [key, value] : entries) {
+      result.set(String(key), value);
+    }
+    return result;
+  }
+  static HashMap_Generic three_names() {
+    return map({
+        {"a", Any(1)},
+        {"b", Any(2)},
+        {"c", Any(3)}
+    });
+  }
+};
+
+TEST_F(Evaluation, GivesWhatTheCodeReturns) {
+  const struct {
+    const char* code;
+    const char* result;
+  } rows[] = {
+      {"return 1 + 2",                                                    "3"         },
+      {"x = 1",                                                           "None"      },
+      {"x = 1\n",                                                         "None"      },
+      {"return",                                                          "None"      },
+      {"return self",                                                     "None"      },
+      {"return 1\r\n",                                                    "1"         },
+      {"if True:\n\treturn 'tab'",                                        "'tab'"     },
+      {"if True:\n    return 'spaces'",                                   "'spaces'"  },
+      {"größe = 'ß\\u20ac'\nreturn größe",                           "'ß€'"   },
+ // The lines of a text are lines of code: they are indented with the rest.
+      {"return '''a\nb'''",                                               "'a\\n\\tb'"},
+      {"def twice(n):\n  return n * 2\nreturn twice(21)",                 "42"        },
+      {"def f(n):\n  return n and n + f(n - 1)\nreturn f(4) if 0 else 1", "1"         },
+      {"def outer():\n  x = 1\n  def inner():\n    nonlocal x\n    x += 1\n    return x\n  return inner()\nreturn "
+       "outer()",                                                  "2"         },
+      {"class C:\n  x = 2\nreturn C().x",                                 "2"         },
+      {"return [n * n for n in range(3)]",                                "[0, 1, 4]" },
+      {"import math\nreturn math.floor(2.5)",                             "2"         },
+      {"return sorted(k for k in locals())",                              "[]"        },
+      {"try:\n  raise ValueError\nexcept ValueError:\n  return 'caught'", "'caught'"  },
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(run_code(row.code), row.result) << row.code;
+  }
+}
+
+TEST_F(Evaluation, PlacesErrorsInTheCallersText) {
+  constexpr std::int64_t none = 0;
+  const struct {
+    const char* code;
+    std::int64_t line, column;
+    const char* message;
+  } rows[] = {
+      {"return 1 +* 2",                           1, 11,   "SyntaxError"                       },
+      {"x = 1\nif x:\n  y = = 2",                 3, 7,    "SyntaxError"                       },
+      {"a = 1\nb = 2\nreturn 1 // 0",             3, none, "integer division or modulo by zero"},
+      {"def f():\n  return 1 // 0\n\nreturn f()", 2, none, "integer division or modulo by zero"},
+      {"x = 1\nreturn missing",                   2, none, "name 'missing' is not defined"     },
+      {"return ling_outer()",                     1, none, "name 'ling_outer' is not defined"  },
+      {"\nraise SystemExit(3)",                   2, none, "3"                                 },
+      {"raise KeyboardInterrupt",                 1, none, ""                                  },
+  };
+  // The declarations of out-locals stand above the code and must not count.
+  for (const Any& out_locals : {Any(), Any(three_names())}) {
+    const EvaluationScope scope({}, {}, {}, out_locals);
+    for (const auto& row : rows) {
+      const Result<Any> result = evaluate(row.code, scope);
+      const auto error = EvaluationError::cast(result);
+      ASSERT_TRUE(error) << row.code << ": " << text(result);
+      EXPECT_EQ(error->line(), row.line) << row.code;
+      EXPECT_EQ(error->column().value_or(none), row.column) << row.code;
+      EXPECT_TRUE(error->message().contains(row.message)) << row.code << ": " << text(result);
+      EXPECT_EQ(PyErr_Occurred(), nullptr);
+    }
+  }
+}
+
+TEST_F(Evaluation, RefusesZeroBytesInsteadOfCuttingTheCodeOff) {
+  EXPECT_TRUE(evaluate(String(std::string_view("return 1\0 + 1", 13)), {}).is_error());
+  EXPECT_TRUE(evaluate_expr(String(std::string_view("1\0 + 1", 6)), {}).is_error());
+  EXPECT_TRUE(resolve(String(std::string_view("os\0.path", 8))).is_error());
+}
+
+TEST_F(Evaluation, LetsTheNearestVariableWin) {
+  const HashMap_Generic globals = map({
+      {"a", Any(1)},
+      {"b", Any(1)},
+      {"c", Any(1)}
+  });
+  const HashMap_Generic locals = map({
+      {"c", Any(3)}
+  });
+  const HashMap_Generic out_locals = map({
+      {"b", Any(2)},
+      {"c", Any(2)}
+  });
+  const EvaluationScope scope(Any("me"), globals, locals, out_locals);
+  EXPECT_EQ(run_code("return (a, b, c, self)", scope), "(1, 2, 3, 'me')");
+  EXPECT_EQ(text(evaluate_expr("(a, b, c)", EvaluationScope({}, globals, locals, out_locals))), "(1, 1, 3)");
+  EXPECT_EQ(text(evaluate_expr("self", scope)), "name 'self' is not defined");
+}
+
+TEST_F(Evaluation, TakesTheHostsGlobalVariablesUnlessOthersAreGiven) {
+  globals().set(String("host_answer"), Any(42));
+  EXPECT_EQ(run_code("return host_answer"), "42");
+  EXPECT_EQ(text(evaluate_expr("host_answer", {})), "42");
+  EXPECT_EQ(run_code("return host_answer", EvaluationScope({}, map({}), {}, {})), "name 'host_answer' is not defined");
+  globals().remove(String("host_answer"));
+}
+
+TEST_F(Evaluation, LeavesOutWhatPythonCannotTake) {
+  const HashMap_Generic locals = map({
+      {"broken", Error("no value")},
+      {"fine",   Any(1)           }
+  });
+  locals.set(Any(7), Any("no name"));
+  EXPECT_EQ(run_code("return fine", EvaluationScope({}, {}, locals, {})), "1");
+  EXPECT_EQ(run_code("return broken", EvaluationScope({}, {}, locals, {})), "name 'broken' is not defined");
+}
+
+TEST_F(Evaluation, GivesOutLocalsBack) {
+  const struct {
+    const char* code;
+    const char* x;      // afterwards; it was 1
+    const char* error;  // part of the message, if any
+  } rows[] = {
+      {"x = 5",                                   "5",    nullptr                  },
+      {"x += 1",                                  "2",    nullptr                  },
+      {"pass",                                    "1",    nullptr                  },
+      {"def f():\n  global x\n  x = 7\nf()",      "7",    nullptr                  },
+      {"def f():\n  x = 7\nf()",                  "1",    nullptr                  },
+      {"x = None",                                "None", nullptr                  },
+      {"for x in range(3): pass\nreturn 'early'", "2",    nullptr                  },
+      {"x = 5\nraise ValueError('late')",         "1",    "late"                   },
+      {"del x",                                   "1",    "name 'x' is not defined"},
+  };
+  for (const auto& row : rows) {
+    const HashMap_Generic out_locals = map({
+        {"x", Any(1)}
+    });
+    const Result<Any> result = evaluate(row.code, EvaluationScope({}, {}, {}, out_locals));
+    EXPECT_EQ(repr(to_python(out_locals.get(String("x")))), row.x) << row.code;
+    EXPECT_EQ(result.is_error(), row.error != nullptr) << row.code;
+    if (row.error != nullptr) {
+      EXPECT_NE(text(result).find(row.error), std::string::npos) << text(result);
+    }
+  }
+}
+
+TEST_F(Evaluation, RefusesOutLocalsThatAreNoVariables) {
+  const HashMap_Generic unset = map({
+      {"x", Error("no value")}
+  });
+  EXPECT_EQ(run_code("pass", EvaluationScope({}, {}, {}, unset)), "name 'x' is not defined");
+  EXPECT_TRUE(evaluate("pass", EvaluationScope(
+                                   {
+  },
+                                   {}, {}, map({{"no name", Any(1)}})))
+                  .is_error());
+  const HashMap_Generic numbered;
+  numbered.set(Any(7), Any(1));
+  EXPECT_EQ(run_code("pass", EvaluationScope({}, {}, {}, numbered)), "The keys of outLocals must be texts, not 7.");
+}
+
+TEST_F(Evaluation, CountsAnythingButAScopeAsNone) {
+  for (const Any& scope : {Any(), Any(None()), Any(7), Any("scope"), Any(three_names())}) {
+    EXPECT_EQ(run_code("return self", scope), "None");
+    EXPECT_EQ(text(evaluate_expr("1 + 1", scope)), "2");
+  }
+  const auto module = find_module("ling.cpython");
+  const auto function = I_Callable_Generic::cast(module->callables().get("evaluate"));
+  EXPECT_EQ(display_text((*function)("return 3")), "3") << "the scope may be left out";
+}
+
+TEST_F(Evaluation, SeesTheHostsModules) {
+  get_module("visible")->setImportance(Any(9));
+  get_module("hidden")->setImportance(Any(10));
+  get_module("visible.tools")->setInlined();
+  EXPECT_FALSE(
+      register_function("visible.tools", "shout",
+                        make_function("shout", "text", "",
+                                      [](const String& given) { return String(std::string(given.view()) + "!"); }))
+          .is_error());
+  EXPECT_EQ(run_code("return shout('hey')"), "'hey!'");
+  EXPECT_EQ(text(evaluate_expr("shout('hey')", {})), "'hey!'");
+  EXPECT_EQ(run_code("return visible is not None"), "True");
+  EXPECT_EQ(run_code("return hidden"), "name 'hidden' is not defined");
+  EXPECT_EQ(run_code("return 'visible.tools' in globals()"), "False");
+}
+
+TEST_F(Evaluation, OfExpressions) {
+  const struct {
+    const char* code;
+    const char* result;
+  } rows[] = {
+      {"[1, 2, 3]",            "[1, 2, 3]"                    },
+      {" \t1 + 1",             "2"                            },
+      {"(n := 3) + n",         "6"                            },
+      {"(lambda n: n * 2)(4)", "8"                            },
+      {"'a' 'b'",              "'ab'"                         },
+      {"None",                 "None"                         },
+      {"missing",              "name 'missing' is not defined"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(text(evaluate_expr(row.code, {})), row.result) << row.code;
+  }
+  for (const char* code : {"x = 1", "", "import os", "1 +", "1\n2"}) {
+    const auto error = EvaluationError::cast(evaluate_expr(code, {}));
+    ASSERT_TRUE(error) << code;
+    EXPECT_TRUE(error->message().contains("SyntaxError")) << code;
+  }
+}
+
+TEST_F(Evaluation, KeepsResultsThatComeAfterTheRunHarmless) {
+  const Result<Any> late = evaluate("import sys\nreturn sys._getframe(1).f_locals['ling_store_result']", {});
+  const auto store = I_Callable_Generic::cast(late);
+  ASSERT_TRUE(store);
+  EXPECT_TRUE(is_none((*store)(1)));
+}
+
+TEST_F(Evaluation, KeepsRunsOnDifferentThreadsApart) {
+  on_eight_threads([](int i) {
+    for (int round = 0; round < 20; ++round) {
+      const HashMap_Generic out_locals = map({
+          {"x", Any(i)}
+      });
+      const EvaluationScope scope({}, {}, {}, out_locals);
+      const auto result = evaluate("for _ in range(100): x += 1\nreturn x", scope);
+      EXPECT_EQ(display_text(result), display_text(Any(i + 100)));
+      EXPECT_EQ(display_text(out_locals.get(String("x"))), display_text(Any(i + 100)));
+    }
+  });
+}
+
+TEST_F(Evaluation, NestsAndEndsWhenItNeverEnds) {
+  globals().set(String("again"),
+                make_function("again", "code", "", [](const String& code) { return evaluate(code, {}); }));
+  EXPECT_EQ(run_code("return again('return again(\"return 1\") + 1') + 1"), "3");
+  EXPECT_TRUE(evaluate("code = 'return again(code)'\nimport sys\nsys.code = \"import sys\\nreturn again(sys.code)\"\n"
+                       "return again(sys.code)",
+                       {})
+                  .is_error());
+  globals().remove(String("again"));
+}
+
+TEST_F(Evaluation, LeavesNothingBehind) {
+  const char* code = "def f(): return len(x)\nx = x + [1]\nreturn f()";
+  const auto once = [&] {
+    return run_code(code, EvaluationScope(
+                              {
+    },
+                              {}, {}, map({{"x", from_python(eval("[0]").get())}})));
+  };
+  EXPECT_EQ(once(), "2");
+  const long long before = allocated_blocks();
+  for (int i = 0; i < 100; ++i) {
+    once();
+  }
+  EXPECT_LE(allocated_blocks(), before + 50);
+}
+
+TEST_F(Evaluation, ResolvesDottedNames) {
+  const struct {
+    const char* name;
+    const char* test;  // in Python, of `found`
+  } rows[] = {
+      {"os.path",                 "found is __import__('os').path"     },
+      {"os",                      "found is __import__('os')"          },
+      {"os.",                     "found is __import__('os')"          },
+      {"os.path.join",            "found is __import__('os').path.join"},
+      {"collections.abc.Mapping", "found.__name__ == 'Mapping'"        },
+      {"",                        "found is None"                      },
+  };
+  for (const auto& row : rows) {
+    const Result<Any> found = resolve(row.name);
+    ASSERT_FALSE(found.is_error()) << row.name << ": " << text(found);
+    EXPECT_EQ(text(evaluate_expr(row.test, EvaluationScope(
+                                               {
+    },
+                                               {}, map({{"found", found}}), {}))),
+              "True")
+        << row.name;
+  }
+  const struct {
+    const char* name;
+    const char* message;
+  } failures[] = {
+      {"nosuchmodule.x",  "No module named 'nosuchmodule'"              },
+      {"nosuchmodule",    "No module named 'nosuchmodule'"              },
+      {"os.nosuchobject", "Unable to find the object: os.nosuchobject." },
+      {".x",              "Empty module name"                           },
+      {"not_a_module.x",  "Unable to get the module dict: not_a_module."},
+  };
+  static_cast<void>(run("import sys\nsys.modules['not_a_module'] = 7"));
+  for (const auto& failure : failures) {
+    EXPECT_EQ(text(resolve(failure.name)), failure.message) << failure.name;
+    EXPECT_EQ(PyErr_Occurred(), nullptr);
+  }
+}
+
+}  // namespace
+}  // namespace ling::cpython
