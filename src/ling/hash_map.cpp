@@ -1,13 +1,13 @@
 // HashMaps: the operations.
 #include "ling/hash_map.h"
 
-#include <cassert>
-#include <mutex>
-
 #include "ling/detail/container_errors.h"
 #include "ling/detail/ordered_table.h"
 #include "ling/detail/try.h"
 #include "ling/interfaces.h"
+
+#include <cassert>
+#include <mutex>
 
 namespace ling {
 

@@ -6,12 +6,12 @@
 // Threads: every operation is atomic. Iteration works on a snapshot taken when it starts.
 #pragma once
 
+#include "ling/class.h"
+#include "ling/spinlock.h"
+
 #include <memory>
 #include <utility>
 #include <vector>
-
-#include "ling/class.h"
-#include "ling/spinlock.h"
 
 namespace ling {
 

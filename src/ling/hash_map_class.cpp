@@ -38,38 +38,41 @@ std::vector<Any> pairs(const HashMap_Generic& self) {
 
 }  // namespace
 
-constinit const class_definition<HashMap_Generic> internal::hash_map_class("HashMap", [](class_builder<HashMap_Generic>& c) {
-  const auto extend = [](const HashMap_Generic& self, const I_Map_Generic& other) { return self.object().extend(other); };
-  c.module("ling")
-      .doc("Values by key, in the order in which the keys were first set. Keys are immutable values.")
-      .parent(I_MutableMap_Generic::getClass())
-      .parent(I_Cloneable::getClass())
-      .constructor("mapping", "A map of the pairs of another map, or an empty one.", &construct, {None()})
-      .property("__length__", "The number of keys.", &HashMap_Generic::length)
-      .property("keys", "The keys as a new list.", [](const HashMap_Generic& self) { return map(self).keys(); })
-      .property("values", "The values as a new list, in the order of the keys.",
-                [](const HashMap_Generic& self) { return map(self).values(); })
-      .property("keysType", "What the keys are; the untyped type for any.", &HashMap_Generic::keysType)
-      .property("valuesType", "What the values are; the untyped type for any.", &HashMap_Generic::valuesType)
-      .method("contains", "key", "Whether the key is there.",
-              [](const HashMap_Generic& self, const Any& key) { return map(self).contains(key); })
-      .method("get", "key, default", "The value; without the key the default, or an Error when none is given.", &get,
-              {Undefined()})
-      .method("set", "key, value", "Sets the value of a key.", &HashMap_Generic::setChecked)
-      .method("remove", "key", "Removes a key and answers its value; an Error when it is not there.",
-              [](const HashMap_Generic& self, const Any& key) { return map(self).remove(key); })
-      .method("clear", "", "Removes all keys.", [](const HashMap_Generic& self) { self.object().clear(); })
-      .method("extend", "mapping", "Sets the values of all keys of another map.", extend)
-      .method("update", "mapping", "The same as extend.", extend)
-      .method("iter", "", "Goes through the keys of this moment.",
-              [](const HashMap_Generic& self) { return internal::make_iterator(self.object().copy_keys()); })
-      .method("pairs", "", "A new list of tuples of key and value.", &pairs)
-      .method("clone", "", "A new map of the same keys and values.",
-              [](const HashMap_Generic& self) { return self.object().clone(); })
-      .method("deepClone", "", "A new map of copies of the values.",
-              [](const HashMap_Generic& self) { return I_Cloneable::unchecked(self).deepClone(); })
-      .method(Any::__iadd__, "mapping", &extend_in_place);
-});
+constinit const class_definition<HashMap_Generic> internal::hash_map_class(
+    "HashMap", [](class_builder<HashMap_Generic>& c) {
+      const auto extend = [](const HashMap_Generic& self, const I_Map_Generic& other) {
+        return self.object().extend(other);
+      };
+      c.module("ling")
+          .doc("Values by key, in the order in which the keys were first set. Keys are immutable values.")
+          .parent(I_MutableMap_Generic::getClass())
+          .parent(I_Cloneable::getClass())
+          .constructor("mapping", "A map of the pairs of another map, or an empty one.", &construct, {None()})
+          .property("__length__", "The number of keys.", &HashMap_Generic::length)
+          .property("keys", "The keys as a new list.", [](const HashMap_Generic& self) { return map(self).keys(); })
+          .property("values", "The values as a new list, in the order of the keys.",
+                    [](const HashMap_Generic& self) { return map(self).values(); })
+          .property("keysType", "What the keys are; the untyped type for any.", &HashMap_Generic::keysType)
+          .property("valuesType", "What the values are; the untyped type for any.", &HashMap_Generic::valuesType)
+          .method("contains", "key", "Whether the key is there.",
+                  [](const HashMap_Generic& self, const Any& key) { return map(self).contains(key); })
+          .method("get", "key, default", "The value; without the key the default, or an Error when none is given.",
+                  &get, {Undefined()})
+          .method("set", "key, value", "Sets the value of a key.", &HashMap_Generic::setChecked)
+          .method("remove", "key", "Removes a key and answers its value; an Error when it is not there.",
+                  [](const HashMap_Generic& self, const Any& key) { return map(self).remove(key); })
+          .method("clear", "", "Removes all keys.", [](const HashMap_Generic& self) { self.object().clear(); })
+          .method("extend", "mapping", "Sets the values of all keys of another map.", extend)
+          .method("update", "mapping", "The same as extend.", extend)
+          .method("iter", "", "Goes through the keys of this moment.",
+                  [](const HashMap_Generic& self) { return internal::make_iterator(self.object().copy_keys()); })
+          .method("pairs", "", "A new list of tuples of key and value.", &pairs)
+          .method("clone", "", "A new map of the same keys and values.",
+                  [](const HashMap_Generic& self) { return self.object().clone(); })
+          .method("deepClone", "", "A new map of copies of the values.",
+                  [](const HashMap_Generic& self) { return I_Cloneable::unchecked(self).deepClone(); })
+          .method(Any::__iadd__, "mapping", &extend_in_place);
+    });
 
 Class_Generic HashMap_Generic::getClass() { return internal::hash_map_class.required(); }
 Type HashMap_Generic::getType() { return Type::of(getClass()); }

@@ -1,12 +1,12 @@
 // HashSets: the operations.
 #include "ling/hash_set.h"
 
-#include <mutex>
-
 #include "ling/detail/container_errors.h"
 #include "ling/detail/iterator.h"
 #include "ling/detail/ordered_table.h"
 #include "ling/detail/try.h"
+
+#include <mutex>
 
 namespace ling {
 

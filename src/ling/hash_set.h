@@ -2,11 +2,11 @@
 // values, and what it says of threads holds here.
 #pragma once
 
-#include <memory>
-#include <vector>
-
 #include "ling/class.h"
 #include "ling/spinlock.h"
+
+#include <memory>
+#include <vector>
 
 namespace ling {
 
@@ -25,13 +25,13 @@ class LING_API object_value_hash_set final : public object_value {
   object_value_class& object_class() const override;
 
   std::size_t length() const noexcept;
-  Any contains(const Any& value, bool* found) const;    // None or an Error
-  Any insert(const Any& value, bool* inserted);         // None or an Error
-  Any remove(const Any& value, bool* removed);          // None or an Error
+  Any contains(const Any& value, bool* found) const;  // None or an Error
+  Any insert(const Any& value, bool* inserted);       // None or an Error
+  Any remove(const Any& value, bool* removed);        // None or an Error
   void clear() noexcept;
   std::vector<Any> copy_items() const;
   Any clone() const;  // a set of the same class
-  // The items of an iterable or of what is left of an iterator; checks the type. An Error leaves those before it inserted.
+  // The items of an iterable or what is left of an iterator; checks the type. An Error leaves those before it inserted.
   Result<None> extend(const Any& iterable);
 
  private:

@@ -87,30 +87,31 @@ void describe_algebra(class_builder<HashSet_Generic>& c) {
 
 }  // namespace
 
-constinit const class_definition<HashSet_Generic> internal::hash_set_class("HashSet", [](class_builder<HashSet_Generic>& c) {
-  c.module("ling")
-      .doc("Values without repetition, in the order in which they were inserted. The values are immutable.")
-      .parent(I_MutableSet_Generic::getClass())
-      .parent(I_Cloneable::getClass())
-      .constructor("iterable", "A set of the items of an iterable, or an empty one.", &construct, {None()})
-      .property("__length__", "The number of values.", &HashSet_Generic::length)
-      .property("elementsType", "What the values are; the untyped type for any.", &HashSet_Generic::elementsType)
-      .method("contains", "value", "Whether the value is there.",
-              [](const HashSet_Generic& self, const Any& value) { return set(self).contains(value); })
-      .method("insert", "value", "Adds a value; whether it was not there before.", &HashSet_Generic::insert)
-      .method("remove", "value", "Removes a value; whether it was there.",
-              [](const HashSet_Generic& self, const Any& value) { return set(self).remove(value); })
-      .method("extend", "values", "Adds the items of an iterable.",
-              [](const HashSet_Generic& self, const Any& values) { return self.object().extend(values); })
-      .method("clear", "", "Removes all values.", [](const HashSet_Generic& self) { self.object().clear(); })
-      .method("iter", "", "Goes through the values of this moment.",
-              [](const HashSet_Generic& self) { return internal::make_iterator(self.copyItems()); })
-      .method("clone", "", "A new set of the same values.",
-              [](const HashSet_Generic& self) { return self.object().clone(); })
-      .method("deepClone", "", "The same as clone: the values are immutable.",
-              [](const HashSet_Generic& self) { return self.object().clone(); });
-  describe_algebra(c);
-});
+constinit const class_definition<HashSet_Generic> internal::hash_set_class(
+    "HashSet", [](class_builder<HashSet_Generic>& c) {
+      c.module("ling")
+          .doc("Values without repetition, in the order in which they were inserted. The values are immutable.")
+          .parent(I_MutableSet_Generic::getClass())
+          .parent(I_Cloneable::getClass())
+          .constructor("iterable", "A set of the items of an iterable, or an empty one.", &construct, {None()})
+          .property("__length__", "The number of values.", &HashSet_Generic::length)
+          .property("elementsType", "What the values are; the untyped type for any.", &HashSet_Generic::elementsType)
+          .method("contains", "value", "Whether the value is there.",
+                  [](const HashSet_Generic& self, const Any& value) { return set(self).contains(value); })
+          .method("insert", "value", "Adds a value; whether it was not there before.", &HashSet_Generic::insert)
+          .method("remove", "value", "Removes a value; whether it was there.",
+                  [](const HashSet_Generic& self, const Any& value) { return set(self).remove(value); })
+          .method("extend", "values", "Adds the items of an iterable.",
+                  [](const HashSet_Generic& self, const Any& values) { return self.object().extend(values); })
+          .method("clear", "", "Removes all values.", [](const HashSet_Generic& self) { self.object().clear(); })
+          .method("iter", "", "Goes through the values of this moment.",
+                  [](const HashSet_Generic& self) { return internal::make_iterator(self.copyItems()); })
+          .method("clone", "", "A new set of the same values.",
+                  [](const HashSet_Generic& self) { return self.object().clone(); })
+          .method("deepClone", "", "The same as clone: the values are immutable.",
+                  [](const HashSet_Generic& self) { return self.object().clone(); });
+      describe_algebra(c);
+    });
 
 Class_Generic HashSet_Generic::getClass() { return internal::hash_set_class.required(); }
 Type HashSet_Generic::getType() { return Type::of(getClass()); }

@@ -19,9 +19,10 @@ constinit const class_definition<void> i_immutable_class("I_Immutable", [](class
 });
 
 constinit const class_definition<void> i_cloneable_class("I_Cloneable", [](class_builder<void>& c) {
-  interface(c,
-            "Values that can be copied. Methods: clone(), a copy that shares what it holds; deepClone(), a copy with copies "
-            "of what it holds.");
+  interface(
+      c,
+      "Values that can be copied. Methods: clone(), a copy that shares what it holds; deepClone(), a copy with copies "
+      "of what it holds.");
 });
 
 constinit const class_definition<void> i_runtime_only_class("I_RuntimeOnly", [](class_builder<void>& c) {
@@ -81,8 +82,7 @@ constinit const class_definition<void> i_map_class("I_Map", [](class_builder<voi
 });
 
 constinit const class_definition<void> i_mutable_map_class("I_MutableMap", [](class_builder<void>& c) {
-  interface(c,
-            "Maps that can be changed. Methods: set(key, value); remove(key), the removed value; clear().")
+  interface(c, "Maps that can be changed. Methods: set(key, value); remove(key), the removed value; clear().")
       .parent(I_Map_Generic::getClass());
 });
 
@@ -93,9 +93,10 @@ constinit const class_definition<void> i_set_class("I_Set", [](class_builder<voi
 });
 
 constinit const class_definition<void> i_mutable_set_class("I_MutableSet", [](class_builder<void>& c) {
-  interface(c,
-            "Sets that can be changed. Methods: insert(value), whether it was not there; remove(value), whether it was; "
-            "extend(values); clear().")
+  interface(
+      c,
+      "Sets that can be changed. Methods: insert(value), whether it was not there; remove(value), whether it was; "
+      "extend(values); clear().")
       .parent(I_Set_Generic::getClass());
 });
 

@@ -3,16 +3,16 @@
 // Every operation moves what leaves the list out of it and lets it die after unlocking.
 #include "ling/list.h"
 
-#include <algorithm>
-#include <iterator>
-#include <mutex>
-
 #include "ling/detail/container_errors.h"
 #include "ling/detail/equality.h"
 #include "ling/detail/iterator.h"
 #include "ling/detail/merge_sort.h"
 #include "ling/detail/slice.h"
 #include "ling/detail/try.h"
+
+#include <algorithm>
+#include <iterator>
+#include <mutex>
 
 namespace ling {
 

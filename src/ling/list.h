@@ -1,20 +1,20 @@
 // List: a growable sequence shared by reference.
 //
-// A List may be typed: `List<Integer>` refuses other items in its checked operations. Indices count from 0; negative ones
-// count from the end. An index out of range is an Error.
+// A List may be typed: `List<Integer>` refuses other items in its checked operations. Indices count from 0; negative
+// ones count from the end. An index out of range is an Error.
 //
 // Threads: every operation is atomic. Iteration works on a snapshot taken when it starts.
 #pragma once
-
-#include <initializer_list>
-#include <span>
-#include <vector>
 
 #include "ling/boolean.h"
 #include "ling/class.h"
 #include "ling/none.h"
 #include "ling/number.h"
 #include "ling/spinlock.h"
+
+#include <initializer_list>
+#include <span>
+#include <vector>
 
 namespace ling {
 
@@ -45,7 +45,7 @@ class LING_API object_value_list final : public object_value {
   Any remove_at(std::int64_t index, std::int64_t count);
   Any pop(std::int64_t index);
   void clear() noexcept;
-  // The index of the first item from `from` on that compares equal, -1 when there is none. An Error when comparing fails.
+  // The index of the first equal item from `from` on, -1 when there is none. An Error when comparing fails.
   Result<Integer> index_of(const Any& value, std::int64_t from) const;
   // Whether there was an equal item; the first one is removed. An Error when comparing fails.
   Result<Boolean> remove_one(const Any& value);

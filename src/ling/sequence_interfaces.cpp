@@ -156,8 +156,7 @@ Type I_Sequence_Generic::elementsType() const {
   if (const auto* list = as_list(*this)) {
     return internal::type_or_untyped(list->object_class(), 0);
   }
-  return as_tuple(*this) != nullptr ? Type::untyped()
-                                    : internal::type_property(*this, members::property::elementsType);
+  return as_tuple(*this) != nullptr ? Type::untyped() : internal::type_property(*this, members::property::elementsType);
 }
 
 // --- mutable sequences -----------------------------------------------------------------------------------------------

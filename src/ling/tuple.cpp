@@ -1,11 +1,11 @@
 // Tuples and packs of variadic arguments.
 #include "ling/tuple.h"
 
-#include <cassert>
-
 #include "ling/detail/container_errors.h"
 #include "ling/detail/equality.h"
 #include "ling/detail/slice.h"
+
+#include <cassert>
 
 namespace ling {
 

@@ -1,13 +1,13 @@
 // Tuple: an immutable row of values; Variadic, the pack in which a variadic function receives its trailing arguments.
 #pragma once
 
-#include <initializer_list>
-#include <span>
-#include <vector>
-
 #include "ling/any.h"
 #include "ling/number.h"
 #include "ling/type.h"
+
+#include <initializer_list>
+#include <span>
+#include <vector>
 
 namespace ling {
 
@@ -24,7 +24,7 @@ class LING_API object_value_tuple final : public object_value {
   // An Error when the index is out of range; negative ones count from the end.
   Any at_checked(std::int64_t index) const;
   Any at_or(std::int64_t index, const Any& otherwise) const;
-  // The index of the first item from `from` on that compares equal, -1 when there is none. An Error when comparing fails.
+  // The index of the first equal item from `from` on, -1 when there is none. An Error when comparing fails.
   Result<Integer> index_of(const Any& value, std::int64_t from) const;
   Any slice(std::int64_t start, std::int64_t stop) const;  // negative positions count from the end, both are clamped
 

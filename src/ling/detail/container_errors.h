@@ -1,11 +1,11 @@
 // The errors that containers have in common, and the checks of typed containers.
 #pragma once
 
-#include <cstdint>
-
 #include "ling/class.h"
 #include "ling/error.h"
 #include "ling/none.h"
+
+#include <cstdint>
 
 namespace ling::internal {
 
@@ -22,7 +22,8 @@ Error error_full(const char* container);
 const Type* type_argument(const object_value_class& of_class, std::size_t index) noexcept;
 Type type_or_untyped(const object_value_class& of_class, std::size_t index);
 // A BadArgument unless the value is of type argument `index`.
-Result<None> check_type_argument(const object_value_class& of_class, std::size_t index, const char* role, const Any& value);
+Result<None> check_type_argument(const object_value_class& of_class, std::size_t index, const char* role,
+                                 const Any& value);
 
 // Whether items repeated `count` times, which is positive, are more than anybody means: the system would promise memory
 // for them long before it turns out not to be there.

@@ -1,8 +1,6 @@
 // Copying values with all they hold.
 #include "ling/detail/deep_clone.h"
 
-#include <unordered_map>
-
 #include "ling/detail/nesting.h"
 #include "ling/error.h"
 #include "ling/hash_map.h"
@@ -10,6 +8,8 @@
 #include "ling/interfaces.h"
 #include "ling/reflection.h"
 #include "ling/tuple.h"
+
+#include <unordered_map>
 
 namespace ling::internal {
 
@@ -53,7 +53,8 @@ class deep_cloner {
 
   // The copies of a list and a map are known before they are filled: what they hold may lead back to them.
   Any clone_list(const List_Generic& list) {
-    auto copy = List_Generic::unchecked(remember(list, make<object_value_list>(&list.object().object_class(), std::vector<Any>())));
+    auto copy = List_Generic::unchecked(
+        remember(list, make<object_value_list>(&list.object().object_class(), std::vector<Any>())));
     std::vector<Any> items = list.copyItems();
     for (Any& item : items) {
       Any item_copy = clone(item);

@@ -1,12 +1,12 @@
 // Equality of values, as containers ask for it.
 #pragma once
 
-#include <cstdint>
-#include <span>
-
 #include "ling/boolean.h"
 #include "ling/number.h"
 #include "ling/union.h"
+
+#include <cstdint>
+#include <span>
 
 namespace ling::internal {
 
@@ -28,7 +28,7 @@ equality compare_plain(const Any& a, const Any& b);
 
 // Whether the values are one object or compare equal. An Error when comparing gives one.
 Result<Boolean> are_equal(const Any& a, const Any& b);
-// The index of the first item from `from` on that is equal, -1 when there is none. A negative `from` counts from the end.
+// The index of the first equal item from `from` on, -1 when there is none. A negative `from` counts from the end.
 Result<Integer> index_of_equal(std::span<const Any> items, const Any& value, std::int64_t from);
 
 }  // namespace ling::internal

@@ -99,8 +99,7 @@ Result<None> collect(const Any& iterable, std::vector<Any>& items) {
     return drain(I_Iterator_Generic::unchecked(value), items);
   }
   if (!I_Iterable_Generic::matches(value.get())) {
-    return BadArgument(
-        String("Not an iterable: {} ({}).").arg(display_text(value), raw_class_of(value).name()));
+    return BadArgument(String("Not an iterable: {} ({}).").arg(display_text(value), raw_class_of(value).name()));
   }
   const I_Iterator_Generic iterator = TRY(I_Iterable_Generic::unchecked(value).iter());
   return drain(iterator, items);

@@ -2,10 +2,10 @@
 // be iterated.
 #pragma once
 
+#include "ling/interfaces.h"
+
 #include <atomic>
 #include <vector>
-
-#include "ling/interfaces.h"
 
 namespace ling::internal {
 
@@ -23,8 +23,8 @@ class snapshot_iterator {
 
 I_Iterator_Generic make_iterator(std::vector<Any> items);
 
-// The items of an I_Iterable, or those an I_Iterator has left, appended to `items`; of a map its keys. A BadArgument for
-// another value; the first Error of an iteration ends it.
+// The items of an I_Iterable, or those an I_Iterator has left, appended to `items`; of a map its keys. A BadArgument
+// for another value; the first Error of an iteration ends it.
 Result<None> collect(const Any& iterable, std::vector<Any>& items);
 
 }  // namespace ling::internal

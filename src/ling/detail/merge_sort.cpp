@@ -1,11 +1,11 @@
 // Sorting values.
 #include "ling/detail/merge_sort.h"
 
-#include <algorithm>
-
 #include "ling/boolean.h"
 #include "ling/detail/try.h"
 #include "ling/reflection.h"
+
+#include <algorithm>
 
 namespace ling::internal {
 
@@ -21,7 +21,8 @@ Result<Boolean> comes_first(const Any& a, const Any& b) {
 }
 
 // Merges two neighbouring sorted rows of `from` into `into`.
-Result<None> merge(std::vector<Any>& from, std::vector<Any>& into, std::size_t begin, std::size_t middle, std::size_t end) {
+Result<None> merge(std::vector<Any>& from, std::vector<Any>& into, std::size_t begin, std::size_t middle,
+                   std::size_t end) {
   std::size_t left = begin;
   std::size_t right = middle;
   for (std::size_t place = begin; place < end; ++place) {

@@ -1,10 +1,10 @@
 // merge_sort: a stable sort by an order that may fail and that nobody vouches for.
 #pragma once
 
-#include <vector>
-
 #include "ling/none.h"
 #include "ling/union.h"
+
+#include <vector>
 
 namespace ling::internal {
 

@@ -1,12 +1,12 @@
 // The ordered hash table and the search for a key.
 #include "ling/detail/ordered_table.h"
 
-#include <algorithm>
-
 #include "ling/detail/container_errors.h"
 #include "ling/interfaces.h"
 #include "ling/reflection.h"
 #include "ling/tuple.h"
+
+#include <algorithm>
 
 namespace ling::internal {
 

@@ -1,21 +1,21 @@
-// ordered_table: the hash table behind HashMap and HashSet, in order of insertion; key_search, which finds a key in one.
+// ordered_table: the hash table behind HashMap and HashSet, in order of insertion; key_search, which finds keys in it.
 //
-// Entries stand in one row in the order of insertion; an index of 32-bit positions, open addressing, leads from a hash to
-// its entries. Removing leaves a gap, found in constant time; gaps are closed when there are many, at a cost that the
-// removals before it have paid for.
+// Entries stand in one row in the order of insertion; an index of 32-bit positions, open addressing, leads from a hash
+// to its entries. Removing leaves a gap, found in constant time; gaps are closed when there are many, at a cost that
+// the removals before it have paid for.
 //
-// Threads: the owner locks. Nothing a table does runs foreign code: entries leave it by being moved out, for the owner to
-// destroy after unlocking.
+// Threads: the owner locks. Nothing a table does runs foreign code: entries leave it by being moved out, for the owner
+// to destroy after unlocking.
 #pragma once
-
-#include <cstdint>
-#include <mutex>
-#include <vector>
 
 #include "ling/detail/equality.h"
 #include "ling/none.h"
 #include "ling/spinlock.h"
 #include "ling/union.h"
+
+#include <cstdint>
+#include <mutex>
+#include <vector>
 
 namespace ling::internal {
 
