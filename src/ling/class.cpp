@@ -123,6 +123,11 @@ void object_value_class::set_declaring_context(const Any& context) {
   Any former;
   const std::lock_guard guard(lock_);
   former = std::exchange(declaring_context_, context);
+  if (context.empty()) {
+    flags_.fetch_and(~class_flags::declared, std::memory_order_relaxed);
+  } else {
+    set_flags(class_flags::declared);
+  }
 }
 
 std::optional<std::size_t> object_value_class::find_field(const name_entry& name) const noexcept {

@@ -34,6 +34,7 @@ inline constexpr std::uint64_t sequence = 1ull << 24;         // items by positi
 inline constexpr std::uint64_t dynamic_members = 1ull << 39;  // hooks answer for members the class does not register
 inline constexpr std::uint64_t interface = 1ull << 40;        // has no instances of its own
 inline constexpr std::uint64_t member_access = 1ull << 41;    // defines meta-methods that take over member access
+inline constexpr std::uint64_t declared = 1ull << 42;         // has a declaring context; kept by the class itself
 }  // namespace class_flags
 
 // Answers for members that a class with the flag `dynamic_members` does not register.

@@ -1,0 +1,78 @@
+// The cache of attribute names.
+#include "lingobject/attribute_name.h"
+
+#include "extension/type_layout.h"
+#include "lingobject/special_names.h"
+
+#include <array>
+#include <bit>
+
+namespace ling::cpython {
+
+namespace {
+
+struct cached_name {
+  PyObject* text = nullptr;  // an own reference, so that the address cannot come to mean another text
+  attribute_name name{attribute_name::kind::invalid, {nullptr}};
+};
+
+// Direct-mapped; a name in source code is one str object for the life of its code. Guarded by the interpreter lock.
+constexpr std::size_t cache_size = 1024;
+constinit std::array<cached_name, cache_size> cache;
+
+cached_name& cached(const PyObject* text) noexcept {
+  const auto address = std::bit_cast<std::uintptr_t>(text);
+  return cache[(address >> 4) % cache_size];
+}
+
+attribute_name interpret(std::string_view text) {
+  using enum attribute_name::kind;
+  attribute_name name{hidden, {nullptr}};
+  if (text.starts_with('_')) {
+    if (const special_name* special_row = find_special_name(text)) {
+      name.meaning = special;
+      name.special = special_row;
+    }
+    return name;
+  }
+  // Names that are only asked for are not interned: there is no end to them, and interned names are kept for ever.
+  name.entry = internal::find_interned(text);
+  name.meaning = name.entry == nullptr ? unknown : member;
+  return name;
+}
+
+// Not called for a subclass of str, nor for a name that may become known later.
+void remember(PyObject* text, const attribute_name& name) {
+  cached_name& place = cached(text);
+  Py_IncRef(text);
+  const PyObjectPtr former(std::exchange(place.text, text));
+  place.name = name;
+}
+
+}  // namespace
+
+attribute_name attribute_name_of(PyObject* name) {
+  if (const cached_name& place = cached(name); place.text == name) [[likely]] {
+    return place.name;
+  }
+  const utf8_text text(name);
+  if (!text) {
+    return {attribute_name::kind::invalid, {nullptr}};
+  }
+  const attribute_name meaning = interpret(text.view());
+  if (meaning.meaning != attribute_name::kind::unknown && Py_TYPE(name) == &PyUnicode_Type) {
+    remember(name, meaning);
+  }
+  return meaning;
+}
+
+const name_entry* member_name_of(PyObject* name) {
+  if (const cached_name& place = cached(name);
+      place.text == name && place.name.meaning == attribute_name::kind::member) {
+    return place.name.entry;
+  }
+  const utf8_text text(name);
+  return text ? &internal::intern(text.view()) : nullptr;
+}
+
+}  // namespace ling::cpython

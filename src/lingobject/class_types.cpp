@@ -1,0 +1,208 @@
+// The wrapper types made for one class each, the table of them, and the choice of a type for a class.
+#include "ling/module.h"
+#include "ling/reflection.h"
+#include "ling/spinlock.h"
+#include "lingobject/ling_object.h"
+#include "lingobject/members.h"
+#include "lingobject/python_signature.h"
+#include "lingobject/slots.h"
+#include "lingobject/type_objects.h"
+
+#include <array>
+#include <bit>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace ling::cpython {
+
+namespace {
+
+// --- making ----------------------------------------------------------------------------------------------------------
+
+// Text for a type object, which keeps it for ever.
+const char* kept_text(std::string_view text) {
+  char* kept = new char[text.size() + 1];
+  kept[text.copy(kept, text.size())] = '\0';
+  return kept;
+}
+
+bool is_exported(const class_member& member) {
+  const std::string_view name = member.name->text;
+  return !name.empty() && !name.starts_with('_');
+}
+
+// What Python shows of a method is for reading only: calls go through the attribute of the instance.
+PyObject* refuse_call(PyObject*, PyObject*) noexcept {
+  PyErr_SetString(PyExc_TypeError, "Methods of Ling objects are called on the object.");
+  return nullptr;
+}
+
+PyMethodDef* make_methods(const object_value_class& of_class) {
+  std::vector<PyMethodDef> rows;
+  for (const class_member* member : of_class.methods()) {
+    if (is_exported(*member)) {
+      const String signature = signature_text(I_Callable_Generic::unchecked(member->method));
+      const String doc = String("{}\n\n-").arg(signature);
+      rows.push_back({member->name->text.data(), refuse_call, METH_VARARGS, kept_text(doc.view())});
+    }
+  }
+  rows.push_back({});
+  return std::copy(rows.begin(), rows.end(), new PyMethodDef[rows.size()]) - rows.size();
+}
+
+PyGetSetDef* make_properties(const object_value_class& of_class) {
+  std::vector<PyGetSetDef> rows;
+  for (const class_member* member : of_class.properties()) {
+    if (is_exported(*member)) {
+      const auto property = Property::unchecked(member->property);
+      rows.push_back({member->name->text.data(), getter_slot<get_property>,
+                      property.hasSetter() ? setter_slot<set_property> : nullptr, kept_text(property.doc().view()),
+                      const_cast<name_entry*>(member->name)});
+    }
+  }
+  rows.push_back({});
+  return std::copy(rows.begin(), rows.end(), new PyGetSetDef[rows.size()]) - rows.size();
+}
+
+// Runs code of the host (signatures, docs) and of Python. Null with an exception set.
+PyTypeObject* make_class_type(object_value_class& of_class) {
+  PyTypeObject* base = shared_callable_type();
+  if (base == nullptr) {
+    return nullptr;
+  }
+  auto* type = new type_object{};
+  fill_common_slots(*type);
+  fill_slots_of_class(*type, of_class);
+  // Python takes what stands before the last dot for the name of a module.
+  const String name = qualname(Class_Generic(of_class)).replaced(".", "`");
+  type->tp_name = kept_text(String("ling~{}").arg(name).view());
+  type->tp_doc = kept_text(of_class.doc().view());
+  type->tp_base = base;
+  type->tp_methods = make_methods(of_class);
+  type->tp_getset = make_properties(of_class);
+  return PyType_Ready(type_of_layout(*type)) == 0 ? type_of_layout(*type) : nullptr;
+}
+
+// --- the table
+// ---------------------------------------------------------------------------------------------------------
+
+std::uint64_t fnv1a(const void* pointer) noexcept {
+  std::uint64_t hash = 0xcbf29ce484222325;
+  for (const unsigned char byte : std::bit_cast<std::array<unsigned char, 8>>(pointer)) {
+    hash = (hash ^ byte) * 0x100000001b3;
+  }
+  return hash;
+}
+
+// From a class to its type. Nothing is ever removed.
+class type_table {
+ public:
+  PyTypeObject* find(const object_value_class& of_class) noexcept {
+    const std::lock_guard guard(lock_);
+    const entry* found = find_locked(of_class);
+    return found == nullptr ? nullptr : found->type;
+  }
+  // The type that stays: the one given, or one that came before it.
+  PyTypeObject* insert(const object_value_class& of_class, PyTypeObject* type) {
+    auto made = std::make_unique<entry>(entry{&of_class, type, nullptr});
+    const std::lock_guard guard(lock_);
+    if (const entry* first = find_locked(of_class)) {
+      return first->type;
+    }
+    if (count_ == buckets_.size()) {
+      grow_locked();
+    }
+    link_locked(made.release());
+    ++count_;
+    return type;
+  }
+
+ private:
+  struct entry {
+    const object_value_class* of_class;
+    PyTypeObject* type;
+    entry* next;
+  };
+
+  entry*& bucket_of(const object_value_class& of_class) noexcept {
+    return buckets_[fnv1a(&of_class) % buckets_.size()];
+  }
+  const entry* find_locked(const object_value_class& of_class) noexcept {
+    const entry* each = bucket_of(of_class);
+    while (each != nullptr && each->of_class != &of_class) {
+      each = each->next;
+    }
+    return each;
+  }
+  void link_locked(entry* added) noexcept { added->next = std::exchange(bucket_of(*added->of_class), added); }
+  void grow_locked() {
+    std::vector<entry*> former(buckets_.size() * 2);
+    former.swap(buckets_);
+    for (entry* each : former) {
+      while (each != nullptr) {
+        link_locked(std::exchange(each, each->next));
+      }
+    }
+  }
+
+  spinlock lock_;
+  std::size_t count_ = 0;
+  std::vector<entry*> buckets_ = std::vector<entry*>(8);
+};
+
+type_table& class_types() {
+  // Outlives all static objects, since wrappers are made until the process ends.
+  static type_table& table = *new type_table;
+  return table;
+}
+
+PyTypeObject* class_type_of(object_value_class& of_class) {
+  if (PyTypeObject* made = class_types().find(of_class)) {
+    return made;
+  }
+  // Made outside the lock; whoever is first decides.
+  PyTypeObject* type = make_class_type(of_class);
+  return type == nullptr ? nullptr : class_types().insert(of_class, type);
+}
+
+// --- the choice
+// --------------------------------------------------------------------------------------------------------
+
+bool has_type_of_its_own(const object_value_class& of_class) {
+  static const object_value_class& module_class = Module::getClass().object();
+  const object_value_class* definition = of_class.generic_definition();
+  return of_class.has_flag(class_flags::declared) ||
+         (definition != nullptr && definition->has_flag(class_flags::declared)) || of_class.is_ancestor(module_class);
+}
+
+// The last choices, so that most wrappers are made without looking anything up. A class may come to be declared, or
+// gain other flags, later. Guarded by the interpreter lock.
+struct choice {
+  const object_value_class* of_class = nullptr;
+  std::uint64_t flags = 0;
+  PyTypeObject* type = nullptr;
+};
+constinit std::array<choice, 256> recent_choices{};
+
+choice& recent_choice_of(const object_value_class& of_class) noexcept {
+  return recent_choices[(std::bit_cast<std::uintptr_t>(&of_class) >> 5) % recent_choices.size()];
+}
+
+}  // namespace
+
+PyTypeObject* wrapper_type_of(const Class_Generic& of) {
+  object_value_class& of_class = of.object();
+  choice& recent = recent_choice_of(of_class);
+  const std::uint64_t flags = of_class.flags();
+  if (recent.of_class == &of_class && recent.flags == flags) [[likely]] {
+    return recent.type;
+  }
+  PyTypeObject* type = has_type_of_its_own(of_class) ? class_type_of(of_class) : shared_type_of(flags);
+  if (type != nullptr) {
+    recent_choice_of(of_class) = {&of_class, flags, type};
+  }
+  return type;
+}
+
+}  // namespace ling::cpython

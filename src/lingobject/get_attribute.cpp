@@ -1,0 +1,169 @@
+// Reading attributes: from a name to a field, a property's value or a bound method.
+//
+// Members of classes are borrowed from the class's member table, which keeps for ever what it once held; only members
+// of the object alone are counted.
+#include "ling/instance.h"
+#include "ling/property.h"
+#include "ling/reflection.h"
+#include "lingobject/attribute_name.h"
+#include "lingobject/ling_object.h"
+#include "lingobject/members.h"
+#include "lingobject/special_names.h"
+
+namespace ling::cpython {
+
+namespace {
+
+object_value_class& class_in(const Any& value) {
+  return value.empty() ? raw_class_of(value).object() : value.get()->object_class();
+}
+
+const object_value_instance* instance_in(const Any& value) {
+  return value.has(object_traits::instance) ? static_cast<const object_value_instance*>(value.get()) : nullptr;
+}
+
+slot_result read_property(const Any& property, const Any& value) {
+  const auto& declared = static_cast<const object_value_property&>(*property.get());
+  const recursion_guard guard;
+  if (!guard) {
+    return slot_result::raised();
+  }
+  return declared.getter().object().call({&value, declared.getter_is_independent() ? 0u : 1u});
+}
+
+// Overloads that take no receiver stay as they are among those that get one.
+slot_result bind_overloads(const object_value_multimethod& method, const Any& value) {
+  std::vector<I_Callable_Generic> overloads;
+  for (const I_Callable_Generic& overload : method.overloads()) {
+    overloads.push_back(overload.isIndependent() ? overload : overload.bindInstance(value));
+  }
+  return make<object_value_multimethod>(method.name(), std::move(overloads));
+}
+
+// Steps of the lookup; each answers with nothing when it has nothing under the name.
+
+// For classes that take over member access, whose answers only the runtime can tell.
+slot_result read_through_runtime(const Any& value, const name_entry& name) {
+  if (const auto property = property_of(value, meta_property_untyped(name))) {
+    return read_property(property, value);
+  }
+  const auto method = method_of(value, meta_method_untyped(name));
+  return method ? bind_method(method, value) : slot_result::absent();
+}
+
+slot_result read_object_or_class(const Any& value, const class_member* member, const name_entry& name) {
+  const object_value_instance* instance = instance_in(value);
+  if (instance != nullptr) {
+    if (const Any own = instance->own_property(name); !own.empty()) {
+      return read_property(own, value);
+    }
+  }
+  if (member != nullptr && !member->property.empty()) {
+    return read_property(member->property, value);
+  }
+  if (instance != nullptr) {
+    if (const Any own = instance->own_method(name); !own.empty()) {
+      return bind_method(own, value);
+    }
+  }
+  return member != nullptr && !member->method.empty() ? bind_method(member->method, value) : slot_result::absent();
+}
+
+// What a class offers to its instances and through its name.
+slot_result read_defined(const Any& value, const name_entry& name) {
+  const class_member* member = static_cast<const object_value_class&>(*value.get()).find_member(name);
+  if (member != nullptr && !member->property.empty()) {
+    return read_property(member->property, value);
+  }
+  return member != nullptr && !member->method.empty() ? slot_result(member->method) : slot_result::absent();
+}
+
+// A lazy value is not forced for what can be had without.
+slot_result read_computed(const Any& value, const name_entry& name) {
+  if (const auto property = raw_property_of(value, meta_property_untyped(name))) {
+    return read_property(property, value);
+  }
+  const auto method = raw_method_of(value, meta_method_untyped(name));
+  return method ? slot_result(method.value().bindInstance(value)) : slot_result::absent();
+}
+
+constexpr std::uint64_t takes_over_members = class_flags::dynamic_members | class_flags::member_access;
+
+slot_result read_member(const Any& value, const name_entry& name) {
+  if (value.type() == ObjectType::Computed) {
+    return read_computed(value, name);
+  }
+  const object_value_class& of_class = class_in(value);
+  const class_member* member = of_class.find_member(name);
+  if (member != nullptr && member->field != nullptr) {
+    if (const object_value_instance* instance = instance_in(value)) {
+      return instance->field(member->field_index);
+    }
+  }
+  slot_result found = of_class.has_flag(takes_over_members) ? read_through_runtime(value, name)
+                                                            : read_object_or_class(value, member, name);
+  if (found.is_absent() && value.type() == ObjectType::Class) {
+    return read_defined(value, name);
+  }
+  return found;
+}
+
+slot_result error_no_attribute(const Any& value, std::string_view name) {
+  return slot_result::exception(PyExc_AttributeError,
+                                String("'{}' object has no attribute '{}'").arg(qualname(class_of(value)), name));
+}
+
+slot_result read_attribute(const Any& value, const name_entry& name) {
+  slot_result found = read_member(value, name);
+  return found.is_absent() ? error_no_attribute(value, name.text) : std::move(found);
+}
+
+slot_result read_unknown(const Any& value, PyObject* name) {
+  const utf8_text text(name);
+  if (!text) {
+    return slot_result::raised();
+  }
+  return class_in(value).has_flag(takes_over_members) ? read_attribute(value, internal::intern(text.view()))
+                                                      : error_no_attribute(value, text.view());
+}
+
+}  // namespace
+
+slot_result bind_method(const Any& method, const Any& value) {
+  const auto& callable = static_cast<const object_value_callable&>(*method.get());
+  if (callable.is_independent()) {
+    return method;
+  }
+  if (callable.type() == ObjectType::Multimethod) {
+    return bind_overloads(static_cast<const object_value_multimethod&>(callable), value);
+  }
+  return wrap_locked(make<object_value_bound>(I_Callable_Generic::unchecked(method), value));
+}
+
+slot_result get_attribute(const Any& value, PyObject* name) {
+  const attribute_name known = attribute_name_of(name);
+  switch (known.meaning) {
+    case attribute_name::kind::member:
+      return read_attribute(value, *known.entry);
+    case attribute_name::kind::unknown:
+      return read_unknown(value, name);
+    case attribute_name::kind::special:
+      return known.special->read(value);
+    case attribute_name::kind::hidden:
+      return slot_result::absent();
+    case attribute_name::kind::invalid:
+      break;
+  }
+  return slot_result::raised();
+}
+
+slot_result get_property(const Any& value, const name_entry* name) {
+  if (name == nullptr || name->text.empty()) {
+    return slot_result::exception(PyExc_AttributeError, "Invalid Ling property name.");
+  }
+  const auto property = property_of(value, meta_property_untyped(*name));
+  return property ? read_property(property, value)
+                  : slot_result::exception(PyExc_AttributeError, String("Attribute not found: {}.").arg(name->text));
+}
+
+}  // namespace ling::cpython

@@ -1,0 +1,40 @@
+// Iterating over a wrapped value.
+#include "lingobject/iteration.h"
+
+#include "ling/interfaces.h"
+#include "ling/reflection.h"
+
+namespace ling::cpython {
+
+slot_result iterate(const Any& value, PyObject* wrapper) {
+  if (I_Iterable_Generic::matches(value.get())) {
+    return borrowed<I_Iterable_Generic>(value)->iter();
+  }
+  // Python iterates over an iterator by asking it for one.
+  if (I_Iterator_Generic::matches(value.get())) {
+    return PyObjectPtr::share(wrapper);
+  }
+  return slot_result::exception(PyExc_TypeError,
+                                String("'{}' object is not iterable.").arg(display_text(class_of(value))));
+}
+
+slot_result next_item(const Any& value) {
+  if (!I_Iterator_Generic::matches(value.get())) {
+    return slot_result::exception(PyExc_TypeError,
+                                  String("'{}' object is not an iterator.").arg(display_text(class_of(value))));
+  }
+  Any item = borrowed<I_Iterator_Generic>(value)->next();
+  if (item.has(object_traits::lazy)) [[unlikely]] {
+    item = internal::unwrap(item);
+  }
+  if (!is_error_result(item)) [[likely]] {
+    return item;
+  }
+  if (StopIteration::matches(item.get())) {
+    return slot_result::absent();
+  }
+  const Error error = Error::unchecked(std::move(item));
+  return runtime_error(error, error.message());
+}
+
+}  // namespace ling::cpython

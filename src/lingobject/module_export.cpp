@@ -1,0 +1,152 @@
+// Host modules as Python modules.
+#include "lingobject/module_export.h"
+
+#include "bridge/convert.h"
+#include "ling/interfaces.h"
+#include "ling/module.h"
+#include "ling/reflection.h"
+#include "lingobject/attribute_name.h"
+#include "lingobject/slots.h"
+
+#include <string_view>
+
+namespace ling::cpython {
+
+namespace {
+
+constexpr std::string_view root_module = "ling";
+
+bool is_claimed(std::string_view name) noexcept {
+  return name.starts_with(root_module) && (name.size() == root_module.size() || name[root_module.size()] == '.');
+}
+
+const char* kept_text(const String& text) {
+  // The module definition points to the text for ever, so the String is never released.
+  return static_cast<const object_value_string*>(Any(text).detach())->data();
+}
+
+PyObjectPtr make_module(const Module& module) {
+  // Python 3.12 and later take objects with a count this large for immortal, earlier ones never get down to zero.
+  constexpr Py_ssize_t immortal_count = 0xFFFFFFFF;
+  constexpr int api_version = 1013;
+  // Lives for ever, as the module may.
+  auto* definition = new PyModuleDef{};
+  Py_SET_REFCNT(reinterpret_cast<PyObject*>(definition), immortal_count);
+  definition->m_name = kept_text(module.name());
+  definition->m_doc = kept_text(module.doc());
+  definition->m_size = -1;
+  return PyObjectPtr(PyModule_Create2(definition, api_version));
+}
+
+// The pending exception as a warning that the member is missing. False when it is to be raised: it ends more than an
+// import, or warnings are errors.
+bool warn_left_out(const String& module, std::string_view member) {
+  if (PyErr_ExceptionMatches(PyExc_Exception) == 0) {
+    return false;
+  }
+  PyObject *type, *value, *traceback;
+  PyErr_Fetch(&type, &value, &traceback);
+  PyErr_NormalizeException(&type, &value, &traceback);
+  const PyObjectPtr held_type(type);
+  const PyObjectPtr held_value(value);
+  const PyObjectPtr held_traceback(traceback);
+  return PyErr_WarnFormat(PyExc_RuntimeWarning, 1, "The member '%s' of the module '%s' is left out: %S",
+                          String(member).c_str(), module.c_str(), value) == 0;
+}
+
+// Puts members into the module's dictionary under their names; later ones replace earlier ones.
+class module_filler {
+ public:
+  module_filler(const Module& module, PyObject* dictionary) : module_(module), dictionary_(dictionary) {}
+
+  bool add_all(const HashMap_Generic& members) {
+    for (const auto& [name, member] : members.copyPairs()) {
+      if (!add(String::unchecked(name).view(), member)) {
+        return false;
+      }
+    }
+    return true;
+  }
+  bool add_property(std::string_view name, const Any& property) {
+    // Names with an at sign are notes that the host keeps for itself.
+    if (name.empty() || name.front() == '@') {
+      return true;
+    }
+    return add(name, Property::unchecked(property).read(module_));
+  }
+
+ private:
+  bool add(std::string_view name, const Any& member) {
+    const PyObjectPtr key = to_python_locked(Any(name));
+    const PyObjectPtr value = key ? to_python_locked(member) : PyObjectPtr();
+    if (!value) {
+      return key && warn_left_out(module_.name(), name);
+    }
+    return PyDict_SetItem(dictionary_, key.get(), value.get()) == 0;
+  }
+
+  const Module& module_;
+  PyObject* const dictionary_;
+};
+
+bool fill_module(const Module& module, PyObject* dictionary) {
+  module_filler filler(module, dictionary);
+  if (!filler.add_all(module.callables()) || !filler.add_all(module.classes())) {
+    return false;
+  }
+  const object_value_class& every_module = Module::getClass().object();
+  for (const class_member* member : class_of(module).definedProperties()) {
+    const class_member* general = every_module.find_member(*member->name);
+    const bool is_general = general != nullptr && !general->property.empty();
+    if (!is_general && !filler.add_property(member->name->text, member->property)) {
+      return false;
+    }
+  }
+  for (const auto& [name, property] : own_properties_of(module).copyPairs()) {
+    if (!filler.add_property(String::unchecked(name).view(), property)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+PyObjectPtr export_ling_module(const String& name) {
+  const auto found = find_module(name);
+  if (!found) {
+    PyErr_SetString(PyExc_RuntimeError, "[export_ling_module] Unable to import the module.");
+    return {};
+  }
+  PyObjectPtr module = make_module(found.value());
+  if (!module || !fill_module(found.value(), PyModule_GetDict(module.get()))) {
+    return {};
+  }
+  return module;
+}
+
+PyObject* has_ling_module(PyObject*, PyObject* name) {
+  return guarded<PyObject*>(nullptr, [&]() -> PyObject* {
+    if (!PyUnicode_Check(name)) {
+      return PyBool_FromLong(0);
+    }
+    const utf8_text text(name);
+    if (!text) {
+      return nullptr;
+    }
+    return PyBool_FromLong(is_claimed(text.view()) && find_module(text.view()).has_value() ? 1 : 0);
+  });
+}
+
+PyObject* create_ling_module(PyObject*, PyObject* name) {
+  return guarded<PyObject*>(nullptr, [&]() -> PyObject* {
+    if (!PyUnicode_Check(name)) {
+      PyErr_SetString(PyExc_TypeError, "Ling module name must be a string.");
+      return nullptr;
+    }
+    const utf8_text text(name);
+    return text ? export_ling_module(text.view()).release() : nullptr;
+  });
+}
+
+}  // namespace ling::cpython

@@ -1,0 +1,96 @@
+// Writing and deleting attributes.
+#include "ling/instance.h"
+#include "ling/property.h"
+#include "ling/reflection.h"
+#include "lingobject/attribute_name.h"
+#include "lingobject/members.h"
+
+namespace ling::cpython {
+
+namespace {
+
+// What is wrong when the host refuses a value; the texts differ by who refused.
+slot_result checked(const Any& outcome, const char* text, const name_entry& name) {
+  if (!is_error_result(outcome)) {
+    return outcome;
+  }
+  const Error error = Error::unchecked(outcome);
+  return runtime_error(error, String(text).arg(name.text, error.message()));
+}
+
+slot_result error_read_only(const name_entry& name) {
+  return slot_result::exception(PyExc_RuntimeError, String("Read-only attribute: {}.").arg(name.text));
+}
+
+slot_result error_not_deletable(const name_entry& name) {
+  return slot_result::exception(PyExc_AttributeError, String("Attribute cannot be deleted: {}.").arg(name.text));
+}
+
+slot_result write_member(const Any& value, const name_entry& name, const Any& new_value) {
+  const recursion_guard guard;
+  if (!guard) {
+    return slot_result::raised();
+  }
+  const meta_property_untyped property_name(name);
+  if (const auto property = property_of(value, property_name); property && property.value().hasSetter()) {
+    return checked(property.value().write(value, new_value), "{}: {}.", name);
+  }
+  const class_member* member = class_of(value).object().find_member(name);
+  if (member != nullptr && !member->property.empty()) {
+    return error_read_only(name);
+  }
+  if (member != nullptr && member->field != nullptr) {
+    return checked(value.setFieldValue(meta_field_untyped(name), new_value), "{}: {}", name);
+  }
+  return checked(insert_property_value(value, property_name, new_value), "{}: {}", name);
+}
+
+// Only what was added to the object itself can be taken away from it.
+slot_result delete_member(const Any& value, const name_entry& name) {
+  if (raw_method_of(value, Any::__removeProperty__)) {
+    const Any arguments[] = {internal::name_string(name)};
+    return checked(call_method(value, Any::__removeProperty__, arguments), "{}: {}", name);
+  }
+  if (value.has(object_traits::instance)) {
+    auto& instance = static_cast<object_value_instance&>(*value.get());
+    if (instance.remove_own_property(name) || instance.remove_own_method(name)) {
+      return Any();
+    }
+  }
+  return error_not_deletable(name);
+}
+
+}  // namespace
+
+slot_result set_attribute(const Any& value, PyObject* name, PyObject* new_value) {
+  const name_entry* entry = member_name_of(name);
+  if (entry == nullptr) {
+    return slot_result::raised();
+  }
+  return new_value == nullptr ? delete_member(value, *entry)
+                              : write_member(value, *entry, from_python_locked(new_value));
+}
+
+slot_result set_property(const Any& value, const name_entry* name, PyObject* new_value) {
+  if (name == nullptr || name->text.empty()) {
+    return slot_result::exception(PyExc_AttributeError, "Invalid Ling property name.");
+  }
+  const auto property = property_of(value, meta_property_untyped(*name));
+  if (!property) {
+    return slot_result::exception(PyExc_AttributeError, String("Attribute not found: {}.").arg(name->text));
+  }
+  if (new_value == nullptr) {
+    return error_not_deletable(*name);
+  }
+  if (!property.value().hasSetter()) {
+    return error_read_only(*name);
+  }
+  const Any outcome = property.value().write(value, from_python_locked(new_value));
+  if (!is_error_result(outcome)) {
+    return outcome;
+  }
+  const Error error = Error::unchecked(outcome);
+  return runtime_error(error, error.message());
+}
+
+}  // namespace ling::cpython

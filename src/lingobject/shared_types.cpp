@@ -1,0 +1,99 @@
+// The five wrapper types for values of classes that nobody declares, and what tells them apart.
+#include "lingobject/call.h"
+#include "lingobject/iteration.h"
+#include "lingobject/members.h"
+#include "lingobject/text.h"
+#include "lingobject/type_objects.h"
+
+#include <array>
+#include <atomic>
+#include <memory>
+
+namespace ling::cpython {
+
+namespace {
+
+// One row per combination of flags that matters. The first row whose tested flags have the wanted values counts.
+struct shared_row {
+  std::uint64_t tested;
+  std::uint64_t wanted;
+  ternaryfunc call;
+  sequence_methods* sequence;
+  mapping_methods* mapping;
+};
+
+using namespace class_flags;
+constexpr std::uint64_t all = callable | collection | sequence;
+constexpr shared_row shared_rows[] = {
+    {callable, callable,              call_slot<call>, nullptr, nullptr},
+    {all,      0,                     nullptr,         nullptr, nullptr},
+    {all,      class_flags::sequence, nullptr,         nullptr, nullptr},
+    {all,      collection,            nullptr,         nullptr, nullptr},
+    {all,      collection | sequence, nullptr,         nullptr, nullptr},
+};
+constexpr std::size_t callable_row = 0;
+
+constexpr std::size_t row_of(std::uint64_t flags) {
+  std::size_t i = 0;
+  while ((flags & shared_rows[i].tested) != shared_rows[i].wanted) {
+    ++i;
+  }
+  return i;
+}
+// Every combination has a row, or this does not compile.
+static_assert(row_of(all) == callable_row && row_of(0) == 1 && row_of(class_flags::sequence) == 2 &&
+              row_of(collection) == 3 && row_of(collection | class_flags::sequence) == 4);
+
+// Each is made on first need; two threads may both make it, the first to finish decides.
+constinit std::array<std::atomic<PyTypeObject*>, std::size(shared_rows)> shared_types{};
+
+PyTypeObject* make_shared_type(std::size_t row) {
+  // Never freed, not even the one that came too late: an instance may exist already.
+  auto* type = new type_object{};
+  fill_common_slots(*type);
+  type->tp_name = shared_type_name;
+  type->tp_doc = "Wrapper around of a Ling object";
+  type->tp_call = shared_rows[row].call;
+  type->tp_as_sequence = shared_rows[row].sequence;
+  type->tp_as_mapping = shared_rows[row].mapping;
+  if (PyType_Ready(type_of_layout(*type)) != 0) {
+    return nullptr;
+  }
+  PyTypeObject* first = nullptr;
+  return shared_types[row].compare_exchange_strong(first, type_of_layout(*type)) ? type_of_layout(*type) : first;
+}
+
+PyTypeObject* shared_type(std::size_t row) {
+  PyTypeObject* made = shared_types[row].load(std::memory_order_acquire);
+  return made != nullptr ? made : make_shared_type(row);
+}
+
+}  // namespace
+
+void fill_common_slots(type_object& type) {
+  // One reference more than the owner's, so that nobody can release the last one.
+  Py_SET_REFCNT(reinterpret_cast<PyObject*>(&type), 2);
+  type.tp_basicsize = sizeof(wrapper_object);
+  type.tp_dealloc = wrapper_dealloc;
+  type.tp_repr = unary_slot<code_text>;
+  type.tp_str = unary_slot<plain_text>;
+  type.tp_hash = hash_slot<hash>;
+  type.tp_getattro = attribute_slot<get_attribute>;
+  type.tp_setattro = set_attribute_slot<set_attribute>;
+  type.tp_richcompare = compare_slot<compare>;
+  type.tp_iter = unary_slot<iterate>;
+  type.tp_iternext = next_slot<next_item>;
+}
+
+void fill_slots_of_class(type_object& type, const object_value_class& of_class) {
+  const shared_row& row = shared_rows[row_of(of_class.flags() & ~callable)];
+  type.tp_call = shared_rows[callable_row].call;
+  type.tp_as_sequence = row.sequence;
+  type.tp_as_mapping = row.mapping;
+}
+
+PyTypeObject* shared_type_of(std::uint64_t class_flags) { return shared_type(row_of(class_flags)); }
+
+PyTypeObject* shared_callable_type() { return shared_type(callable_row); }
+
+}  // namespace ling::cpython

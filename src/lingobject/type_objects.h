@@ -1,0 +1,19 @@
+// The type objects of wrappers.
+#pragma once
+
+#include "extension/type_layout.h"
+#include "ling/class.h"
+
+namespace ling::cpython {
+
+// Fills the slots that all wrapper types have in common.
+void fill_common_slots(type_object& type);
+// Fills the slots that depend on what the instances of a class can do.
+void fill_slots_of_class(type_object& type, const object_value_class& of_class);
+
+// The shared type for classes with these flags. Null with an exception set when it cannot be made.
+PyTypeObject* shared_type_of(std::uint64_t class_flags);
+// The base of all types made for one class.
+PyTypeObject* shared_callable_type();
+
+}  // namespace ling::cpython
