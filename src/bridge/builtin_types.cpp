@@ -64,7 +64,11 @@ PyObject* python_type_of(const Type& type) {
       return as_object(row.type);
     }
   }
-  return as_object(wrapper_type_of(of_class.value()));
+  if (PyTypeObject* wrapper_type = wrapper_type_of(of_class.value())) {
+    return as_object(wrapper_type);
+  }
+  PyErr_Clear();
+  return as_object(&PyBaseObject_Type);
 }
 
 }  // namespace ling::cpython

@@ -104,7 +104,7 @@ PyObjectPtr make_exception(PyObject* type, const Error& error) {
   const PyObjectPtr no_arguments(PyTuple_New(0));
   PyObjectPtr instance(no_arguments ? PyObject_Call(type, no_arguments.get(), nullptr) : nullptr);
   if (instance) {
-    const PyObjectPtr carried = wrap(error);
+    const PyObjectPtr carried = wrap_locked(error);
     if (carried) {
       PyObject_SetAttrString(instance.get(), "ling", carried.get());
     }

@@ -82,7 +82,7 @@ PyObjectPtr instance_to_python(const Any& value) {
     return {};
   }
   // 8. Everything else arrives as the object it is.
-  return wrap(value);
+  return wrap_locked(value);
 }
 
 PyObjectPtr convert(const Any& value, int depth) {
@@ -112,7 +112,7 @@ PyObjectPtr convert(const Any& value, int depth) {
     case ObjectType::Instance:
       return instance_to_python(value);
     default:
-      return wrap(value);
+      return wrap_locked(value);
   }
 }
 
