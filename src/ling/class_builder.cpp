@@ -212,18 +212,21 @@ Result<None> register_finished_classes() {
 
 }  // namespace
 
+Result<Class_Generic> class_definition_base::run_description(String& module) const {
+  try {
+    const description_scope scope(*this);
+    return describe_(*this, module);
+  } catch (...) {
+    return Error::fromCurrentException();
+  }
+}
+
 Result<Class_Generic> class_definition_base::build() const {
   if (is_running(*this)) {
     return Error(String("Recursive call detected while initializing class: {}").arg(name_));
   }
-  Result<Class_Generic> described = Error::unknown();
   String module;
-  try {
-    const description_scope scope(*this);
-    described = describe_(*this, module);
-  } catch (...) {
-    return Error::fromCurrentException();
-  }
+  const auto described = run_description(module);
   const Class_Generic finished = TRY(described);
   object_value_class* built = nullptr;
   if (!built_.compare_exchange_strong(built, &finished.object(), std::memory_order_acq_rel)) {

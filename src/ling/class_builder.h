@@ -241,6 +241,7 @@ class LING_API class_definition_base {
   ~class_definition_base() = default;
 
  private:
+  Result<Class_Generic> run_description(String& module) const;
   Result<Class_Generic> build() const;
   object_value_class& build_required() const;
 
