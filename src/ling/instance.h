@@ -46,6 +46,9 @@ class LING_API object_value_instance : public object_value {
   HashMap_Generic own_methods() const;
 
  protected:
+  // For objects that exist while their class is being described: the derived class answers `object_class`.
+  explicit object_value_instance(object_traits traits) noexcept
+      : object_value(traits | object_traits::instance), class_(nullptr) {}
   ~object_value_instance() override;
 
   mutable spinlock lock_;

@@ -18,11 +18,13 @@ constinit const class_definition<Property> internal::property_class("Property", 
 });
 
 object_value_property::object_value_property(I_Callable_Generic getter, Any setter, String doc)
-    : object_value_instance(internal::property_class.required()),
+    : object_value_instance(object_traits::none),
       getter_(std::move(getter)),
       setter_(std::move(setter)),
       doc_(std::move(doc)),
       getter_is_independent_(getter_.isIndependent()) {}
+
+object_value_class& object_value_property::object_class() const { return internal::property_class.required(); }
 
 bool Property::matches(const object_value* object) noexcept { return internal::is_handle_object(object, internal::property_class); }
 Class_Generic Property::getClass() { return internal::property_class.required(); }

@@ -11,6 +11,7 @@ namespace ling {
 class LING_API object_value_property final : public object_value_instance {
  public:
   object_value_property(I_Callable_Generic getter, Any setter, String doc);
+  object_value_class& object_class() const override;
   const I_Callable_Generic& getter() const noexcept { return getter_; }
   const Any& setter() const noexcept { return setter_; }  // empty: read-only
   const String& doc() const noexcept { return doc_; }
