@@ -1,0 +1,18 @@
+// The commands: each returns the exit status of the process.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/python_session.h"
+
+namespace ling::host {
+
+// Runs a Python file as the program; the file is the first argument.
+int run_file(const session_options& options, const std::vector<std::string>& arguments);
+// Prints the value of an expression.
+int evaluate_expression(const session_options& options, const std::string& expression);
+// Runs code as the body of a function; prints what it returns unless that is None.
+int execute_code(const session_options& options, const std::string& code);
+
+}  // namespace ling::host

@@ -1,0 +1,93 @@
+// ling: a small host that runs Python inside the runtime.
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "host/commands.h"
+#include "host/platform.h"
+
+namespace {
+
+using ling::host::session_options;
+
+// The command line while it is being read.
+struct command_line {
+  session_options options;
+  std::string text;  // of `eval` and `exec`
+};
+
+CLI::App* add_run(CLI::App& app) {
+  CLI::App* run = app.add_subcommand("run", "Run a Python file: ling run FILE [ARG...]");
+  // Everything from FILE on belongs to the program, whatever it looks like.
+  run->prefix_command();
+  run->footer(
+      "FILE is the program, each ARG an argument for it, as with python3. The exit status is that\n"
+      "of the program: 0 on success, 1 when it failed, with a traceback on standard error.");
+  return run;
+}
+
+CLI::App* add_text_command(CLI::App& app, const char* name, const char* what, const char* text_name,
+                           std::string& text) {
+  CLI::App* command = app.add_subcommand(name, what);
+  command->add_option(text_name, text, std::string("The ") + text_name + " to evaluate")->required();
+  return command;
+}
+
+// The program's arguments, or nothing when they are no program's.
+std::vector<std::string> program_of(const CLI::App& run) {
+  std::vector<std::string> arguments = run.remaining();
+  if (arguments.empty()) {
+    throw CLI::RequiredError("FILE");
+  }
+  if (arguments.front().starts_with("-")) {
+    throw CLI::ExtrasError(run.get_name(), {arguments.front()});
+  }
+  return arguments;
+}
+
+int run_command(int argc, char** argv) {
+  command_line given;
+  given.options.module_file = (ling::host::program_directory(argv[0]) / CORVANTIS_MODULE_PATH).lexically_normal().string();
+
+  CLI::App app("Runs and evaluates Python inside the object runtime ling.", "ling");
+  app.set_version_flag("--version", "ling " LING_VERSION, "Print the version and exit");
+  app.set_help_flag("-h,--help", "Print this help and exit");
+  app.add_option("--load", given.options.plug_ins, "Load this plug-in first (repeatable)")
+      ->type_name("FILE")
+      ->expected(1)
+      ->take_all()
+      ->check(CLI::ExistingFile);
+  app.add_option("--module", given.options.module_file, "The language module's file")
+      ->type_name("FILE")
+      ->check(CLI::ExistingFile);
+  app.require_subcommand(1);
+  app.footer("ling COMMAND --help says more about a command.");
+
+  const CLI::App* run = add_run(app);
+  const CLI::App* eval =
+      add_text_command(app, "eval", "Print the value of a Python expression", "EXPR", given.text);
+  const CLI::App* exec =
+      add_text_command(app, "exec", "Run code as the body of a function and print what it returns", "CODE", given.text);
+
+  try {
+    app.parse(argc, argv);
+    if (run->parsed()) {
+      return ling::host::run_file(given.options, program_of(*run));
+    }
+    if (eval->parsed()) {
+      return ling::host::evaluate_expression(given.options, given.text);
+    }
+    return exec->parsed() ? ling::host::execute_code(given.options, given.text) : ling::host::wrong_usage;
+  } catch (const CLI::ParseError& error) {
+    // Help and version come this way, too.
+    return app.exit(error) == 0 ? ling::host::success : ling::host::wrong_usage;
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  ling::host::prepare_locale();
+  return run_command(argc, argv);
+}
