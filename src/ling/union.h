@@ -74,6 +74,8 @@ class [[nodiscard]] Union : public Any {
   bool has_value() const noexcept {
     if constexpr (std::same_as<value_type, Any> || std::same_as<value_type, None>) {
       return !is_error() && !is_lazy();
+    } else if constexpr (std::is_base_of_v<Error, value_type>) {
+      return is_error();  // Union<Error, None>: the error is what was asked for
     } else {
       return !is_error() && !is_lazy() && !is_none(*this);
     }
