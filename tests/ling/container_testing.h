@@ -1,0 +1,85 @@
+// What the tests of containers share: calls by name as scripts make them, and instances that act up while they are
+// compared or destroyed.
+#pragma once
+
+#include "ling/ling.h"
+
+#include <gtest/gtest.h>
+
+#include <barrier>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace ling::testing {
+
+template <class... Arguments>
+Any call(const Any& value, std::string_view method, const Arguments&... arguments) {
+  const Any row[] = {Any(arguments)..., Any()};
+  return call_method(value, meta_method_untyped(method), std::span<const Any>(row, sizeof...(Arguments)));
+}
+
+inline Any property(const Any& value, std::string_view name) {
+  return value.propertyValue(meta_property_untyped(name));
+}
+
+template <class... Arguments>
+Any construct(const Class_Generic& of_class, const Arguments&... arguments) {
+  return static_cast<const I_Callable_Generic&>(of_class)(arguments...);
+}
+
+inline std::string text(const Any& value) { return std::string(display_text(value).view()); }
+
+// The message of an Error; for any other value its text, so that a failing expectation says what came instead.
+inline std::string message(const Any& value) {
+  return is_error_result(value) ? std::string(Error::unchecked(value).message().view()) : "no error: " + text(value);
+}
+
+// A value whose behaviour is C++ functions; its hash is always the same, so that keys of it meet in the table, and that
+// of no other value in these tests.
+struct Actor {
+  std::function<Any(const Any& other)> compare = [](const Any&) -> Any { return Undefined(); };
+  std::function<void()> destroy = [] {};
+
+  Actor() = default;
+  explicit Actor(std::function<Any(const Any&)> compare_function) : compare(std::move(compare_function)) {}
+  Actor(Actor&& other) noexcept
+      : compare(std::exchange(other.compare, {})), destroy(std::exchange(other.destroy, [] {})) {}
+  ~Actor() { destroy(); }
+};
+
+inline constinit const class_definition<Actor> actor_class("Actor", [](class_builder<Actor>& c) {
+  c.module("test.containers")
+      .parent(I_Immutable::getClass())
+      .method(Any::__hash__, "", [](const Actor&) { return 1234567890; })
+      .method(Any::__compare__, "other", [](const Actor& self, const Any& other) { return self.compare(other); });
+});
+
+inline Any make_actor(std::function<Any(const Any&)> compare) {
+  return make<object_value_native<Actor>>(actor_class.required(), std::move(compare));
+}
+inline Any make_mortal(std::function<void()> destroy) {
+  Any value = make<object_value_native<Actor>>(actor_class.required());
+  native_cast<Actor>(value)->destroy = std::move(destroy);
+  return value;
+}
+
+// Runs `work(thread number)` on eight threads that start at once.
+template <class Work>
+void on_eight_threads(Work work) {
+  constexpr int count = 8;
+  std::barrier start(count);
+  std::vector<std::thread> threads;
+  for (int i = 0; i < count; ++i) {
+    threads.emplace_back([&, i] {
+      start.arrive_and_wait();
+      work(i);
+    });
+  }
+  for (std::thread& each : threads) {
+    each.join();
+  }
+}
+
+}  // namespace ling::testing

@@ -1,0 +1,145 @@
+// Containers that eight threads use at once.
+#include "ling/container_testing.h"
+
+#include <atomic>
+
+namespace {
+
+using namespace ling;
+using namespace ling::testing;
+
+constexpr int rounds = 500;
+
+TEST(ContainerThreads, LoseNothingThatIsAppended) {
+  const List_Generic list;
+  on_eight_threads([&](int thread) {
+    for (int i = 0; i < rounds; ++i) {
+      list.append(thread * rounds + i);
+    }
+  });
+  EXPECT_EQ(construct(HashSet_Generic::getClass(), list).type(), ObjectType::HashSet);
+  EXPECT_EQ(HashSet_Generic::unchecked(construct(HashSet_Generic::getClass(), list)).length(), 8u * rounds);
+}
+
+TEST(ContainerThreads, GiveEveryItemToOneThread) {
+  const List_Generic list;
+  for (int i = 0; i < 8 * rounds; ++i) {
+    list.append(2000 + i);  // beyond the shared integers: every item is an object that can be lost or freed twice
+  }
+  const auto iterator = I_Iterable_Generic::unchecked(list).iter().value();
+  std::atomic<std::int64_t> popped = 0;
+  std::atomic<std::int64_t> iterated = 0;
+  on_eight_threads([&](int) {
+    for (Any item = iterator.next(); !is_error_result(item); item = iterator.next()) {
+      iterated += Integer::unchecked(item).value();
+    }
+    for (Any item = list.object().pop(-1); !is_error_result(item); item = list.object().pop(-1)) {
+      popped += Integer::unchecked(item).value();
+    }
+  });
+  const std::int64_t sum = std::int64_t{8 * rounds} * (2000 + 2000 + 8 * rounds - 1) / 2;
+  EXPECT_EQ(popped, sum);
+  EXPECT_EQ(iterated, sum);
+}
+
+TEST(ContainerThreads, MayDoAnythingToAListAtOnce) {
+  const List_Generic list{1, 2, 3};
+  const auto sequence = I_MutableSequence_Generic::unchecked(list);
+  on_eight_threads([&](int thread) {
+    for (int i = 0; i < rounds; ++i) {
+      switch ((thread + i) % 8) {
+        case 0:
+          list.append(String("item {}").arg(i));
+          break;
+        case 1:
+          list.set(-1, Tuple_Generic{i});
+          break;
+        case 2:
+          list.object().pop(0);
+          break;
+        case 3:
+          EXPECT_FALSE(sequence.toList().is_error());
+          break;
+        case 4:
+          EXPECT_FALSE(sequence.contains(Tuple_Generic{i - 1}).is_error());
+          break;
+        case 5:
+          EXPECT_FALSE(sequence.extend(sequence).is_error() && list.length() > 1000);
+          break;
+        case 6:
+          list.object().reverse();
+          break;
+        case 7:
+          EXPECT_FALSE(sequence.removeOne(Tuple_Generic{i - 6}).is_error());
+          if (list.length() > 100) {
+            list.object().clear();
+          }
+          break;
+      }
+    }
+  });
+}
+
+TEST(ContainerThreads, InsertEveryKeyOnce) {
+  const HashSet_Generic set;
+  std::atomic<int> inserted = 0;
+  std::atomic<int> removed = 0;
+  on_eight_threads([&](int thread) {
+    for (int i = 0; i < rounds; ++i) {
+      inserted += Boolean::unchecked(set.insert(String("key {}").arg((i + thread * 50) % rounds))).value();
+    }
+    EXPECT_FALSE(is_error_result(I_Iterable_Generic::unchecked(set).toList()));
+  });
+  EXPECT_EQ(inserted, rounds);
+  on_eight_threads([&](int) {
+    for (int i = 0; i < rounds; ++i) {
+      removed += set.remove(String("key {}").arg(i));
+    }
+  });
+  EXPECT_EQ(removed, rounds);
+  EXPECT_EQ(set.length(), 0u);
+}
+
+TEST(ContainerThreads, SetGetAndRemoveWhileOthersDo) {
+  const HashMap_Generic map;
+  on_eight_threads([&](int thread) {
+    for (int i = 0; i < rounds; ++i) {
+      const Any key = Tuple_Generic{i % 50, "key"};
+      map.set(key, Tuple_Generic{i % 50, thread});
+      const Any value = map.get(key, None());
+      if (!is_none(value)) {
+        EXPECT_EQ(text(Tuple_Generic::unchecked(value).at(0)), std::to_string(i % 50)) << "another key's value";
+      }
+      map.remove(Tuple_Generic{(i + 25) % 50, "key"});
+      for (const auto& [each, pair] : map.copyPairs()) {
+        EXPECT_TRUE(Tuple_Generic::unchecked(each).at(0).is_same(Tuple_Generic::unchecked(pair).at(0)));
+      }
+    }
+  });
+  EXPECT_LE(map.length(), 50u);
+}
+
+// Comparing one key uses the map the others are waiting for.
+TEST(ContainerThreads, CompareKeysThatUseTheMap) {
+  const HashMap_Generic map;
+  std::vector<Any> keys;
+  for (int i = 0; i < 8; ++i) {
+    keys.push_back(make_actor([&map, i](const Any&) -> Any {
+      map.set(i, map.length());
+      return Ordering(ordering_value::Less);
+    }));
+  }
+  on_eight_threads([&](int thread) {
+    for (int i = 0; i < 50; ++i) {
+      map.set(keys[static_cast<std::size_t>(thread)], thread);
+      map.remove(keys[static_cast<std::size_t>((thread + i) % 8)]);
+    }
+    map.set(keys[static_cast<std::size_t>(thread)], thread);
+  });
+  for (const Any& key : keys) {
+    map.set(key, 1);
+    EXPECT_TRUE(map.contains(key));
+  }
+}
+
+}  // namespace

@@ -1,0 +1,70 @@
+// Tuples, and the packs of variadic arguments.
+#include "ling/container_testing.h"
+
+namespace {
+
+using namespace ling;
+using namespace ling::testing;
+
+TEST(Tuple, AnswersTheMethodsOfScripts) {
+  struct row {
+    const char* method;
+    std::vector<Any> arguments;
+    const char* result;
+  };
+  const row rows[] = {
+      {"at",       {-1},              "\"b\""                                                   },
+      {"at",       {2},               "Index out of range: 2, length: 2."                       },
+      {"at",       {-3},              "Index out of range: -3, length: 2."                      },
+      {"atOr",     {7, 0},            "0"                                                       },
+      {"contains", {1.0},             "true"                                                    },
+      {"indexOf",  {"b"},             "1"                                                       },
+      {"indexOf",  {1, 1},            "-1"                                                      },
+      {"sliced",   {1},               "(\"b\",)"                                                },
+      {"sliced",   {0, -1},           "(1,)"                                                    },
+      {"sliced",   {5, 9},            "()"                                                      },
+      {"concat",   {List_Generic{2}}, "(1, \"b\", 2)"                                           },
+      {"repeat",   {2},               "(1, \"b\", 1, \"b\")"                                    },
+      {"repeat",   {-2},              "()"                                                      },
+      {"repeat",   {INT64_MAX},       "2 items repeated 9223372036854775807 times are too many."},
+      {"toList",   {},                "[1, \"b\"]"                                              },
+  };
+  for (const row& each : rows) {
+    SCOPED_TRACE(each.method);
+    const Any result = call_method(Tuple_Generic{1, "b"}, meta_method_untyped(each.method), each.arguments);
+    EXPECT_EQ(is_error_result(result) ? message(result) : text(Tuple_Generic{result}),
+              is_error_result(result) ? each.result : "(" + std::string(each.result) + ",)");
+  }
+  EXPECT_EQ(text(call(Tuple_Generic(), "repeat", INT64_MAX)), "()");
+}
+
+TEST(Tuple, IsMadeOfAnyIterable) {
+  const Class_Generic tuple = Tuple_Generic::getClass();
+  EXPECT_EQ(text(construct(tuple)), "()");
+  EXPECT_EQ(text(construct(tuple, List_Generic{1, 2})), "(1, 2)");
+  EXPECT_EQ(text(construct(tuple, call(List_Generic{1, 2}, "iter"))), "(1, 2)");
+  EXPECT_EQ(message(construct(tuple, 1)), "Not an iterable: 1 (Integer).");
+}
+
+TEST(Tuple, IsAKeyOnlyWithImmutableItems) {
+  Any deep = 1;
+  Any deep_with_list = List_Generic();
+  for (int i = 0; i < 100000; ++i) {
+    deep = Tuple_Generic{deep};
+    deep_with_list = Tuple_Generic{deep_with_list};
+  }
+  const HashMap_Generic map;
+  EXPECT_FALSE(is_error_result(map.setChecked(deep, 1)));
+  EXPECT_TRUE(map.contains(deep));
+  EXPECT_TRUE(is_error_result(map.setChecked(deep_with_list, 1)));
+}
+
+TEST(Variadic, TakesItsItemsOneByOne) {
+  const Variadic pack = create_ellipsis(2);
+  assign_ellipsis_item(pack, 1, "b");
+  assign_ellipsis_item(pack, 0, 1);
+  EXPECT_EQ(text(pack), "(1, \"b\")");
+  EXPECT_EQ(create_ellipsis(0).length(), 0u);
+}
+
+}  // namespace
