@@ -107,7 +107,6 @@ void report_fault(const ling::I_Callable_Generic& evaluate) {
     fail("the fault was not reported", outcome);
   }
   std::printf("line %d: %s\n", static_cast<int>(error->line().value_or(0)), error->message().c_str());
-  std::printf("%s", error->stack().c_str());
   expect(error->line() == 2, "the fault is in line 2");
 }
 
