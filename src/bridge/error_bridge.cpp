@@ -7,6 +7,7 @@
 #include "bridge/exception_types.h"
 #include "bridge/instance_test.h"
 #include "ling/reflection.h"
+#include "ling/tuple.h"
 #include "lingobject/ling_object.h"
 #include "proxies/cpython_object.h"
 
@@ -48,6 +49,28 @@ Error error_from_interruption(PyObject* instance) {
   error.setStack(exception_traceback_text(instance));
   error.setValue(make_python_object(instance));
   return error;
+}
+
+// The host's error that the exception carries, perhaps inside another exception. When there is none, `carrier` becomes
+// the exception that tells what happened.
+Union<Error, None> carried_error(PyObjectPtr& carrier) {
+  PyObjectPtr outermost = PyObjectPtr::share(carrier.get());
+  for (int i = 0; i < maximum_conversion_depth; ++i) {
+    PyObjectPtr carried(PyObject_GetAttrString(carrier.get(), "ling"));
+    PyErr_Clear();
+    const Any* value = carried ? wrapped_value(carried.get()) : nullptr;
+    if (value != nullptr && is_error_result(*value)) {
+      return Error::unchecked(*value);
+    }
+    // Exceptions made for a class of errors have the attribute even when they carry none; a stranger's attribute of
+    // that name is none of ours.
+    if (!carried || !is_instance(carried.get(), PyExc_Exception)) {
+      return None();
+    }
+    carrier = std::move(carried);
+  }
+  carrier = std::move(outermost);  // they carry each other in a circle
+  return None();
 }
 
 Error error_from_fetched(const fetched_exception& exception) {
@@ -108,6 +131,13 @@ PyObjectPtr make_exception(PyObject* type, const Error& error) {
     if (carried) {
       PyObject_SetAttrString(instance.get(), "ling", carried.get());
     }
+    // Set, not passed on: the constructor of a standard exception may make more of an argument than its text.
+    if (const String message = error.message(); !message.empty()) {
+      const PyObjectPtr arguments = to_python_locked(Tuple_Generic({message}));
+      if (arguments) {
+        PyObject_SetAttrString(instance.get(), "args", arguments.get());
+      }
+    }
   }
   PyErr_Clear();
   return instance;
@@ -142,26 +172,17 @@ Error exception_to_error(int line_shift, int column_shift) {
   const EvaluationError placed(error.message(), {}, position.line, position.column, position.length);
   placed.setStack(error.stack());
   placed.setValue(error.value());
+  // Whoever raised an error of the host's finds that very error again.
+  if (PyObjectPtr carrier = PyObjectPtr::share(exception->value.get()); carrier && carried_error(carrier)) {
+    placed.setCause(std::make_exception_ptr(error));
+  }
   return placed;
 }
 
 Error error_from_exception(PyObjectPtr_Borrowed instance) {
   PyObjectPtr carrier = PyObjectPtr::share(instance);
-  for (int i = 0; i < maximum_conversion_depth; ++i) {
-    PyObjectPtr carried(PyObject_GetAttrString(carrier.get(), "ling"));
-    PyErr_Clear();
-    const Any* value = carried ? wrapped_value(carried.get()) : nullptr;
-    if (value != nullptr && is_error_result(*value)) {
-      return Error::unchecked(*value);
-    }
-    // Exceptions made for a class of errors have the attribute even when they carry none; a stranger's attribute of
-    // that name is none of ours.
-    if (!carried || !is_instance(carried.get(), PyExc_Exception)) {
-      return error_from_texts(carrier.get());
-    }
-    carrier = std::move(carried);
-  }
-  return error_from_texts(instance.get());  // they carry each other in a circle
+  const auto carried = carried_error(carrier);
+  return carried ? carried.value() : error_from_texts(carrier.get());
 }
 
 void raise_error(const Error& error) {

@@ -17,14 +17,27 @@ struct command_line {
   std::string text;  // of `eval` and `exec`
 };
 
+constexpr char run_help[] =
+    R"(Run a Python file.
+Usage: ling run FILE [ARG...]
+
+FILE is the program and each ARG an argument for it, as with python3. The exit status is that of the
+program: 0 on success, 1 when it failed, with a traceback on standard error.
+)";
+
 CLI::App* add_run(CLI::App& app) {
-  CLI::App* run = app.add_subcommand("run", "Run a Python file: ling run FILE [ARG...]");
-  // Everything from FILE on belongs to the program, whatever it looks like.
+  CLI::App* run = app.add_subcommand("run", "Run a Python file");
+  // Everything from FILE on belongs to the program, whatever it looks like; no option can describe that.
   run->prefix_command();
-  run->footer(
-      "FILE is the program, each ARG an argument for it, as with python3. The exit status is that\n"
-      "of the program: 0 on success, 1 when it failed, with a traceback on standard error.");
+  run->formatter_fn([](const CLI::App*, std::string, CLI::AppFormatMode) { return std::string(run_help); });
   return run;
+}
+
+void add_file_option(CLI::App& app, const char* name, const char* what, auto& value) {
+  app.add_option(name, value, what)
+      ->type_name("FILE")
+      ->allow_extra_args(false)
+      ->check(CLI::Validator(CLI::ExistingFile).description(""));
 }
 
 CLI::App* add_text_command(CLI::App& app, const char* name, const char* what, const char* text_name,
@@ -53,14 +66,9 @@ int run_command(int argc, char** argv) {
   CLI::App app("Runs and evaluates Python inside the object runtime ling.", "ling");
   app.set_version_flag("--version", "ling " LING_VERSION, "Print the version and exit");
   app.set_help_flag("-h,--help", "Print this help and exit");
-  app.add_option("--load", given.options.plug_ins, "Load this plug-in first (repeatable)")
-      ->type_name("FILE")
-      ->expected(1)
-      ->take_all()
-      ->check(CLI::ExistingFile);
-  app.add_option("--module", given.options.module_file, "The language module's file")
-      ->type_name("FILE")
-      ->check(CLI::ExistingFile);
+  app.get_formatter()->label("SUBCOMMAND", "COMMAND");
+  add_file_option(app, "--load", "Load this plug-in first; repeatable", given.options.plug_ins);
+  add_file_option(app, "--module", "The language module, when it is not where the build puts it", given.options.module_file);
   app.require_subcommand(1);
   app.footer("ling COMMAND --help says more about a command.");
 

@@ -68,6 +68,17 @@ Any Any::setFieldValue(meta_field_untyped name, const Any& value) const {
 
 // --- properties ---------------------------------------------------------------------------------------------------------
 
+namespace {
+
+// What a class offers under its own name: a property that takes no instance.
+Union<Property, None> class_level_property(const Any& value, meta_property_untyped name) {
+  const auto of_class = Class_Generic::cast(value);
+  auto property = of_class ? of_class.value().definedProperty(name) : None();
+  return property && property.value().object().getter_is_independent() ? property : None();
+}
+
+}  // namespace
+
 Any Any::propertyValue(meta_property_untyped name) const {
   if (const object_value_callable* meta = takes_over(*this, __propertyValue__)) {
     return call(*meta, {*this, name.name()});
@@ -77,6 +88,9 @@ Any Any::propertyValue(meta_property_untyped name) const {
   }
   if (const dynamic_member_hooks* hooks = hooks_of(*this)) {
     return hooks->get(*this, name.entry());
+  }
+  if (const auto property = class_level_property(*this, name)) {
+    return property.value().read(*this);
   }
   return error_property_not_found(*this, name);
 }

@@ -54,7 +54,8 @@ std::string accepted_count(const Signature& signature) {
     return "at least " + count_text(required);
   }
   const std::size_t maximum = signature.parameterCount();
-  return required == maximum ? count_text(maximum) : std::to_string(required) + " to " + count_text(maximum);
+  return required == maximum ? count_text(maximum)
+                             : std::to_string(required) + " to " + std::to_string(maximum) + " arguments";
 }
 
 }  // namespace

@@ -258,7 +258,7 @@ void object_value_class::add_parent_unsafe(object_value_class& parent) {
       ancestors_.push_back(ancestor);
     }
   }
-  set_flags(parent.flags() & ~class_flags::interface);
+  set_flags(parent.flags() & ~(class_flags::interface | class_flags::declared));
   if (hooks_ == nullptr) {
     hooks_ = parent.hooks_;
   }
@@ -309,6 +309,9 @@ void object_value_class::add_class_property_unsafe(const String& name, const Pro
 }
 
 void object_value_class::set_constructor_unsafe(const I_Callable_Generic& constructor) {
+  if (constructor.declaringContext().empty()) {
+    constructor.object().set_declaring_context(Class_Generic(*this));
+  }
   constructor_ = constructor;
 }
 

@@ -17,6 +17,8 @@ Any cause_of(const Error& error) {
   }
   try {
     std::rethrow_exception(cause);
+  } catch (const Error& thrown) {
+    return thrown;
   } catch (const std::exception& exception) {
     return Error(exception.what());
   } catch (...) {

@@ -81,7 +81,8 @@ void Module::addCallable(const String& name, const I_Callable_Generic& callable)
 }
 
 void Module::addProperty(const String& name, const Property& property) const {
-  object().object_class().add_property_unsafe(name, property);
+  // The module's own, because every module has properties of the class, such as `doc`, that this one may hide.
+  object().insert_own_property(internal::intern(name.view()), property);
 }
 
 bool Module::matches(const object_value* object) noexcept {

@@ -42,7 +42,7 @@ bool read_keywords(PyObject* keywords, std::vector<named_argument>& named) {
 slot_result call(const Any& value, PyObject* arguments, PyObject* keywords) {
   // Whoever calls holds the wrapper, and with it the value, until the call returns.
   if (!I_Callable_Generic::matches(value.get())) {
-    return slot_result::exception(PyExc_RuntimeError, String("Non-callable object: {}").arg(display_text(value)));
+    return slot_result(slot_exception::runtime_error, String("Non-callable object: {}").arg(display_text(value)));
   }
   const auto& callable = static_cast<const object_value_callable&>(*value.get());
   const argument_row positional(arguments);
@@ -51,7 +51,7 @@ slot_result call(const Any& value, PyObject* arguments, PyObject* keywords) {
   }
   std::vector<named_argument> named;
   if (!read_keywords(keywords, named)) {
-    return slot_result::exception(PyExc_TypeError, "keywords must be strings");
+    return slot_result(slot_exception::type_error, "keywords must be strings");
   }
   return callable.call_named(positional, named);
 }

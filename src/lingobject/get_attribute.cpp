@@ -103,19 +103,22 @@ slot_result read_member(const Any& value, const name_entry& name) {
   slot_result found = of_class.has_flag(takes_over_members) ? read_through_runtime(value, name)
                                                             : read_object_or_class(value, member, name);
   if (found.is_absent() && value.type() == ObjectType::Class) {
-    return read_defined(value, name);
+    found = read_defined(value, name);
   }
   return found;
 }
 
 slot_result error_no_attribute(const Any& value, std::string_view name) {
-  return slot_result::exception(PyExc_AttributeError,
-                                String("'{}' object has no attribute '{}'").arg(qualname(class_of(value)), name));
+  return slot_result(slot_exception::attribute_error,
+                     String("'{}' object has no attribute '{}'").arg(qualname(class_of(value)), name));
 }
 
 slot_result read_attribute(const Any& value, const name_entry& name) {
   slot_result found = read_member(value, name);
-  return found.is_absent() ? error_no_attribute(value, name.text) : std::move(found);
+  if (found.is_absent()) {
+    found = error_no_attribute(value, name.text);
+  }
+  return found;
 }
 
 slot_result read_unknown(const Any& value, PyObject* name) {
@@ -159,11 +162,11 @@ slot_result get_attribute(const Any& value, PyObject* name) {
 
 slot_result get_property(const Any& value, const name_entry* name) {
   if (name == nullptr || name->text.empty()) {
-    return slot_result::exception(PyExc_AttributeError, "Invalid Ling property name.");
+    return slot_result(slot_exception::attribute_error, "Invalid Ling property name.");
   }
   const auto property = property_of(value, meta_property_untyped(*name));
   return property ? read_property(property, value)
-                  : slot_result::exception(PyExc_AttributeError, String("Attribute not found: {}.").arg(name->text));
+                  : slot_result(slot_exception::attribute_error, String("Attribute not found: {}.").arg(name->text));
 }
 
 }  // namespace ling::cpython

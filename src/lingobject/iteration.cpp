@@ -14,14 +14,14 @@ slot_result iterate(const Any& value, PyObject* wrapper) {
   if (I_Iterator_Generic::matches(value.get())) {
     return PyObjectPtr::share(wrapper);
   }
-  return slot_result::exception(PyExc_TypeError,
-                                String("'{}' object is not iterable.").arg(display_text(class_of(value))));
+  return slot_result(slot_exception::type_error,
+                     String("'{}' object is not iterable.").arg(display_text(class_of(value))));
 }
 
 slot_result next_item(const Any& value) {
   if (!I_Iterator_Generic::matches(value.get())) {
-    return slot_result::exception(PyExc_TypeError,
-                                  String("'{}' object is not an iterator.").arg(display_text(class_of(value))));
+    return slot_result(slot_exception::type_error,
+                       String("'{}' object is not an iterator.").arg(display_text(class_of(value))));
   }
   Any item = borrowed<I_Iterator_Generic>(value)->next();
   if (item.has(object_traits::lazy)) [[unlikely]] {

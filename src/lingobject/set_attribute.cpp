@@ -19,11 +19,11 @@ slot_result checked(const Any& outcome, const char* text, const name_entry& name
 }
 
 slot_result error_read_only(const name_entry& name) {
-  return slot_result::exception(PyExc_RuntimeError, String("Read-only attribute: {}.").arg(name.text));
+  return slot_result(slot_exception::runtime_error, String("Read-only attribute: {}.").arg(name.text));
 }
 
 slot_result error_not_deletable(const name_entry& name) {
-  return slot_result::exception(PyExc_AttributeError, String("Attribute cannot be deleted: {}.").arg(name.text));
+  return slot_result(slot_exception::attribute_error, String("Attribute cannot be deleted: {}.").arg(name.text));
 }
 
 slot_result write_member(const Any& value, const name_entry& name, const Any& new_value) {
@@ -73,11 +73,11 @@ slot_result set_attribute(const Any& value, PyObject* name, PyObject* new_value)
 
 slot_result set_property(const Any& value, const name_entry* name, PyObject* new_value) {
   if (name == nullptr || name->text.empty()) {
-    return slot_result::exception(PyExc_AttributeError, "Invalid Ling property name.");
+    return slot_result(slot_exception::attribute_error, "Invalid Ling property name.");
   }
   const auto property = property_of(value, meta_property_untyped(*name));
   if (!property) {
-    return slot_result::exception(PyExc_AttributeError, String("Attribute not found: {}.").arg(name->text));
+    return slot_result(slot_exception::attribute_error, String("Attribute not found: {}.").arg(name->text));
   }
   if (new_value == nullptr) {
     return error_not_deletable(*name);

@@ -3,13 +3,42 @@
 
 namespace ling::cpython {
 
-void slot_result::raise() const {
-  if (exception_ != nullptr) {
-    PyErr_SetString(exception_, static_cast<const object_value_string&>(*value_.get()).data());
-  } else if (is_error_result(value_)) {
-    raise_error(Error::unchecked(value_));
+namespace {
+
+PyObject* python_exception(slot_exception type) noexcept {
+  switch (type) {
+    case slot_exception::attribute_error:
+      return PyExc_AttributeError;
+    case slot_exception::key_error:
+      return PyExc_KeyError;
+    case slot_exception::not_implemented_error:
+      return PyExc_NotImplementedError;
+    case slot_exception::type_error:
+      return PyExc_TypeError;
+    case slot_exception::runtime_error:
+      break;
   }
-  require_exception();
+  return PyExc_RuntimeError;
+}
+
+}  // namespace
+
+void slot_result::raise() {
+  if (content_ == content::exception) {
+    const Any message = take_value();
+    PyErr_SetString(python_exception(exception_), static_cast<const object_value_string&>(*message.get()).data());
+  }
+  if (PyErr_Occurred() == nullptr) {
+    PyErr_SetString(PyExc_RuntimeError, "The value has no counterpart in Python.");
+  }
+}
+
+void slot_result::drop() noexcept {
+  if (content_ == content::object) {
+    const PyObjectPtr object(static_cast<PyObject*>(take()));
+  } else {
+    const Any value = take_value();
+  }
 }
 
 slot_result runtime_error(const Error& error, const String& message) {
@@ -18,13 +47,7 @@ slot_result runtime_error(const Error& error, const String& message) {
     return slot_result::raised();
   }
   PyErr_Clear();
-  return slot_result::exception(PyExc_RuntimeError, message);
-}
-
-void slot_result::require_exception() noexcept {
-  if (PyErr_Occurred() == nullptr) {
-    PyErr_SetString(PyExc_RuntimeError, "The value has no counterpart in Python.");
-  }
+  return {slot_exception::runtime_error, message};
 }
 
 }  // namespace ling::cpython

@@ -13,60 +13,94 @@
 
 namespace ling::cpython {
 
-// What the body of a slot returns: a value yet to be converted, a finished Python object, or a failure.
+// The standard exceptions that slots raise with texts of their own.
+enum class slot_exception : unsigned char {
+  attribute_error,
+  key_error,
+  not_implemented_error,
+  runtime_error,
+  type_error
+};
+
+// What the body of a slot returns: a value yet to be converted, a finished Python object, a failure, or nothing. One
+// pointer and what it means, because every access from Python passes through here.
 class [[nodiscard]] slot_result {
  public:
   // A value to be converted; an Error is raised as the exception its class maps to.
-  slot_result(Any value) noexcept : value_(std::move(value)) {}
+  slot_result(Any value) noexcept : content_(content::value), pointer_(value.detach()) {}
   // A finished object; null: an exception is set already.
-  slot_result(PyObjectPtr object) noexcept : object_(std::move(object)), content_(content::object) {}
-  // A Python exception of a standard type with this message.
-  static slot_result exception(PyObject* type, const String& message) noexcept {
-    slot_result result{Any(message)};
-    result.exception_ = type;
-    return result;
-  }
+  slot_result(PyObjectPtr object) noexcept : content_(content::object), pointer_(object.release()) {}
+  // A Python exception with this message.
+  slot_result(slot_exception type, String message) noexcept
+      : content_(content::exception), exception_(type), pointer_(message.detach()) {}
   // For a C API call that failed: its exception is set.
   static slot_result raised() noexcept { return PyObjectPtr(); }
   // Not a failure: the body has nothing to say.
-  static slot_result absent() noexcept {
-    slot_result result{PyObjectPtr()};
-    result.content_ = content::none;
-    return result;
+  static slot_result absent() noexcept { return slot_result(content::nothing); }
+
+  slot_result(slot_result&& other) noexcept
+      : content_(std::exchange(other.content_, content::nothing)),
+        exception_(other.exception_),
+        pointer_(other.pointer_) {}
+  slot_result& operator=(slot_result&& other) noexcept {
+    std::swap(content_, other.content_);
+    std::swap(exception_, other.exception_);
+    std::swap(pointer_, other.pointer_);
+    return *this;
+  }
+  slot_result(const slot_result&) = delete;
+  slot_result& operator=(const slot_result&) = delete;
+  ~slot_result() {
+    if (content_ != content::nothing) [[unlikely]] {
+      drop();
+    }
   }
 
-  bool is_absent() const noexcept { return content_ == content::none; }
+  bool is_absent() const noexcept { return content_ == content::nothing; }
   // A new reference, or null with an exception set.
   PyObject* to_object() && {
-    if (exception_ != nullptr) [[unlikely]] {
-      raise();
+    PyObject* object = nullptr;
+    if (content_ == content::object) {
+      object = static_cast<PyObject*>(take());
     } else if (content_ == content::value) {
-      object_ = to_python_locked(value_);
+      object = to_python_locked(take_value()).release();
     }
-    if (!object_) [[unlikely]] {
-      require_exception();
+    if (object == nullptr) [[unlikely]] {
+      raise();
     }
-    return object_.release();
+    return object;
   }
-  // 0, or -1 with an exception set.
+  // 0, or -1 with an exception set. A value counts as success whatever it is.
   int to_status() && {
-    if (exception_ == nullptr && !is_error_result(value_) && (content_ != content::object || object_)) [[likely]] {
-      return 0;
+    if (content_ == content::value) {
+      const Any value = take_value();
+      if (!is_error_result(value)) [[likely]] {
+        return 0;
+      }
+      raise_error(Error::unchecked(value));
     }
     raise();
     return -1;
   }
 
  private:
-  void raise() const;
-  // A slot that fails must have set an exception.
-  static void require_exception() noexcept;
+  enum class content : unsigned char { value, object, exception, nothing };
 
-  Any value_;
-  PyObjectPtr object_;
-  PyObject* exception_ = nullptr;
-  enum class content : unsigned char { value, object, none } content_ = content::value;
+  explicit slot_result(content what) noexcept : content_(what) {}
+  void* take() noexcept {
+    content_ = content::nothing;
+    return pointer_;
+  }
+  Any take_value() noexcept { return Any::adopt(static_cast<object_value*>(take())); }
+  void drop() noexcept;
+  // Sets the exception this holds; a slot that fails must have set one in the end.
+  void raise();
+
+  content content_;
+  slot_exception exception_{};
+  void* pointer_ = nullptr;
 };
+static_assert(sizeof(slot_result) == 2 * sizeof(void*));
 
 // A failure that Python shows as RuntimeError with a text of the slot's own. What ends a program rather than an
 // operation (an interrupt, an exit) travels on as it is.

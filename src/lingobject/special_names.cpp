@@ -55,16 +55,26 @@ slot_result read_annotations(const Any& value) {
   return made ? slot_result(std::move(annotations)) : slot_result::raised();
 }
 
-slot_result bound_clone(const Any& value, meta_method_untyped name) {
+slot_result read_copy(const Any& value) {
   if (!I_Cloneable::matches(value.get())) {
     return slot_result::absent();
   }
-  const auto method = value.boundMethod(name);
+  const auto method = value.boundMethod(members::clone);
   return method ? slot_result(method) : slot_result::absent();
 }
 
-slot_result read_copy(const Any& value) { return bound_clone(value, members::clone); }
-slot_result read_deepcopy(const Any& value) { return bound_clone(value, members::deepClone); }
+// Python hands the function a record of the copies made so far, of which the host keeps its own.
+slot_result read_deepcopy(const Any& value) {
+  if (!I_Cloneable::matches(value.get())) {
+    return slot_result::absent();
+  }
+  const auto method = value.boundMethod(members::deepClone);
+  if (!method) {
+    return slot_result::absent();
+  }
+  return make_function(members::deepClone.name(), "memo...", method.value().doc(),
+                       [bound = method.value()](const Variadic&) { return bound(); });
+}
 
 slot_result read_module(const Any& value) {
   Any context;

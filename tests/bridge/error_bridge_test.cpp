@@ -219,10 +219,12 @@ TEST_F(ErrorBridge, LeaksNothing) {
     }
     EXPECT_EQ(error.get()->reference_count(), 1u);
   };
-  convert(10);
+  // What the interpreter keeps for later comes and goes by hundreds; a leak grows with the rounds.
+  constexpr int rounds = 2000;
+  convert(rounds / 4);
   const long long blocks = allocated_blocks();
-  convert(500);
-  EXPECT_LT(allocated_blocks() - blocks, 100);
+  convert(rounds);
+  EXPECT_LT(allocated_blocks() - blocks, rounds);
 }
 
 TEST_F(ErrorBridge, FillsItsCachesOnceWhoeverComesFirst) {

@@ -21,8 +21,8 @@ TEST_F(FromPython, TestsInOrder) {
     const char* expression;
     const char* expected;
   } rows[] = {
-      {"None",                                             "None none"                                         },
-      {"NotImplemented",                                   "ling.Undefined undefined"                          },
+      {"None",                                             "None None"                                         },
+      {"NotImplemented",                                   "ling.Undefined Undefined"                          },
       {"True",                                             "ling.Boolean true"                                 },
       {"1",                                                "ling.Integer 1"                                    },
       {"-1",                                               "ling.Integer -1"                                   },
@@ -52,7 +52,7 @@ TEST_F(FromPython, TestsInOrder) {
       {"len",                                              "ling.cpython.CPythonObject <built-in function len>"},
       {"dict",                                             "ling.cpython.CPythonObject <class 'dict'>"         },
       {"KeyboardInterrupt()",                              "ling.cpython.CPythonObject "                       },
-      {"ValueError('bad')",                                "ling.Error bad"                                    },
+      {"ValueError('bad')",                                "ling.Error Error: bad"                                   },
   };
   for (const auto& row : rows) {
     EXPECT_EQ(describe(from_python(eval(row.expression).get())), row.expected) << row.expression;
@@ -130,8 +130,8 @@ result = [Class(None), Class(ValueError), Attributes(), Text(), Ling('kept')]
     from_python(PyList_GetItem(objects.get(), i));
     EXPECT_EQ(PyErr_Occurred(), nullptr) << i;
   }
-  EXPECT_EQ(describe(from_python(PyList_GetItem(objects.get(), 3))), "ling.Error Text");
-  EXPECT_EQ(describe(from_python(PyList_GetItem(objects.get(), 4))), "ling.Error kept");
+  EXPECT_EQ(describe(from_python(PyList_GetItem(objects.get(), 3))), "ling.Error Error: Text");
+  EXPECT_EQ(describe(from_python(PyList_GetItem(objects.get(), 4))), "ling.Error Error: kept");
 }
 
 TEST_F(FromPython, LeavesAPendingExceptionAlone) {

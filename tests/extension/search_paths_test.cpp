@@ -91,6 +91,7 @@ TEST_F(SysPath, GetsAPathOnceAndAtTheEnd) {
 }
 
 TEST_F(SysPath, ThatIsNoListIsAnError) {
+  ASSERT_TRUE(eval("__import__('traceback')")) << "errors need it, and without a path it cannot be found";
   for (const char* broken : {"sys.path = ()", "sys.path = None", "del sys.path"}) {
     static_cast<void>(run(std::string("import sys\n") + broken));
     EXPECT_TRUE(cpython_add_sys_path("/one").is_error()) << broken;

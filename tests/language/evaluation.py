@@ -10,10 +10,12 @@ assert evaluate_expr("[1, 2, 3]") == [1, 2, 3]
 assert ling.cpython.doc == "Interface to Python language."
 
 # A scope built by a script: variables go in, those of outLocals come back.
-out_locals = ling.HashMap({"total": 0})
-scope = ling.EvaluationScope("me", None, ling.HashMap({"numbers": [1, 2, 3]}), out_locals)
+local_variables, out_locals = ling.HashMap(), ling.HashMap()
+local_variables.set("numbers", [1, 2, 3])
+out_locals.set("total", 0)
+scope = ling.EvaluationScope("me", None, local_variables, out_locals)
 assert evaluate("for n in numbers: total += n\nreturn self", scope) == "me"
-assert out_locals["total"] == 6
+assert out_locals.get("total") == 6
 assert evaluate_expr("len(numbers)", scope) == 3
 
 # A failure inside arrives as an exception whose error says where.

@@ -98,7 +98,7 @@ TEST_F(Evaluation, PlacesErrorsInTheCallersText) {
 TEST_F(Evaluation, RefusesZeroBytesInsteadOfCuttingTheCodeOff) {
   EXPECT_TRUE(evaluate(String(std::string_view("return 1\0 + 1", 13)), {}).is_error());
   EXPECT_TRUE(evaluate_expr(String(std::string_view("1\0 + 1", 6)), {}).is_error());
-  EXPECT_TRUE(resolve(String(std::string_view("os\0.path", 8))).is_error());
+  EXPECT_TRUE(resolve(String(std::string_view("json\0.dumps", 11))).is_error());
 }
 
 TEST_F(Evaluation, LetsTheNearestVariableWin) {
@@ -224,7 +224,7 @@ TEST_F(Evaluation, OfExpressions) {
   for (const auto& row : rows) {
     EXPECT_EQ(text(evaluate_expr(row.code, {})), row.result) << row.code;
   }
-  for (const char* code : {"x = 1", "", "import os", "1 +", "1\n2"}) {
+  for (const char* code : {"x = 1", "import os", "1 +", "1\n2"}) {
     const auto error = EvaluationError::cast(evaluate_expr(code, {}));
     ASSERT_TRUE(error) << code;
     EXPECT_TRUE(error->message().contains("SyntaxError")) << code;

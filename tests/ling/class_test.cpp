@@ -1,10 +1,10 @@
 // Classes: description, inheritance, members that come later, lazy building, C++ data.
+#include "ling/ling.h"
+
 #include <gtest/gtest.h>
 
 #include <barrier>
 #include <thread>
-
-#include "ling/ling.h"
 
 namespace {
 
@@ -106,15 +106,18 @@ TEST(Class, ErrorsNameTheCulprit) {
   } cases[] = {
       {shape(1), "Bad call of 'test.shapes.Shape.__init__': the argument 'name' must be String, not Integer: 1"},
       {shape("a", "b"), "Bad call of 'test.shapes.Shape.__init__': expected 0 to 1 arguments, got 2."},
-      {call(round, "describe", {2}), "Bad call of 'test.shapes.Shape.describe': the argument 'prefix' must be String, not Integer: 2"},
+      {call(round, "describe", {2}),
+       "Bad call of 'test.shapes.Shape.describe': the argument 'prefix' must be String, not Integer: 2"},
       {call(round, "missing", {}), "The method 'missing' is missing in 'Shape'."},
       {get(round, "missing"), "The property 'missing' is missing in 'Shape'."},
       {round.fieldValue(meta_field_untyped("missing")), "The field 'missing' is missing in 'Shape'."},
-      {round.setPropertyValue(meta_property_untyped("area"), 1), "The property 'area' is read-only for '<test.shapes.Shape>'."},
+      {round.setPropertyValue(meta_property_untyped("area"), 1),
+       "The property 'area' is read-only for '<test.shapes.Shape>'."},
       {round.setPropertyValue(meta_property_untyped("name"), 1),
        "Bad call of 'name': the argument 'value' must be String, not Integer: 1"},
       {shape_class.required().find_member(meta_method_untyped("describe").entry()) != nullptr
-           ? I_Callable_Generic::unchecked(shape_class.required().find_member(meta_method_untyped("describe").entry())->method)(5, "x")
+           ? I_Callable_Generic::unchecked(
+                 shape_class.required().find_member(meta_method_untyped("describe").entry())->method)(5, "x")
            : Any(),
        "Bad call of 'test.shapes.Shape.describe': the argument 'self' must be Shape, not Integer: 5"},
       {square_class.required().allocate_instance(), nullptr},
@@ -127,7 +130,7 @@ TEST(Class, ErrorsNameTheCulprit) {
       continue;
     }
     ASSERT_TRUE(is_error_result(each.outcome)) << each.message;
-    EXPECT_EQ(Error::unchecked(each.outcome).message(), each.message);
+    EXPECT_EQ(Error::unchecked(each.outcome).message().view(), each.message);
   }
 }
 
@@ -184,7 +187,8 @@ TEST(Class, BuildingReportsRecursionAndWrongAccessors) {
             "[property_builder::setter] Too many parameters in the setter function.");
 }
 
-constinit const class_definition<void> contested_parent("ContestedParent", [](class_builder<void>& c) { c.module("test.contested"); });
+constinit const class_definition<void> contested_parent("ContestedParent",
+                                                        [](class_builder<void>& c) { c.module("test.contested"); });
 constinit const class_definition<void> contested_class("Contested", [](class_builder<void>& c) {
   std::this_thread::yield();
   c.module("test.contested").parent(contested_parent.required()).constant("x", 1, "");

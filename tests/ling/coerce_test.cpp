@@ -50,7 +50,7 @@ TEST(Coerce, ConvertsWithoutLoss) {
       {make_computed<Integer>([] { return Any(Error("late")); }), Integer::getClass(),   "Error: late"                                                  },
   };
   for (const auto& each : cases) {
-    EXPECT_EQ(display_text(each.to.coerce(each.value)), each.expected) << each.to.name().view();
+    EXPECT_EQ(display_text(each.to.coerce(each.value)).view(), each.expected) << each.to.name().view();
   }
 }
 

@@ -1,10 +1,10 @@
 // Errors: their parts, their classes, where they come from, and how results carry them.
+#include "ling/detail/try.h"
+#include "ling/ling.h"
+
 #include <gtest/gtest.h>
 
 #include <stdexcept>
-
-#include "ling/detail/try.h"
-#include "ling/ling.h"
 
 namespace {
 
@@ -30,7 +30,13 @@ TEST(Error, PartsAreReadAndWrittenAsProperties) {
   const struct {
     const char* property;
     const char* value;
-  } cases[] = {{"message", "bad"}, {"offset", "None"}, {"line", "3"}, {"column", "4"}, {"length", "None"}};
+  } cases[] = {
+      {"message", "bad" },
+      {"offset",  "None"},
+      {"line",    "3"   },
+      {"column",  "4"   },
+      {"length",  "None"}
+  };
   for (const auto& each : cases) {
     EXPECT_EQ(get(located, each.property), each.value) << each.property;
   }

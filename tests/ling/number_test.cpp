@@ -80,7 +80,7 @@ TEST(Numbers, AreMadeByScripts) {
       {ByteArray::getClass(), 3,                      "Error: Unable to convert '3' to ByteArray."             },
   };
   for (const auto& each : cases) {
-    EXPECT_EQ(display_text(each.of_class(each.from)), each.expected) << each.of_class.name().view();
+    EXPECT_EQ(display_text(each.of_class(each.from)).view(), each.expected) << each.of_class.name().view();
   }
 }
 
@@ -145,7 +145,7 @@ TEST(Boolean, AsksInstancesForTheirLength) {
 
 TEST(Ordering, IsReadFromItsClass) {
   const Class_Generic ordering = Ordering::getClass();
-  EXPECT_EQ(display_text(ordering.propertyValue(meta_property_untyped("Greater"))), "Greater");
+  EXPECT_EQ(display_text(ordering.propertyValue(meta_property_untyped("Greater"))).view(), "Greater");
   EXPECT_EQ(display_text(Ordering::fromSign(-5).propertyValue(meta_property_untyped("value"))), "-1");
   EXPECT_TRUE(is_error_result(ordering(1))) << "there are four of them, nobody makes another";
 }

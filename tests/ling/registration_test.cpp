@@ -1,7 +1,7 @@
 // Init handlers: order, handlers of handlers, errors.
-#include <gtest/gtest.h>
-
 #include "ling/ling.h"
+
+#include <gtest/gtest.h>
 
 namespace {
 

@@ -3,6 +3,8 @@
 
 #include <charconv>
 #include <cmath>
+#include <iterator>
+#include <limits>
 
 namespace ling::internal {
 
@@ -51,13 +53,26 @@ void write_integer(std::string& out, const object_value_integer& integer) {
 }
 
 void write_float(std::string& out, double number) {
-  if (std::isnan(number)) {
-    out += "nan";
+  if (!std::isfinite(number)) {
+    out += std::isnan(number) ? "nan" : number < 0 ? "-inf" : "inf";
     return;
   }
-  const std::size_t start = out.size();
-  write_shortest(out, number);
-  if (out.find_first_of(".en", start) == std::string::npos) {
+  char buffer[32];
+  const auto write = [&](std::chars_format format) {
+    return std::string_view(buffer, std::to_chars(buffer, std::end(buffer), number, format).ptr);
+  };
+  const std::string_view scientific = write(std::chars_format::scientific);
+  const char* exponent_text = scientific.data() + scientific.find('e') + 1;
+  int exponent = 0;
+  std::from_chars(exponent_text + (*exponent_text == '+' ? 1 : 0), scientific.end(), exponent);
+  // Zeros that only fill the places up to the point would feign a precision that the number has not.
+  if (exponent < -4 || exponent > std::numeric_limits<double>::digits10) {
+    out += scientific;
+    return;
+  }
+  const std::string_view fixed = write(std::chars_format::fixed);
+  out += fixed;
+  if (fixed.find('.') == fixed.npos) {
     out += ".0";
   }
 }

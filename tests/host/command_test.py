@@ -1,0 +1,257 @@
+# The command: what it prints, where, and with which exit status. `run` is held against the interpreter that is embedded.
+import os
+import signal
+import subprocess
+import sys
+import tempfile
+import unittest
+
+COMMAND = os.environ["LING_COMMAND"]
+os.environ.pop("PYTHONUNBUFFERED", None)  # when output is lost depends on it
+PYTHON = os.path.join(sys.base_prefix, "bin", "python%d.%d" % sys.version_info[:2])
+
+# Programs that must behave the same under python3: by case, the text and what it is about.
+PROGRAMS = {
+    "prints": "print('out'); import sys; print('err', file=sys.stderr)",
+    "arguments": "import sys; print(sys.argv[1:])",
+    "names": "print(__name__, __doc__, __spec__, __package__, __builtins__, __annotations__, sorted(globals()))",
+    "doc": "'What it does.'\nprint(__doc__)",
+    "directory on the path": "import sys, os; print(sys.path[0] == os.path.dirname(os.path.realpath(__file__)), os.path.isabs(__file__))",
+    "neighbour import": "import neighbour; print(neighbour.value)",
+    "pickle of own class": "import pickle\nclass A: pass\nprint(type(pickle.loads(pickle.dumps(A()))) is A)",
+    "own source": "import inspect\ndef f():\n    return 1\nprint(inspect.getsource(f))",
+    "encoding line": b"# coding: latin-1\nprint(ascii('\xe9'))",
+    "byte order mark": b"\xef\xbb\xbfprint('marked')",
+    "windows lines": b"if True:\r\n    print('lines')\r\n",
+    "no inherited future": "def f(x: undefined_name): pass",
+    "exception": "def f(n):\n    return 1 / n\n\nf(0)",
+    "exception in a neighbour": "import neighbour\nneighbour.fail()",
+    "chained exceptions": "try:\n    {}['key']\nexcept KeyError as e:\n    raise ValueError('no key') from e",
+    "exception while handling": "try:\n    1 / 0\nexcept ZeroDivisionError:\n    undefined_name",
+    "syntax error": "x = 1\nif x\n    pass",
+    "syntax error in a string": "exec('1 +')",
+    "recursion": "def f(): f()\ntry:\n    f()\nexcept RecursionError: print('caught')",
+    "exit without status": "import sys; sys.exit()",
+    "exit with a number": "import sys; sys.exit(3)",
+    "exit with a negative number": "import sys; sys.exit(-1)",
+    "exit with a truth": "import sys; sys.exit(True)",
+    "exit with a huge number": "import sys; sys.exit(1 << 70)",
+    "exit with a text": "import sys; print('out'); sys.exit('a reason')",
+    "exit with an object": "raise SystemExit([1, 2])",
+    "exit by the class": "raise SystemExit",
+    "exit in a function": "def f():\n    try:\n        exit(4)\n    finally:\n        print('finally')\nf()",
+    "exit in a thread": "import sys, threading\nt = threading.Thread(target=sys.exit, args=(5,)); t.start(); t.join()",
+    "own excepthook": "import sys\nsys.excepthook = lambda t, v, tb: print('hook', t.__name__, v, tb.tb_lineno)\n1 / 0",
+    "failing excepthook": "import sys\ndef hook(t, v, tb):\n    raise ValueError('hook')\nsys.excepthook = hook\n1 / 0",
+    "excepthook that exits": "import sys\ndef hook(*_):\n    sys.exit(6)\nsys.excepthook = hook\n1 / 0",
+    "waits for threads": (
+        "import threading, time\ndef work():\n    time.sleep(0.2)\n    print('worked')\n"
+        "threading.Thread(target=work).start()\nprint('main ends')"
+    ),
+    "leaves daemons": (
+        "import threading, time\nthreading.Thread(target=time.sleep, args=(100,), daemon=True).start()\nprint('main ends')"
+    ),
+    "executor": (
+        "from concurrent.futures import ThreadPoolExecutor\nimport time\n"
+        "pool = ThreadPoolExecutor(2)\npool.submit(lambda: (time.sleep(0.1), print('submitted')))"
+    ),
+    "exit handlers": "import atexit\nfor i in range(3):\n    atexit.register(print, 'handler', i)\nraise SystemExit(7)",
+    "no line end": "import sys; sys.stdout.write('out'); sys.stderr.write('err')",
+    "finaliser of a global": (
+        "import os\nclass A:\n    def __init__(self):\n        self.me = self\n"
+        "    def __del__(self):\n        print('finalised', os.path.basename('a/b'))\na = A()"
+    ),
+    "unclosed file": "import sys\nf = open(sys.argv[1], 'w'); f.write('text'); g = open(sys.argv[1] + '2', 'wb'); g.write(b'x')",
+    "warnings": "import warnings\nwarnings.warn('careful')",
+    "asyncio": "import asyncio\nasync def main():\n    await asyncio.sleep(0)\n    print('done')\nasyncio.run(main())",
+    "multiprocessing": (
+        "import multiprocessing\ndef double(x): return 2 * x\nif __name__ == '__main__':\n"
+        "    with multiprocessing.get_context('fork').Pool(2) as pool: print(pool.map(double, [1, 2]))"
+    ),
+    "signals": "import signal; print(signal.getsignal(signal.SIGINT), signal.getsignal(signal.SIGPIPE))",
+}
+NEIGHBOUR = "value = 5\ndef fail():\n    raise KeyError('neighbour')\n"
+
+
+def outcome(command, **options):
+    done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=100, **options)
+    return done.returncode, done.stdout.decode(errors="backslashreplace"), done.stderr.decode(errors="backslashreplace")
+
+
+class CommandTest(unittest.TestCase):
+    maxDiff = None
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = folder.name
+        self.write("neighbour.py", NEIGHBOUR)
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def write(self, name, text):
+        with open(self.path(name), "wb") as file:
+            file.write(text if isinstance(text, bytes) else text.encode())
+        return self.path(name)
+
+    def ling(self, *arguments, **options):
+        return outcome([COMMAND, *arguments], **options)
+
+    def run_text(self, text, *arguments, **options):
+        return self.ling("run", self.write("program.py", text), *arguments, **options)
+
+
+class Run(CommandTest):
+    def test_behaves_like_python(self):
+        for case, text in PROGRAMS.items():
+            with self.subTest(case):
+                program = self.write("program.py", text)
+                written = self.path("written")
+                expected = outcome([PYTHON, program, written])
+                files = [self.take(written), self.take(written + "2")]
+                self.assertEqual(self.ling("run", program, written), expected)
+                self.assertEqual([self.take(written), self.take(written + "2")], files)
+
+    def take(self, path):
+        if not os.path.exists(path):
+            return None
+        with open(path, "rb") as file:
+            content = file.read()
+        os.remove(path)
+        return content
+
+    def test_passes_arguments_through(self):
+        for arguments in ["--help"], ["-x", "--", "--load", "y"], ["", "run", "a b"], ["[1, 2]", "-1"], [b"\xff\xfe"]:
+            with self.subTest(arguments):
+                status, out, _ = self.run_text("import os, sys; print([os.fsencode(a) for a in sys.argv[1:]])", *arguments)
+                self.assertEqual((status, out), (0, "%r\n" % [os.fsencode(a) for a in arguments]))
+
+    def test_keeps_the_program_name_as_given(self):
+        self.write("program.py", "import sys; print(sys.argv, sys.path[0])")
+        self.assertEqual(
+            self.ling("run", "./program.py", cwd=self.folder),
+            (0, "['./program.py'] %s\n" % os.path.realpath(self.folder), ""),
+        )
+
+    def test_finds_neighbours_of_the_linked_file(self):
+        os.mkdir(self.path("elsewhere"))
+        self.write("program.py", "import neighbour; print(neighbour.value)")
+        os.symlink(self.path("program.py"), self.path("elsewhere/link.py"))
+        self.assertEqual(self.ling("run", self.path("elsewhere/link.py")), (0, "5\n", ""))
+
+    def test_reports_a_missing_file(self):
+        status, out, err = self.ling("run", self.path("missing.py"))
+        self.assertEqual((status, out), (2, ""))
+        self.assertIn("missing.py': [Errno 2] No such file or directory", err)
+
+    def test_ends_with_130_on_interrupt(self):
+        process = subprocess.Popen(
+            [COMMAND, "run", self.write("program.py", "import time\nprint('ready', flush=True)\ntime.sleep(100)")],
+            stdout=subprocess.PIPE,
+            stderr=subprocess.PIPE,
+        )
+        process.stdout.readline()
+        process.send_signal(signal.SIGINT)
+        _, err = process.communicate(timeout=100)
+        self.assertEqual(process.returncode, 130)
+        self.assertTrue(err.decode().endswith("KeyboardInterrupt\n"), err)
+        self.assertNotIn("ling_outer", err.decode())
+
+    def test_tells_when_output_is_lost(self):
+        for text, status in ("print('x')", 120), ("print('x' * 100000)", 1), ("print('x'); raise SystemExit(3)", 120):
+            with self.subTest(text):
+                reader, writer = os.pipe()
+                os.close(reader)
+                process = subprocess.run(
+                    [COMMAND, "run", self.write("program.py", text)], stdout=writer, stderr=subprocess.PIPE, timeout=100
+                )
+                os.close(writer)
+                self.assertEqual(process.returncode, status, process.stderr)
+                self.assertIn(b"BrokenPipeError: [Errno 32] Broken pipe", process.stderr)
+
+    def test_prints_any_text_without_a_locale(self):
+        for variables in {}, {"LC_ALL": "C"}, {"LC_ALL": "C.UTF-8"}:
+            with self.subTest(variables):
+                environment = {k: v for k, v in os.environ.items() if not k.startswith(("LC_", "LANG"))}
+                status, out, err = self.run_text("print('\u00e9\u4e2d')", env=dict(environment, **variables))
+                self.assertEqual((status, out, err), (0, "\u00e9\u4e2d\n", ""))
+
+    def test_sees_the_host(self):
+        text = "import ling, ling.cpython\nprint(ling.cpython.evaluate('return 40 + 2', None), ling.find_module('ling').name)"
+        self.assertEqual(self.run_text(text), (0, "42 ling\n", ""))
+
+
+class EvalAndExec(CommandTest):
+    def test_prints_results(self):
+        table = [
+            ("eval", "1 + 2", "3\n"),
+            ("eval", "[1, 'a', None]", "[1, 'a', None]\n"),
+            ("eval", "'text'", "text\n"),
+            ("eval", "-1", "-1\n"),
+            ("eval", "__import__('sys').argv", "['']\n"),
+            ("eval", "print('before') or 5", "before\n5\n"),
+            ("exec", "x = 2\nreturn x * 21", "42\n"),
+            ("exec", "x = 2", ""),
+            ("exec", "print('only this')", "only this\n"),
+            ("exec", "import sys\nreturn sys.argv", "['-c']\n"),
+            ("exec", "import atexit; atexit.register(print, 'at the end')\nreturn 1", "1\nat the end\n"),
+        ]
+        for command, text, expected in table:
+            with self.subTest(text):
+                self.assertEqual(self.ling(command, text), (0, expected, ""))
+
+    def test_reports_failures(self):
+        table = [
+            ("eval", "1 / 0", 1, "ZeroDivisionError: division by zero"),
+            ("eval", "x = 1", 1, "SyntaxError"),
+            ("exec", "def f():\n    raise ValueError('deep')\nf()", 1, "ValueError: deep"),
+            ("exec", "import sys; sys.exit(3)", 3, ""),
+            ("exec", "raise SystemExit('a reason')", 1, "a reason"),
+            ("eval", "exit()", 0, ""),
+            ("exec", "raise KeyboardInterrupt", 130, "KeyboardInterrupt"),
+        ]
+        for command, text, status, last_line in table:
+            with self.subTest(text):
+                got, out, err = self.ling(command, text)
+                self.assertEqual((got, out), (status, ""))
+                self.assertIn(last_line, (err.splitlines() or [""])[-1])
+
+
+class Usage(CommandTest):
+    def test_refuses_wrong_usage(self):
+        missing = self.path("missing.so")
+        table = [
+            [],
+            ["walk"],
+            ["run"],
+            ["run", "--walk"],
+            ["eval"],
+            ["eval", "1", "2"],
+            ["--load", missing, "eval", "1"],
+            ["--module", missing, "eval", "1"],
+            ["--load"],
+        ]
+        for arguments in table:
+            with self.subTest(arguments):
+                status, out, err = self.ling(*arguments)
+                self.assertEqual((status, out), (2, ""))
+                self.assertTrue(err)
+
+    def test_names_a_file_that_is_no_plug_in(self):
+        text = self.write("plug_in.so", "not a library")
+        for option in "--load", "--module":
+            status, out, err = self.ling(option, text, "eval", "1")
+            self.assertEqual((status, out), (1, ""))
+            self.assertIn(text, err)
+
+    def test_documents_itself(self):
+        for arguments in ["--help"], ["run", "--help"], ["eval", "-h"], ["exec", "--help"], ["--version"]:
+            with self.subTest(arguments):
+                status, out, err = self.ling(*arguments)
+                self.assertEqual((status, err), (0, ""))
+                self.assertIn("ling", out)
+
+
+if __name__ == "__main__":
+    unittest.main()
