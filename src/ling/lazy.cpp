@@ -57,6 +57,8 @@ bool is_being_computed(const object_value_computed& value) noexcept {
   return false;
 }
 
+Error error_needs_itself() { return Error("A computed value needs itself."); }
+
 Any compute_guarded(const std::function<Any()>& compute) {
   try {
     return compute();
@@ -74,7 +76,7 @@ Any object_value_computed::force() {
     return value_;
   }
   if (is_being_computed(*this)) {
-    return Error("A computed value needs itself.");
+    return error_needs_itself();
   }
   const internal::nesting level;
   if (level.too_deep()) {
@@ -92,6 +94,9 @@ Any object_value_computed::force() {
   {
     const computation_scope scope(*this);
     value = compute_guarded(*compute);
+  }
+  if (value.get() == this) {
+    value = error_needs_itself();  // kept, it would keep itself alive
   }
   const std::lock_guard guard(lock_);
   if (compute_ != nullptr) {
