@@ -123,7 +123,7 @@ void raise_text(PyObject* type, const String& message) {
 }
 
 // An exception of the type with the error as its attribute "ling"; null when it cannot be made.
-PyObjectPtr make_exception(PyObject* type, const Error& error) {
+PyObjectPtr make_exception(PyObject* type, const Error& error, const String& message) {
   const PyObjectPtr no_arguments(PyTuple_New(0));
   PyObjectPtr instance(no_arguments ? PyObject_Call(type, no_arguments.get(), nullptr) : nullptr);
   if (instance) {
@@ -132,7 +132,7 @@ PyObjectPtr make_exception(PyObject* type, const Error& error) {
       PyObject_SetAttrString(instance.get(), "ling", carried.get());
     }
     // Set, not passed on: the constructor of a standard exception may make more of an argument than its text.
-    if (const String message = error.message(); !message.empty()) {
+    if (!message.empty()) {
       const PyObjectPtr arguments = to_python_locked(Tuple_Generic({message}));
       if (arguments) {
         PyObject_SetAttrString(instance.get(), "args", arguments.get());
@@ -185,21 +185,17 @@ Error error_from_exception(PyObjectPtr_Borrowed instance) {
   return carried ? carried.value() : error_from_texts(carrier.get());
 }
 
-void raise_error(const Error& error) {
+void raise_error(const Error& error) { raise_error_as(exception_type_of(raw_class_of(error)), error, error.message()); }
+
+void raise_error_as(PyObject* exception_type, const Error& error, const String& message) {
   if (raise_interruption(error)) {
     return;
   }
-  const Class_Generic error_class = raw_class_of(error);
-  if (error_class == Error::getClass() && !error.cause()) {
-    raise_text(PyExc_RuntimeError, error.message());
-    return;
-  }
-  PyObject* const type = exception_type_of(error_class);
-  const PyObjectPtr instance = make_exception(type, error);
+  const PyObjectPtr instance = make_exception(exception_type, error, message);
   if (instance) {
-    PyErr_SetObject(type, instance.get());
+    PyErr_SetObject(exception_type, instance.get());
   } else {
-    raise_text(type, error.message());
+    raise_text(exception_type, message);
   }
 }
 

@@ -33,8 +33,7 @@ slot_result next_item(const Any& value) {
   if (StopIteration::matches(item.get())) {
     return slot_result::absent();
   }
-  const Error error = Error::unchecked(std::move(item));
-  return runtime_error(error, error.message());
+  return runtime_error(Error::unchecked(std::move(item)));
 }
 
 }  // namespace ling::cpython

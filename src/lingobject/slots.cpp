@@ -42,12 +42,8 @@ void slot_result::drop() noexcept {
 }
 
 slot_result runtime_error(const Error& error, const String& message) {
-  raise_error(error);
-  if (PyErr_ExceptionMatches(PyExc_Exception) == 0) {
-    return slot_result::raised();
-  }
-  PyErr_Clear();
-  return {slot_exception::runtime_error, message};
+  raise_error_as(PyExc_RuntimeError, error, message);
+  return slot_result::raised();
 }
 
 }  // namespace ling::cpython
