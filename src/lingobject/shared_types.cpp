@@ -2,6 +2,7 @@
 #include "lingobject/call.h"
 #include "lingobject/iteration.h"
 #include "lingobject/members.h"
+#include "lingobject/slot_tables.h"
 #include "lingobject/text.h"
 #include "lingobject/type_objects.h"
 
@@ -25,11 +26,11 @@ struct shared_row {
 using namespace class_flags;
 constexpr std::uint64_t all = callable | collection | sequence;
 constexpr shared_row shared_rows[] = {
-    {callable, callable,              call_slot<call>, nullptr, nullptr},
-    {all,      0,                     nullptr,         nullptr, nullptr},
-    {all,      class_flags::sequence, nullptr,         nullptr, nullptr},
-    {all,      collection,            nullptr,         nullptr, nullptr},
-    {all,      collection | sequence, nullptr,         nullptr, nullptr},
+    {callable, callable,              call_slot<call>, &minimal_sequence,    nullptr         },
+    {all,      0,                     nullptr,         &minimal_sequence,    nullptr         },
+    {all,      class_flags::sequence, nullptr,         &full_sequence,       &wrapper_mapping},
+    {all,      collection,            nullptr,         &membership_sequence, &wrapper_mapping},
+    {all,      collection | sequence, nullptr,         &full_sequence,       &wrapper_mapping},
 };
 constexpr std::size_t callable_row = 0;
 
@@ -80,6 +81,7 @@ void fill_common_slots(type_object& type) {
   type.tp_hash = hash_slot<hash>;
   type.tp_getattro = attribute_slot<get_attribute>;
   type.tp_setattro = set_attribute_slot<set_attribute>;
+  type.tp_as_number = &wrapper_numbers;
   type.tp_richcompare = compare_slot<compare>;
   type.tp_iter = unary_slot<iterate>;
   type.tp_iternext = next_slot<next_item>;

@@ -1,0 +1,238 @@
+// Items by position and by key, membership, length.
+#include "lingobject/indexing.h"
+
+#include "ling/hash_set.h"
+#include "ling/interfaces.h"
+#include "ling/reflection.h"
+#include "lingobject/ling_object.h"
+#include "lingobject/operand.h"
+#include "lingobject/slices.h"
+
+namespace ling::cpython {
+
+namespace {
+
+// The wrapped value, or what a lazy one yields, which may be an Error.
+class subject {
+ public:
+  explicit subject(PyObject* self)
+      : forced_(value_in(self).has(object_traits::lazy) ? internal::unwrap(value_in(self)) : Any()),
+        value_(forced_.empty() ? value_in(self) : forced_) {}
+  subject(const subject&) = delete;
+  subject& operator=(const subject&) = delete;
+  const Any& operator*() const noexcept { return value_; }
+
+ private:
+  const Any forced_;
+  const Any& value_;
+};
+
+bool is_map(const Any& value) noexcept {
+  return value.type() == ObjectType::HashMap ||
+         (value.type() == ObjectType::Instance && I_Map_Generic::matches(value.get()));
+}
+bool is_sequence(const Any& value) noexcept {
+  return value.type() == ObjectType::List || I_Sequence_Generic::matches(value.get());
+}
+
+// --- length ----------------------------------------------------------------------------------------------------------
+
+Any length_of(const Any& value) {
+  switch (value.type()) {
+    case ObjectType::List:
+      return borrowed<List_Generic>(value)->length();
+    case ObjectType::HashMap:
+      return borrowed<HashMap_Generic>(value)->length();
+    case ObjectType::HashSet:
+      return borrowed<HashSet_Generic>(value)->length();
+    default:
+      break;
+  }
+  const bool has_length = class_of(value).object().has_flag(class_flags::dynamic_members) ||
+                          property_of(value, members::property::__length__).has_value();
+  return has_length ? internal::unwrap(value.propertyValue(members::property::__length__)) : Any();
+}
+
+Py_ssize_t fail(slot_result failure) { return std::move(failure).to_status(); }
+
+// --- keys ------------------------------------------------------------------------------------------------------------
+
+// A position in a sequence, read from what Python handed over.
+class position {
+ public:
+  explicit position(PyObject* key) {
+    if (int overflow = 0; Py_TYPE(key) == &PyLong_Type) [[likely]] {
+      index_ = PyLong_AsLongLongAndOverflow(key, &overflow);
+      if (overflow == 0) {
+        return;
+      }
+    }
+    const operand index(key);
+    if (index.failed()) {
+      failure_ = index.error();
+    } else if (const auto integer = Integer::cast(index.value()); integer && integer->is_signed()) {
+      index_ = integer->value();
+    } else {
+      is_none_ = true;
+    }
+  }
+
+  bool ok() const noexcept { return failure_.empty() && !is_none_; }
+  std::int64_t index() const noexcept { return index_; }
+  slot_result failure(const Any& value) const {
+    return is_none_ ? slot_result(slot_exception::type_error,
+                                  String("The indices of {} are integers or slices.").arg(qualname(class_of(value))))
+                    : runtime_error(Error::unchecked(failure_));
+  }
+
+ private:
+  std::int64_t index_ = 0;
+  bool is_none_ = false;  // the key is no position at all
+  Any failure_;
+};
+
+slot_result read_item(const Any& value, std::int64_t index) {
+  if (value.type() == ObjectType::List) [[likely]] {
+    return checked(borrowed<List_Generic>(value)->at(index));
+  }
+  const Any row[] = {index};
+  return call_method_of(value, members::at, row);
+}
+
+slot_result assign_item(const Any& value, std::int64_t index, PyObject* new_value) {
+  if (new_value == nullptr) {
+    const Any row[] = {index};
+    return call_method_of(value, members::removeAt, row);
+  }
+  const operand item(new_value);
+  if (item.failed()) {
+    return runtime_error(item.error());
+  }
+  const Any row[] = {index, item.value()};
+  return call_method_of(value, members::set, row);
+}
+
+slot_result assign_key(const Any& value, PyObject* python_key, PyObject* new_value) {
+  const operand key(python_key);
+  if (key.failed()) {
+    return runtime_error(key.error());
+  }
+  if (new_value == nullptr) {
+    const Any row[] = {key.value()};
+    return call_method_of(value, members::remove, row);
+  }
+  const operand item(new_value);
+  if (item.failed()) {
+    return runtime_error(item.error());
+  }
+  const Any row[] = {key.value(), item.value()};
+  return call_method_of(value, members::set, row);
+}
+
+slot_result subscript(const Any& value, PyObject* key) {
+  const recursion_guard guard;
+  if (!guard) {
+    return slot_result::raised();
+  }
+  if (is_map(value)) {
+    const operand map_key(key);
+    return map_key.failed() ? runtime_error(map_key.error())
+                            : checked(internal::unwrap(borrowed<I_Map_Generic>(value)->get(map_key.value())));
+  }
+  if (PySlice_Check(key) && is_sequence(value)) {
+    return read_slice(value, key);
+  }
+  const position index(key);
+  return index.ok() ? read_item(value, index.index()) : index.failure(value);
+}
+
+slot_result assign_subscript(const Any& value, PyObject* key, PyObject* new_value) {
+  const recursion_guard guard;
+  if (!guard) {
+    return slot_result::raised();
+  }
+  if (is_map(value)) {
+    return assign_key(value, key, new_value);
+  }
+  if (PySlice_Check(key) && is_sequence(value)) {
+    return new_value == nullptr ? delete_slice(value, key) : assign_slice(value, key, new_value);
+  }
+  const position index(key);
+  return index.ok() ? assign_item(value, index.index(), new_value) : index.failure(value);
+}
+
+slot_result error_no_value(PyObject* key) { return {slot_exception::key_error, display_text(from_python_locked(key))}; }
+
+// What the caller wrote: Python has added the length to a negative index, which may have left it negative.
+std::int64_t index_as_given(PyObject* self, Py_ssize_t index) {
+  if (index >= 0) {
+    return index;
+  }
+  const auto length = Integer::cast(length_of(*subject(self)));
+  return length ? index - length->value() : index;
+}
+
+}  // namespace
+
+Py_ssize_t length_slot(PyObject* self) noexcept {
+  return guarded<Py_ssize_t>(-1, [&]() -> Py_ssize_t {
+    const subject value(self);
+    const recursion_guard guard;
+    if (!guard) {
+      return -1;
+    }
+    const Any length = is_error_result(*value) ? *value : length_of(*value);
+    if (is_error_result(length)) {
+      return fail(runtime_error(Error::unchecked(length)));
+    }
+    if (!Integer::matches(length.get())) {
+      return fail({slot_exception::type_error, "Object is not a Ling sequence."});
+    }
+    const Integer count = Integer::unchecked(length);
+    if (!count.is_signed() || count.value() < 0) {
+      return fail({slot_exception::runtime_error, String("The length is not a number of items: {}").arg(length)});
+    }
+    return static_cast<Py_ssize_t>(count.value());
+  });
+}
+
+PyObject* item_slot(PyObject* self, Py_ssize_t index) noexcept {
+  return guarded<PyObject*>(nullptr,
+                            [&] { return read_item(*subject(self), index_as_given(self, index)).to_object(); });
+}
+
+int assign_item_slot(PyObject* self, Py_ssize_t index, PyObject* value) noexcept {
+  return guarded<int>(-1, [&] { return assign_item(*subject(self), index_as_given(self, index), value).to_status(); });
+}
+
+int contains_slot(PyObject* self, PyObject* item) noexcept {
+  return guarded<int>(-1, [&] {
+    const subject value(self);
+    const operand wanted(item);
+    if (wanted.failed()) {
+      return runtime_error(wanted.error()).to_status();
+    }
+    const recursion_guard guard;
+    if (!guard) {
+      return -1;
+    }
+    const Any found = internal::unwrap(borrowed<I_Iterable_Generic>(*value)->contains(wanted.value()));
+    return is_error_result(found) ? runtime_error(Error::unchecked(found)).to_status()
+                                  : int{Boolean::from(found).value()};
+  });
+}
+
+PyObject* subscript_slot(PyObject* self, PyObject* key) noexcept {
+  return guarded<PyObject*>(nullptr, [&] {
+    return (wrapped_value(self) == nullptr ? error_no_value(key) : subscript(*subject(self), key)).to_object();
+  });
+}
+
+int assign_subscript_slot(PyObject* self, PyObject* key, PyObject* value) noexcept {
+  return guarded<int>(-1, [&] {
+    return (wrapped_value(self) == nullptr ? error_no_value(key) : assign_subscript(*subject(self), key, value))
+        .to_status();
+  });
+}
+
+}  // namespace ling::cpython

@@ -1,0 +1,34 @@
+// Operands, and methods called with them.
+#include "lingobject/operand.h"
+
+#include "ling/detail/argument_row.h"
+#include "ling/reflection.h"
+#include "lingobject/ling_object.h"
+
+namespace ling::cpython {
+
+operand::operand(PyObject* object)
+    : value_(from_python_locked(object)),
+      failed_(is_error_result(value_) && wrapped_value(object) == nullptr && !PyExceptionInstance_Check(object)) {}
+
+slot_result call_method_of(const Any& value, const I_Callable_Generic& method, std::span<const Any> arguments) {
+  const recursion_guard guard;
+  if (!guard) {
+    return slot_result::raised();
+  }
+  return checked(method.callWith(internal::prefixed_row(value, arguments)));
+}
+
+slot_result call_method_of(const Any& value, meta_method_untyped name, std::span<const Any> arguments) {
+  const auto method = method_of(value, name);
+  return method ? call_method_of(value, method.value(), arguments) : runtime_error(error_method_not_found(value, name));
+}
+
+slot_result checked(Any outcome) {
+  if (is_error_result(outcome)) [[unlikely]] {
+    return runtime_error(Error::unchecked(std::move(outcome)));
+  }
+  return outcome;
+}
+
+}  // namespace ling::cpython
