@@ -1,6 +1,7 @@
 // What the module brings to the host: the queue of its init handlers, in the order of their levels.
 #include "ling/registration.h"
 
+#include "extension/logging_bridge.h"
 #include "extension/search_paths.h"
 #include "language/evaluation.h"
 #include "ling/class_builder.h"
@@ -34,6 +35,8 @@ Result<None> register_functions() {
 
 // Static initialisers run when the module file is loaded; the host runs the handlers afterwards.
 [[maybe_unused]] const bool queued = [] {
+  // The classes are there by then; for most hosts this is what starts the interpreter.
+  internal::init_handlers_unsafe().push_back({InitLevel::Services, &install_logging_bridge});
   internal::add_init_handler(InitLevel::Properties, &register_properties);
   internal::add_init_handler(InitLevel::Functions, &register_functions);
   return true;

@@ -1,4 +1,6 @@
 // ling: a small host that runs Python inside the runtime.
+#include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -40,6 +42,18 @@ void add_file_option(CLI::App& app, const char* name, const char* what, auto& va
       ->check(CLI::Validator(CLI::ExistingFile).description(""));
 }
 
+const std::map<std::string, std::int64_t> log_levels = {
+    {"debug", 10}, {"info", 20}, {"warning", 30}, {"error", 40}, {"critical", 50}, {"off", INT64_MAX},
+};
+
+void add_log_level(CLI::App& app, std::int64_t& level) {
+  app.add_option("--log-level", level,
+                 "Drop log records below debug, info, warning, error or critical, or all with off; without it none is")
+      ->type_name("LEVEL")
+      ->allow_extra_args(false)
+      ->transform(CLI::CheckedTransformer(log_levels).description(""));
+}
+
 CLI::App* add_text_command(CLI::App& app, const char* name, const char* what, const char* text_name,
                            std::string& text) {
   CLI::App* command = app.add_subcommand(name, what);
@@ -69,6 +83,7 @@ int run_command(int argc, char** argv) {
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
   add_file_option(app, "--load", "Load this plug-in first; repeatable", given.options.plug_ins);
   add_file_option(app, "--module", "The language module, when it is not where the build puts it", given.options.module_file);
+  add_log_level(app, given.options.log_level);
   app.require_subcommand(1);
   app.footer("ling COMMAND --help says more about a command.");
 

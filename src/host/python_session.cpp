@@ -8,6 +8,7 @@
 #include "ling/evaluation_scope.h"
 #include "ling/extension.h"
 #include "ling/hash_map.h"
+#include "ling/logger.h"
 #include "ling/module.h"
 #include "ling/registration.h"
 #include "ling/tuple.h"
@@ -33,6 +34,7 @@ Result<None> find_evaluator(const char* name, Any& into) {
 }  // namespace
 
 Result<None> python_session::open(const session_options& options) {
+  get_logger().setLevel(options.log_level);
   if (auto ready = initialize(); ready.is_error()) {
     return ready;
   }

@@ -2,7 +2,9 @@
 // then on Python is two callables of the module `ling.cpython`.
 #pragma once
 
+#include <cstdint>
 #include <initializer_list>
+#include <limits>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,6 +22,8 @@ enum exit_status : int { success = 0, failure = 1, wrong_usage = 2 };
 struct session_options {
   std::vector<std::string> plug_ins;
   std::string module_file;
+  // Records below this level are dropped from the log; the least number lets all of them pass.
+  std::int64_t log_level = std::numeric_limits<std::int64_t>::min();
 };
 
 class python_session {
