@@ -25,8 +25,11 @@ PyObject* python_exception(slot_exception type) noexcept {
 
 void slot_result::raise() {
   if (content_ == content::exception) {
-    const Any message = take_value();
-    PyErr_SetString(python_exception(exception_), static_cast<const object_value_string&>(*message.get()).data());
+    // Whole texts: a name that a message quotes may hold zero bytes.
+    const PyObjectPtr message = to_python_locked(take_value());
+    if (message) {
+      PyErr_SetObject(python_exception(exception_), message.get());
+    }
   }
   if (PyErr_Occurred() == nullptr) {
     PyErr_SetString(PyExc_RuntimeError, "The value has no counterpart in Python.");
