@@ -3,11 +3,13 @@
 #include "bridge/python.h"
 #include "ling/ling.h"
 #include "lingobject/ling_object.h"
+#include "lingobject/outcomes.h"
 
 namespace ling::cpython {
 namespace {
 
-// --- classes of a host -------------------------------------------------------------------------------------------------
+// --- classes of a host
+// -------------------------------------------------------------------------------------------------
 
 // The error for an exception that Python code of the host raised.
 Any raised_by(const char* exception) {
@@ -60,7 +62,8 @@ constinit const class_definition<Probe> probe_class("Probe", [](class_builder<Pr
                   const GilGuard gil;
                   const PyObjectPtr wrapper = to_python_locked(self);
                   const PyObjectPtr value(PyObject_GetAttrString(wrapper.get(), "loop"));
-                  return value ? from_python_locked(value.get()) : Any(capture_error_or("no exception"));
+                  PyErr_Clear();
+                  return value ? from_python_locked(value.get()) : Any("bounded");
                 })
       .method("join", "first, second, rest...", "All of them.",
               [](const Probe& self, const String& first, const String& second, const Variadic& rest) {
@@ -95,7 +98,7 @@ constinit const class_definition<Rank> rank_class("Rank", [](class_builder<Rank>
               })
       .method(Any::__hash__, "", [](const Rank&) { return std::uint64_t{7}; })
       .method(Any::__coerce__, "class", [](const Rank& self, const Any& to) -> Any {
-        return String::getClass().is_same(to) ? Any(String("rank {}").arg(self.rank))
+        return String::getClass().is_same(to)      ? Any(String("rank {}").arg(self.rank))
                : ByteArray::getClass().is_same(to) ? Any(ByteArray("rank"))
                                                    : Any(Undefined());
       });
@@ -131,214 +134,150 @@ constinit const class_definition<void> dynamic_class("Dynamic", [](class_builder
   c.hooks(hooks);
 });
 constinit const class_definition<void> asking_class("Asking", [](class_builder<void>& c) {
-  c.method(Any::__property__, "name",
-           [](const Any&, const String& name) -> Any {
-             return name.view().starts_with("any") ? Any(Property::constant("meta")) : Any();
-           })
-      .method(Any::__insertProperty__, "name, property", [](const Any&, const String& name, const Any&) -> Any {
-        return Error(String("{} is refused").arg(name));
-      });
+  c.method(Any::__property__, "name", [](const Any&, const String& name) -> Any {
+     return name.view().starts_with("any") ? Any(Property::constant("meta")) : Any();
+   }).method(Any::__insertProperty__, "name, property", [](const Any&, const String& name, const Any&) -> Any {
+    return Error(String("{} is refused").arg(name));
+  });
 });
 
 Any make_probe() { return Class_Generic(probe_class.required())(); }
 
-// --- what Python says to it --------------------------------------------------------------------------------------------
-
-class Wrapper : public PythonTest {
- protected:
-  // The `repr` of an expression, or what statements leave in `result`; "Type: text" of an exception.
-  static std::string outcome(const Any& value, const char* code) {
-    static PyObject* const evaluate = run(R"(
-def result(w, code):
-  import builtins
-  names = {'w': w, '__builtins__': builtins}
-  try:
-    try:
-      return repr(eval(code, names))
-    except SyntaxError:
-      exec(code, names)
-      return repr(names.get('result'))
-  except BaseException as e:
-    return f'{type(e).__name__}: {e}'.replace('\0', '<zero>')
-)").release();
-    const PyObjectPtr wrapper = to_python(value);
-    const PyObjectPtr result(PyObject_CallFunction(evaluate, "Os", wrapper.get(), code));
-    const PyObjectPtr bytes(result ? PyUnicode_AsEncodedString(result.get(), "utf-8", "backslashreplace") : nullptr);
-    EXPECT_EQ(PyErr_Occurred(), nullptr) << code;
-    return bytes ? PyBytes_AsString(bytes.get()) : "";
-  }
-
-  struct row {
-    const char* code;
-    const char* expected;
-  };
-  static void check(const Any& value, std::initializer_list<row> rows) {
-    for (const row& each : rows) {
-      EXPECT_EQ(outcome(value, each.code), each.expected) << each.code;
-    }
-  }
-};
-
-#define NO_ATTRIBUTE(name) "AttributeError: 'test.wrapped.Probe' object has no attribute '" name "'"
-#define NO_SPECIAL(name) "AttributeError: 'ling~test`wrapped`Probe' object has no attribute '" name "'"
+using Wrapper = PythonTest;
 
 TEST_F(Wrapper, ReadsMembersInOrder) {
   const Any probe = make_probe();
   static_cast<object_value_instance&>(*probe.get())
       .insert_own_method(meta_method_untyped("both").entry(), make_function("own", "", "", [] { return 1; }));
-  check(probe, {
-                   {"w.everything", "'field'"},
-                   {"w.both", "'property'"},
-                   {"w.note, w.count, w.LIMIT", "('empty', 1, 100)"},
-                   {"w.count = 8; w.own = 9; result = w.count, w.own", "(8, 9)"},
-                   {"w._hidden", NO_SPECIAL("_hidden")},
-                   {"w._other = 1; result = w._other", NO_SPECIAL("_other")},
-                   {"w.nothing", NO_ATTRIBUTE("nothing")},
-                   {"getattr(w, '')", NO_ATTRIBUTE("")},
-                   {"getattr(w, 'a\\0{}')", NO_ATTRIBUTE("a<zero>{}")},
-                   {"setattr(w, 'a\\0b', 5) or getattr(w, 'a\\0b')", "5"},
-                   {"getattr(w, '\\udc80', 1)",
-                    "UnicodeEncodeError: 'utf-8' codec can't encode character '\\udc80' in position 0: surrogates not "
-                    "allowed"},
-                   {"w.broken", "RuntimeError: no reading"},
-                   {"w.thrown", "RuntimeError: thrown"},
-                   {"w.python", "RuntimeError: 'k'"},
-                   {"w.interrupted", "KeyboardInterrupt: "},
-                   {"try: w.loop\nexcept RuntimeError as e: result = 'ecursion' in str(e)", "True"},
-               });
-  check(Class_Generic(probe_class.required()),
-        {
-            {"w.LIMIT, w.unit()", "(100, 'm')"},
-            {"w.join(w(4), 'a', 'b')", "'4ab0'"},
-            {"w.size()", "'nothing'"},
-            {"w.name", "'Probe'"},
-            {"w.note", "AttributeError: 'ling.Class' object has no attribute 'note'"},
-        });
-  check(make_computed<Any>([&] { return probe; }), {{"w.count", NO_ATTRIBUTE("count")}});
+  EXPECT_EQ(wrong_outcomes(probe, R"(
+    w.everything                          => 'field'
+    w.both                                => 'property'
+    w.note, w.count, w.LIMIT              => ('empty', 1, 100)
+    w.count = 8; w.own = 9; result = w.count, w.own => (8, 9)
+    w._hidden                             => AttributeError: 'ling~test`wrapped`Probe' object has no attribute '_hidden'
+    w._own = 1; result = w._own           => AttributeError: 'ling~test`wrapped`Probe' object has no attribute '_own'
+    w.nothing                             => AttributeError: 'test.wrapped.Probe' object has no attribute 'nothing'
+    getattr(w, '')                        => AttributeError: 'test.wrapped.Probe' object has no attribute ''
+    getattr(w, 'a\0{}')                   => AttributeError: 'test.wrapped.Probe' object has no attribute 'a<zero>{}'
+    setattr(w, 'a\0b', 5) or getattr(w, 'a\0b') => 5
+    getattr(w, '\ud800', 1)               => UnicodeEncodeError: 'utf-8' codec can't encode character '\ud800' in position 0: surrogates not allowed
+    w.broken                              => RuntimeError: no reading
+    w.thrown                              => RuntimeError: thrown
+    w.python                              => RuntimeError: 'k'
+    w.interrupted                         => KeyboardInterrupt:
+    w.loop                                => 'bounded')"),
+            "");
+  EXPECT_EQ(wrong_outcomes(Class_Generic(probe_class.required()), R"(
+    w.LIMIT, w.unit(), w.size()           => (100, 'm', 'nothing')
+    w.join(w(4), 'a', 'b')                => '4ab0'
+    w.name                                => 'Probe'
+    w.note                                => AttributeError: 'ling.Class' object has no attribute 'note')"),
+            "");
+  EXPECT_EQ(wrong_outcomes(make_computed<Any>([&] { return probe; }), R"(
+    w.count                               => AttributeError: 'test.wrapped.Probe' object has no attribute 'count')"),
+            "");
 }
 
 TEST_F(Wrapper, ReadsMembersThroughHooksAndMetaMethods) {
-  check(dynamic_class.required().allocate_instance(),
-        {
-            {"w.anything()", "'hook'"},
-            {"w.nothing", "AttributeError: 'Dynamic' object has no attribute 'nothing'"},
-        });
-  check(asking_class.required().allocate_instance(),
-        {
-            {"w.anything", "'meta'"},
-            {"w.nothing", "AttributeError: 'Asking' object has no attribute 'nothing'"},
-            {"w.nothing = 1", "RuntimeError: nothing: nothing is refused"},
-        });
+  EXPECT_EQ(wrong_outcomes(dynamic_class.required().allocate_instance(), R"(
+    w.anything()                          => 'hook'
+    w.nothing                             => AttributeError: 'Dynamic' object has no attribute 'nothing')"),
+            "");
+  EXPECT_EQ(wrong_outcomes(asking_class.required().allocate_instance(), R"(
+    w.anything                            => 'meta'
+    w.nothing                             => AttributeError: 'Asking' object has no attribute 'nothing'
+    w.nothing = 1                         => RuntimeError: nothing: nothing is refused)"),
+            "");
 }
 
 TEST_F(Wrapper, AnswersSpecialNames) {
   const Any probe = make_probe();
-  check(probe, {
-                   {"w.__doc__", "'Measures things.'"},
-                   {"w.__name__, w.__code__, w.__bool__", "('probe', 'Probe()', True)"},
-                   {"w.count = 5; result = w.__copy__().count, w.__deepcopy__({}).count", "(5, 50)"},
-                   {"import copy; result = copy.deepcopy(w).count", "50"},
-                   {"w.__annotations__", NO_SPECIAL("__annotations__")},
-                   {"w.__module__", NO_SPECIAL("__module__")},
-                   {"w.__text_signature__", NO_SPECIAL("__text_signature__")},
-                   {"w.__bytes__", "RuntimeError: Unable to convert '<test.wrapped.Probe>' to ByteArray."},
-                   {"w.__class__ is type(w)", "True"},
-                   {"w.own = 1; result = [n for n in w.__dir__ if n in ('own', 'unit', 'count', 'note')]",
-                    "['note', 'unit', 'count', 'own']"},
-               });
-  check(Class_Generic(probe_class.required()),
-        {
-            {"w.__doc__", "'(count: int = 1) -> test.wrapped.Probe\\n\\nMeasures things.'"},
-            {"w.__name__, w.__module__", "('Probe', 'test.wrapped')"},
-        });
-  check(probe.boundMethod(meta_method_untyped("join")),
-        {
-            {"w.__doc__", R"("(first: str, second: str = 'b', *rest) -> str\n\nAll of them.")"},
-            {"w.__text_signature__", R"("(first: str, second: str = 'b', *rest) -> str")"},
-            {"[(k, v.__name__) for k, v in w.__annotations__.items()][:2]", "[('first', 'str'), ('second', 'str')]"},
-            {"w.__annotations__['return']", "<class 'str'>"},
-            {"w.__copy__", "AttributeError: '>LingObject' object has no attribute '__copy__'"},
-            {"w.__code__", "AttributeError: '>LingObject' object has no attribute '__code__'"},
-        });
-  check(Class_Generic(rank_class.required())(2), {{"w.__bytes__, str(w)", "(b'rank', 'rank 2')"}});
+  EXPECT_EQ(wrong_outcomes(probe, R"(
+    w.__doc__                             => 'Measures things.'
+    w.__name__, w.__code__, w.__bool__    => ('probe', 'Probe()', True)
+    w.count = 5; result = w.__copy__().count, w.__deepcopy__({}).count => (5, 50)
+    import copy; result = copy.deepcopy(w).count => 50
+    w.__annotations__                     => AttributeError: 'ling~test`wrapped`Probe' object has no attribute '__annotations__'
+    w.__module__                          => AttributeError: 'ling~test`wrapped`Probe' object has no attribute '__module__'
+    w.__text_signature__                  => AttributeError: 'ling~test`wrapped`Probe' object has no attribute '__text_signature__'
+    w.__bytes__                           => RuntimeError: Unable to convert '<test.wrapped.Probe>' to ByteArray.
+    w.__class__ is type(w)                => True
+    w.own = 1; result = [n for n in w.__dir__ if n in ('own', 'unit', 'count', 'note')] => ['note', 'unit', 'count', 'own'])"),
+            "");
+  EXPECT_EQ(wrong_outcomes(Class_Generic(probe_class.required()), R"(
+    w.__doc__                             => '(count: int = 1) -> test.wrapped.Probe\n\nMeasures things.'
+    w.__name__, w.__module__              => ('Probe', 'test.wrapped'))"),
+            "");
+  EXPECT_EQ(wrong_outcomes(probe.boundMethod(meta_method_untyped("join")), R"(
+    w.__doc__                             => "(first: str, second: str = 'b', *rest) -> str\n\nAll of them."
+    w.__text_signature__                  => "(first: str, second: str = 'b', *rest) -> str"
+    [*w.__annotations__.items()][::3]     => [('first', <class 'str'>), ('return', <class 'str'>)]
+    w.__copy__                            => AttributeError: '>LingObject' object has no attribute '__copy__'
+    w.__code__                            => AttributeError: '>LingObject' object has no attribute '__code__')"),
+            "");
 }
 
 TEST_F(Wrapper, SetsInOrder) {
-  check(make_probe(), {
-                          {"w.count = 7; result = w.count", "7"},
-                          {"w.count = -1", "RuntimeError: count: too few."},
-                          {"w.count = 'x'", "RuntimeError: count: Bad call of 'count': the argument 'value' must be "
-                                            "Integer, not String: x."},
-                          {"w.stubborn = 1", "SystemExit: 3"},
-                          {"w.both = 1", "RuntimeError: Read-only attribute: both."},
-                          {"w.everything = 1", "RuntimeError: Read-only attribute: everything."},
-                          {"w.note = [1]; result = w.note", "[1]"},
-                          {"w.added = 3; result = w.added", "3"},
-                          {"w.added = 4; del w.added; result = hasattr(w, 'added')", "False"},
-                          {"del w.note", "AttributeError: Attribute cannot be deleted: note."},
-                          {"setattr(w, '\\ud800', 1)", "UnicodeEncodeError: 'utf-8' codec can't encode character "
-                                                       "'\\ud800' in position 0: surrogates not allowed"},
-                      });
-  check(List_Generic(), {{"w.x = 1", "RuntimeError: x: The property 'x' cannot be added to a value of class List."}});
+  EXPECT_EQ(wrong_outcomes(make_probe(), R"(
+    w.count = 7; result = w.count         => 7
+    w.count = -1                          => RuntimeError: count: too few.
+    w.count = 'x'                         => RuntimeError: count: Bad call of 'count': the argument 'value' must be Integer, not String: x.
+    w.stubborn = 1                        => SystemExit: 3
+    w.both = 1                            => RuntimeError: Read-only attribute: both.
+    w.everything = 1                      => RuntimeError: Read-only attribute: everything.
+    w.note = [1]; result = w.note         => [1]
+    w.added = 3; result = w.added         => 3
+    w.added = 4; del w.added; result = hasattr(w, 'added') => False
+    del w.note                            => AttributeError: Attribute cannot be deleted: note.
+    setattr(w, '\ud800', 1)               => UnicodeEncodeError: 'utf-8' codec can't encode character '\ud800' in position 0: surrogates not allowed)"),
+            "");
+  EXPECT_EQ(wrong_outcomes(List_Generic(), R"(
+    w.x = 1                               => RuntimeError: x: The property 'x' cannot be added to a value of class List.)"),
+            "");
 }
 
 TEST_F(Wrapper, Calls) {
-  check(make_probe(), {
-                          {"w.join('a')", "'1ab0'"},
-                          {"w.join('a', 'c', None, [])", "'1ac2'"},
-                          {"w.join(second='c', first='a'), w.join('a', second='d')", "('1ac0', '1ad0')"},
-                          {"w.join(*['a'], **{})", "'1ab0'"},
-                          {"w.join('a', third=1)", "BadArgument: Bad call of 'test.wrapped.Probe.join': no parameter is "
-                                                   "named 'third'."},
-                          {"w.join(**{1: 2})", "TypeError: keywords must be strings"},
-                          {"w.size('t'), w.size(4), w.size(), w.unit()", "('text t', 'number 4', 'nothing', 'm')"},
-                          {"w()", "RuntimeError: Non-callable object: <test.wrapped.Probe>"},
-                          {"[w.join(*'abcdefghij'[:n]) for n in (8, 9)]", "['1ab6', '1ab7']"},
-                      });
-  check(make_function("fail", "", "", []() -> Any { return Error("failed"); }), {{"w()", "RuntimeError: failed"}});
-  check(countdown(2, nullptr), {{"w()", "TypeError: '>LingObject' object is not callable"}});
+  EXPECT_EQ(wrong_outcomes(make_probe(), R"(
+    w.join('a'), w.join('a', 'c', None, []) => ('1ab0', '1ac2')
+    w.join(second='c', first='a'), w.join('a', second='d') => ('1ac0', '1ad0')
+    w.join(*['a'], **{})                  => '1ab0'
+    w.join('a', third=1)                  => BadArgument: Bad call of 'test.wrapped.Probe.join': no parameter is named 'third'.
+    w.join(**{1: 2})                      => TypeError: keywords must be strings
+    w.size('t'), w.size(4), w.size(), w.unit() => ('text t', 'number 4', 'nothing', 'm')
+    [w.join(*'abcdefghij'[:n]) for n in (8, 9)] => ['1ab6', '1ab7']
+    w()                                   => RuntimeError: Non-callable object: <test.wrapped.Probe>)"),
+            "");
+  EXPECT_EQ(wrong_outcomes(countdown(2, nullptr), "w() => TypeError: '>LingObject' object is not callable"), "");
+  const Any fails = make_function("fail", "", "", []() -> Any { return Error("failed"); });
+  EXPECT_EQ(wrong_outcomes(fails, "w() => RuntimeError: failed"), "");
 }
 
 TEST_F(Wrapper, Iterates) {
-  check(countdown(2, nullptr), {{"list(w)", "[2, 1]"}, {"next(w, 'end')", "'end'"}});
-  check(countdown(2, "broke"), {{"list(w)", "RuntimeError: broke"}});
-  check(countdown(2, "stop me"), {{"list(w)", "KeyboardInterrupt: stop me"}});
-  check(List_Generic({1, "a"}), {{"[*w], [*iter(iter(w))]", "([1, 'a'], [1, 'a'])"}});
-  check(make_probe(), {
-                          {"iter(w)", "TypeError: '<class test.wrapped.Probe>' object is not iterable."},
-                          {"next(w)", "TypeError: '<class test.wrapped.Probe>' object is not an iterator."},
-                      });
+  EXPECT_EQ(wrong_outcomes(countdown(2, nullptr), "list(w), next(w, 'end') => ([2, 1], 'end')"), "");
+  EXPECT_EQ(wrong_outcomes(countdown(2, "broke"), "list(w) => RuntimeError: broke"), "");
+  EXPECT_EQ(wrong_outcomes(countdown(2, "stop me"), "list(w) => KeyboardInterrupt: stop me"), "");
+  EXPECT_EQ(wrong_outcomes(List_Generic({1, "a"}), "[*w], [*iter(iter(w))] => ([1, 'a'], [1, 'a'])"), "");
+  EXPECT_EQ(wrong_outcomes(make_probe(), R"(
+    iter(w)                               => TypeError: '<class test.wrapped.Probe>' object is not iterable.
+    next(w)                               => TypeError: '<class test.wrapped.Probe>' object is not an iterator.)"),
+            "");
 }
 
-TEST_F(Wrapper, HasTextsAndHash) {
+TEST_F(Wrapper, HasTextsAHashAndAnOrder) {
   const Any probe = make_probe();
-  const std::string hash = std::to_string(static_cast<Py_hash_t>(object_id(probe)));
-  check(probe, {{"str(w), repr(w)", "('<test.wrapped.Probe>', '<test.wrapped.Probe>')"}, {"hash(w)", hash.c_str()}});
-  check(Class_Generic(rank_class.required())(2), {{"repr(w)", "'<test.wrapped.Rank>'"}});
   const Any rank = Class_Generic(rank_class.required())(2);
-  EXPECT_EQ(outcome(rank, "hash(w)"), std::to_string(static_cast<Py_hash_t>(hash_of(rank))));
-}
-
-TEST_F(Wrapper, ComparesWithoutRefusing) {
-  constexpr const char* all = "w < x, w <= x, w == x, w != x, w > x, w >= x";
-  const struct {
-    const char* other;
-    const char* expected;
-  } rows[] = {
-      {"1 + 1", "(False, True, True, False, False, True)"},
-      {"0",     "(False, False, False, True, True, True)"},
-      {"4",     "(True, True, False, True, False, False)"},
-      {"'x'",   "(False, False, False, True, False, False)"},
-      {"None",  "(False, False, False, True, False, False)"},
-      {"w",     "(False, True, True, False, False, True)"},
-      {"2**70", "(False, False, False, True, False, False)"},
-      {"3",     "RuntimeError: odd"},
-  };
-  const Any rank = Class_Generic(rank_class.required())(2);
-  for (const auto& each : rows) {
-    EXPECT_EQ(outcome(rank, (std::string("x = ") + each.other + "; result = " + all).c_str()), each.expected)
-        << each.other;
-  }
+  EXPECT_EQ(PyObject_Hash(to_python(probe).get()), static_cast<Py_hash_t>(object_id(probe)));
+  EXPECT_EQ(PyObject_Hash(to_python(rank).get()), static_cast<Py_hash_t>(hash_of(rank)));
+  EXPECT_EQ(wrong_outcomes(probe, "str(w), repr(w) => ('<test.wrapped.Probe>', '<test.wrapped.Probe>')"), "");
+  EXPECT_EQ(wrong_outcomes(rank, R"(
+    str(w), repr(w), w.__bytes__          => ('rank 2', '<test.wrapped.Rank>', b'rank')
+    x = 2; result = w < x, w <= x, w == x, w != x, w > x, w >= x     => (False, True, True, False, False, True)
+    x = 0; result = w < x, w <= x, w == x, w != x, w > x, w >= x     => (False, False, False, True, True, True)
+    x = 4; result = w < x, w <= x, w == x, w != x, w > x, w >= x     => (True, True, False, True, False, False)
+    x = 'x'; result = w < x, w <= x, w == x, w != x, w > x, w >= x   => (False, False, False, True, False, False)
+    x = 2**70; result = w < x, w <= x, w == x, w != x, w > x, w >= x => (False, False, False, True, False, False)
+    w == 3                                => RuntimeError: odd)"),
+            "");
 }
 
 TEST_F(Wrapper, SetsAnExceptionExactlyWhenASlotFails) {
@@ -351,12 +290,22 @@ TEST_F(Wrapper, SetsAnExceptionExactlyWhenASlotFails) {
   objects iterators = {to_python(countdown(0, nullptr)), to_python(countdown(0, "broke"))};
   objects functions = {to_python(make_function("f", "", "", [] {})), to_python(make_probe())};
   const std::function<bool(int)> slots[] = {
-      [&](int i) { return made(PyObject_GetAttrString(probe.get(), std::array{"count", "broken"}[i])); },
-      [&](int i) { return made(PyObject_GetAttrString(probe.get(), std::array{"__name__", "_no"}[i])); },
-      [&](int i) { return PyObject_SetAttrString(probe.get(), std::array{"note", "both"}[i], odd.get()) == 0; },
+      [&](int i) {
+        return made(PyObject_GetAttrString(probe.get(), std::array{"count", "broken"}[i]));
+      },
+      [&](int i) {
+        return made(PyObject_GetAttrString(probe.get(), std::array{"__name__", "_no"}[i]));
+      },
+      [&](int i) {
+        return PyObject_SetAttrString(probe.get(), std::array{"note", "both"}[i], odd.get()) == 0;
+      },
       [&](int i) { return !made(PyIter_Next(iterators[i].get())) && PyErr_Occurred() == nullptr; },
-      [&](int i) { return made(PyObject_GetIter(std::array{iterators, functions}[i]->get())); },
-      [&](int i) { return made(PyObject_RichCompare(rank.get(), std::array{Py_None, odd.get()}[i], Py_LT)); },
+      [&](int i) {
+        return made(PyObject_GetIter(std::array{iterators, functions}[i]->get()));
+      },
+      [&](int i) {
+        return made(PyObject_RichCompare(rank.get(), std::array{Py_None, odd.get()}[i], Py_LT));
+      },
       [&](int i) { return made(PyObject_Call(functions[i].get(), none.get(), nullptr)); },
   };
   for (const auto& slot : slots) {
