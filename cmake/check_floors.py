@@ -16,7 +16,9 @@ FLOORS = [
     ("extension/type_layout.*",  1),  #   layouts of type structs
     ("bridge/convert.h",         2),  # what every room needs to know of conversion,
     ("bridge/error_bridge.h",    2),  #   errors,
-    ("bridge/python_text.h",     2),  #   texts
+    ("bridge/python_text.h",     2),  #   texts,
+    ("bridge/python_call.h",     2),  #   calls,
+    ("bridge/python_helper.h",   2),  #   functions of our own
     ("extension/interpreter.h",  2),  #   and the running interpreter: declarations only
     ("language/*",               3),  # the rooms: they meet in the declarations below, never in each other
     ("function/*",               3),

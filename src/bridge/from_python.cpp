@@ -10,7 +10,7 @@
 #include "ling/none.h"
 #include "ling/number.h"
 #include "lingobject/ling_object.h"
-#include "proxies/cpython_object.h"
+#include "proxies/collection_proxies.h"
 
 #include <cmath>
 #include <cstdint>
@@ -64,6 +64,29 @@ Any type_from(PyObject* type) {
   return builtin ? Any(builtin) : make_python_object(type);
 }
 
+// Containers and all the rest arrive as the very object: nothing is copied.
+const class_definition<CPythonObject>& proxy_class_of(PyObject* object, PyTypeObject* type) {
+  // 15. Dictionaries, those of derived classes included.
+  if (PyDict_Check(object)) {
+    return cpython_proxy_mapping_class;
+  }
+  // 16. Lists, tuples, ranges and whatever has items by position.
+  if (PySequence_Check(object) != 0) {
+    return cpython_proxy_sequence_class;
+  }
+  // 17. Sets that can be changed.
+  if (is_type_or_subtype(type, &PySet_Type)) {
+    return cpython_proxy_set_class;
+  }
+  // 18. Whatever can be iterated over.
+  if (const PyObjectPtr iterator{PyObject_GetIter(object)}) {
+    return cpython_proxy_iterable_class;
+  }
+  // 19. All the rest.
+  PyErr_Clear();
+  return cpython_object_class;
+}
+
 // What needs the interpreter's help to be told apart. Runs Python code, which may raise: nothing may be pending.
 Any from_python_by_protocol(PyObject* object, PyTypeObject* type) {
   // 9. Numbers, whatever class they are of.
@@ -86,8 +109,7 @@ Any from_python_by_protocol(PyObject* object, PyTypeObject* type) {
   if (type == &PyUnicode_Type || PyUnicode_Check(object)) {
     return text_of(object, surrogates::refuse);
   }
-  // 15. to 19. Containers and all the rest arrive as the very object: nothing is copied.
-  return make_python_object(object);
+  return make_python_object(proxy_class_of(object, type), object);
 }
 
 }  // namespace

@@ -62,8 +62,8 @@ Any load(object_value_external& external) noexcept {
   }
 }
 
-PyObjectPtr python_object_to_python(const python_reference& reference) noexcept {
-  PyObjectPtr object = reference.get();
+PyObjectPtr python_object_to_python(const object_value_python_object& proxy) noexcept {
+  PyObjectPtr object = proxy.object();
   if (!object) {
     PyErr_SetString(PyExc_RuntimeError, "The object is null.");
   }
@@ -73,8 +73,8 @@ PyObjectPtr python_object_to_python(const python_reference& reference) noexcept 
 // The first test that applies decides. No test for text: a text is of a kind of its own here, never an Instance.
 PyObjectPtr instance_to_python(const Any& value) {
   // 1. A Python object comes home.
-  if (const auto* reference = native_cast<python_reference>(value)) {
-    return python_object_to_python(*reference);
+  if (CPythonObject::matches(value.get())) {
+    return python_object_to_python(object_of<object_value_python_object>(value));
   }
   // 4. An Error is raised.
   if (Error::matches(value.get())) {

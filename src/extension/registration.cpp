@@ -7,7 +7,7 @@
 #include "ling/class_builder.h"
 #include "ling/detail/try.h"
 #include "ling/property.h"
-#include "proxies/cpython_object.h"
+#include "proxies/collection_proxies.h"
 
 namespace ling::cpython {
 
@@ -15,7 +15,8 @@ namespace {
 
 constexpr const char* module_name = "ling.cpython";
 
-const class_registration classes{cpython_object_class};
+const class_registration classes{cpython_object_class,          cpython_proxy_iterable_class, cpython_proxy_iterator_class,
+                                 cpython_proxy_mapping_class,   cpython_proxy_sequence_class, cpython_proxy_set_class};
 
 Result<None> register_properties() {
   return register_property(module_name, "doc", Property::constant("Interface to Python language."));

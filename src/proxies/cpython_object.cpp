@@ -1,53 +1,57 @@
 // The class CPythonObject.
 #include "proxies/cpython_object.h"
 
-#include "bridge/error_bridge.h"
-#include "bridge/python_text.h"
-#include "ling/ordering.h"
+#include "proxies/object_members.h"
+#include "proxies/object_order.h"
 
 namespace ling::cpython {
 
 namespace {
 
-Result<String> display_object(const python_reference& self) {
-  if (self.address() == nullptr) {
-    return Error("The object is null.");
-  }
-  const GilGuard gil;
-  const PyObjectPtr object = self.get();
-  const PyObjectPtr text(PyObject_Str(object.get()));
-  if (!text) {
-    return capture_error_or("Unable to get the text of a Python object.");
-  }
-  return text_of(text.get(), surrogates::escape);
-}
+std::uint64_t hash_object(const CPythonObject& self) { return reinterpret_cast<std::uintptr_t>(self.address()); }
 
-Ordering compare_object(const python_reference& self, const Any& other) {
-  const auto* reference = native_cast<python_reference>(other);
-  const bool same = reference != nullptr && reference->address() == self.address();
-  return same ? ordering_value::Equal : ordering_value::Incomparable;
-}
-
-std::uint64_t hash_object(const python_reference& self) { return reinterpret_cast<std::uintptr_t>(self.address()); }
+constexpr dynamic_member_hooks hooks = {&method_hook, &getter_hook, &setter_hook};
 
 }  // namespace
 
-constinit const class_definition<python_reference> cpython_object_class(
-    "CPythonObject", [](class_builder<python_reference>& c) {
+constinit const class_definition<CPythonObject> cpython_object_class(
+    "CPythonObject", [](class_builder<CPythonObject>& c) {
+      c.set_allocator(&allocate_python_object, nullptr);
       c.module("ling.cpython")
           .doc("Proxy wrapper around of 'PyObject'.")
+          .hooks(hooks)
+          .method(Any::__setPropertyValue__, "name, value", &set_object_property)
+          .method(Any::__removeProperty__, "name", &remove_object_member)
+          .method(Any::__removeMethod__, "name", &remove_object_member)
+          .method(Any::__propertyValue__, "name", &object_property_value)
+          .method(Any::__property__, "name", &object_property)
+          .method(Any::__ownProperty__, "name", &object_property)
+          .method(Any::__ownProperties__, "", [](const CPythonObject&) { return HashMap<String, Property>(); })
+          .method(Any::__ownMethods__, "", [](const CPythonObject&) { return HashMap<String, I_Callable_Generic>(); })
+          .method(Any::__ownMethod__, "name", &object_method)
+          .method(Any::__method__, "name", &object_method)
+          .method(Any::__insertProperty__, "name, property", &insert_object_property)
+          .method(Any::__insertMethod__, "name, method", &insert_object_method)
           .method(Any::__display__, "", &display_object)
           .method(Any::__compare__, "other", &compare_object)
           .method(Any::__hash__, "", &hash_object);
     });
 
-Any make_python_object(PyObjectPtr_Borrowed object) {
-  return make<object_value_native<python_reference>>(cpython_object_class.required(), PyObjectPtr::share(object));
+Type CPythonObject::getType() { return Type::of(getClass()); }
+Class_Generic CPythonObject::getClass() { return cpython_object_class.required(); }
+
+Any make_python_object(PyObjectPtr_Borrowed object) { return make_python_object(cpython_object_class, object); }
+
+Any make_python_object(const class_definition<CPythonObject>& of_class, PyObjectPtr_Borrowed object) {
+  return make<object_value_python_object>(of_class.required(), PyObjectPtr::share(object));
 }
 
 PyObjectPtr python_object_of(const Any& value) noexcept {
-  const auto* reference = native_cast<python_reference>(value);
-  return reference == nullptr ? PyObjectPtr() : reference->get();
+  return CPythonObject::matches(value.get()) ? CPythonObject::unchecked(value).python_object() : PyObjectPtr();
 }
+
+Any allocate_python_object(object_value_class& of_class) { return make<object_value_python_object>(of_class); }
+
+Error error_null_object() { return Error("The object is null."); }
 
 }  // namespace ling::cpython

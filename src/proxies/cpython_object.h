@@ -1,27 +1,25 @@
-// CPythonObject: the value that stands for a Python object which has no counterpart in the runtime. It holds the object
-// and copies nothing out of it; on the way back it becomes the very same object again.
+// CPythonObject: the value that stands for a Python object. It holds the object and copies nothing out of it; what it is
+// asked, it asks the object at that moment. On the way back it becomes the very same object again.
 #pragma once
 
 #include "extension/pyobject_ptr.h"
 #include "ling/class_builder.h"
-#include "ling/spinlock.h"
 
 #include <mutex>
 
 namespace ling::cpython {
 
-// The C++ data of an instance: one strong reference, or null in an instance made without an object. Dies on any thread;
-// the reference takes the interpreter lock to let go.
-class python_reference {
+// One strong reference, or null in an instance made without an object. Dies on any thread; the reference takes the
+// interpreter lock to let go.
+class object_value_python_object final : public object_value_instance {
  public:
-  python_reference() noexcept = default;
-  explicit python_reference(PyObjectPtr object) noexcept : object_(std::move(object)) {}
-  python_reference(const python_reference&) = delete;
-  python_reference& operator=(const python_reference&) = delete;
+  explicit object_value_python_object(object_value_class& of_class) : object_value_instance(of_class) {}
+  object_value_python_object(object_value_class& of_class, PyObjectPtr object)
+      : object_value_instance(of_class), object_(std::move(object)) {}
 
   // A reference for the caller, null when there is no object. The interpreter lock must be held: between the look at
   // the pointer and the count it keeps `attach` on another thread from dropping the last reference.
-  PyObjectPtr get() const noexcept { return PyObjectPtr::share(address()); }
+  PyObjectPtr object() const noexcept { return PyObjectPtr::share(address()); }
   // Only good for telling objects apart. No lock is needed.
   PyObject* address() const noexcept {
     const std::lock_guard guard(lock_);
@@ -34,16 +32,47 @@ class python_reference {
   }
 
  private:
-  mutable spinlock lock_;
   PyObjectPtr object_;
 };
 
-extern const class_definition<python_reference> cpython_object_class;
+class CPythonObject : public Handle<CPythonObject, object_value_python_object> {
+  LING_HANDLE(CPythonObject, object_value_python_object)
 
-// A new CPythonObject that shares the object. The lock must be held.
+  // Null when there is no object. The lock must be held.
+  PyObjectPtr python_object() const noexcept { return object().object(); }
+  PyObject* address() const noexcept { return object().address(); }
+
+  static bool matches(const object_value* object) noexcept {
+    return object != nullptr && object->type() == ObjectType::Instance &&
+           typeid(*object) == typeid(object_value_python_object);
+  }
+  static Type getType();
+  static Class_Generic getClass();
+};
+
+extern const class_definition<CPythonObject> cpython_object_class;
+
+// A new instance of CPythonObject, or of a class derived from it, that shares the object. The lock must be held.
 Any make_python_object(PyObjectPtr_Borrowed object);
+Any make_python_object(const class_definition<CPythonObject>& of_class, PyObjectPtr_Borrowed object);
 // The Python object of a CPythonObject; null for one without an object and for every other value. The lock must be
 // held.
 PyObjectPtr python_object_of(const Any& value) noexcept;
+
+// For descriptions of classes derived from CPythonObject: instances made without an object.
+Any allocate_python_object(object_value_class& of_class);
+
+// Runs what asks the Python object, under the lock. An Error when there is no object.
+Error error_null_object();
+template <class F>
+auto with_python_object(const CPythonObject& self, F&& ask) -> decltype(ask(PyObjectPtr_Borrowed(nullptr))) {
+  // Looked at before the lock is taken: without an object the interpreter need not even have started.
+  if (self.address() == nullptr) {
+    return error_null_object();
+  }
+  const GilGuard gil;
+  const PyObjectPtr object = self.python_object();
+  return ask(PyObjectPtr_Borrowed(object.get()));
+}
 
 }  // namespace ling::cpython

@@ -107,7 +107,7 @@ TEST_F(ToPython, FailsAsAWholeWhenAPartFails) {
       {Tuple_Generic({1, Tuple_Generic({List_Generic(), error}), 2}),                "RuntimeError('broken')"},
       {external([&] { return error; }),                                              "RuntimeError('broken')"},
       {StopIteration(),                                                              "StopIteration()"       },
-      {make<object_value_native<python_reference>>(cpython_object_class.required()),
+      {make<object_value_python_object>(cpython_object_class.required()),
        "RuntimeError('The object is null.')"                                                                 },
   };
   for (const auto& row : rows) {

@@ -1,0 +1,85 @@
+// Python's iterables and iterators.
+#include "bridge/convert.h"
+#include "bridge/error_bridge.h"
+#include "proxies/collection_members.h"
+#include "proxies/collection_proxies.h"
+#include "proxies/method_call.h"
+
+namespace ling::cpython {
+
+namespace {
+
+Result<I_Iterator_Generic> as_iterator(const PyObjectPtr& iterator) {
+  if (!iterator) {
+    return capture_error_or("Unable to iterate over a Python object.");
+  }
+  if (PyIter_Check(iterator.get()) == 0) {
+    return Error(String("The method '__iter__' returned {}, which is no iterator.")
+                     .arg(display_text(from_python_locked(iterator.get()))));
+  }
+  return Result<I_Iterator_Generic>::unchecked(make_python_object(cpython_proxy_iterator_class, iterator.get()));
+}
+
+Result<I_Iterator_Generic> iterate_by_method(const CPythonObject& self) {
+  if (self.address() == nullptr) {
+    return Error("Invalid object.");
+  }
+  return with_python_object(self, [](PyObjectPtr_Borrowed object) -> Result<I_Iterator_Generic> {
+    const PyObjectPtr method(PyObject_GetAttrString(object.get(), "__iter__"));
+    if (!method || PyCallable_Check(method.get()) == 0) {
+      PyErr_Clear();
+      return Error("Missing '__iter__' method.");
+    }
+    const PyObjectPtr no_arguments(PyTuple_New(0));
+    return as_iterator(PyObjectPtr(PyObject_Call(method.get(), no_arguments.get(), nullptr)));
+  });
+}
+
+Result<Boolean> contains_immutable(const CPythonObject& self, const I_Immutable& value) {
+  return call_python_method_as<Boolean>(self, "__contains__", value);
+}
+
+Any next(const CPythonObject& self) {
+  return with_python_object(self, [](PyObjectPtr_Borrowed iterator) -> Any {
+    if (PyIter_Check(iterator.get()) == 0) {
+      return Error("The object is not an iterator.");
+    }
+    const PyObjectPtr item(PyIter_Next(iterator.get()));
+    if (item) {
+      return from_python_locked(item.get());
+    }
+    const auto failure = capture_error();
+    return failure ? Any(failure) : Any(StopIteration());
+  });
+}
+
+}  // namespace
+
+Result<I_Iterator_Generic> iterate_by_protocol(const CPythonObject& self) {
+  return with_python_object(self, [](PyObjectPtr_Borrowed object) {
+    return as_iterator(PyObjectPtr(PyObject_GetIter(object.get())));
+  });
+}
+
+constinit const class_definition<CPythonObject> cpython_proxy_iterable_class(
+    "CPythonProxyIterable", [](class_builder<CPythonObject>& c) {
+      c.set_allocator(&allocate_python_object, nullptr);
+      c.module("ling.cpython")
+          .doc("A Python object that can be iterated over.")
+          .parent(CPythonObject::getClass())
+          .parent(I_Iterable_Generic::getClass())
+          .method("contains", "value", "Whether the object says that it holds the value.", &contains_immutable)
+          .method("iter", "", "A new iterator.", &iterate_by_method);
+    });
+
+constinit const class_definition<CPythonObject> cpython_proxy_iterator_class(
+    "CPythonProxyIterator", [](class_builder<CPythonObject>& c) {
+      c.set_allocator(&allocate_python_object, nullptr);
+      c.module("ling.cpython")
+          .doc("A Python iterator.")
+          .parent(CPythonObject::getClass())
+          .parent(I_Iterator_Generic::getClass())
+          .method("next", "", "The next item; StopIteration at the end.", &next);
+    });
+
+}  // namespace ling::cpython

@@ -1,0 +1,20 @@
+// Method calls by name.
+#include "proxies/method_call.h"
+
+#include "bridge/python_call.h"
+#include "ling/reflection.h"
+
+namespace ling::cpython {
+
+Any call_python_method(const CPythonObject& target, const char* name, std::span<const Any> arguments) {
+  return with_python_object(target, [&](PyObjectPtr_Borrowed object) -> Any {
+    const PyObjectPtr method(PyObject_GetAttrString(object.get(), name));
+    if (!method || PyCallable_Check(method.get()) == 0) {
+      PyErr_Clear();
+      return Error(String("The method is missing: {}, target object: {}.").arg(name, display_text(target)));
+    }
+    return call_python(method.get(), arguments);
+  });
+}
+
+}  // namespace ling::cpython

@@ -1,0 +1,176 @@
+// Members: reading, writing, describing and inserting.
+#include "proxies/object_members.h"
+
+#include "bridge/convert.h"
+#include "bridge/error_bridge.h"
+#include "bridge/python_text.h"
+#include "ling/detail/try.h"
+#include "ling/reflection.h"
+#include "proxies/method_call.h"
+
+namespace ling::cpython {
+
+namespace {
+
+// What the class of the proxy registers under the name; null when nothing. Names that no class has are not interned.
+const class_member* registered_member(const CPythonObject& self, const String& name) {
+  const name_entry* entry = internal::find_interned(name.view());
+  return entry == nullptr ? nullptr : raw_class_of(self).object().find_member(*entry);
+}
+
+// The attribute; null with an exception set. The name is converted as a whole, zero bytes included.
+PyObjectPtr get_attribute(PyObjectPtr_Borrowed object, const String& name) {
+  const PyObjectPtr python_name = to_python_locked(name);
+  return PyObjectPtr(python_name ? PyObject_GetAttr(object.get(), python_name.get()) : nullptr);
+}
+
+Any read_attribute(const CPythonObject& self, const String& name) {
+  return with_python_object(self, [&](PyObjectPtr_Borrowed object) -> Any {
+    const PyObjectPtr value = get_attribute(object, name);
+    return value ? from_python_locked(value.get()) : Any(capture_error_or("Unable to read an attribute."));
+  });
+}
+
+Result<None> write_attribute(const CPythonObject& self, const String& name, const Any& value) {
+  return with_python_object(self, [&](PyObjectPtr_Borrowed object) -> Result<None> {
+    const PyObjectPtr python_name = to_python_locked(name);
+    const PyObjectPtr python_value = python_name ? to_python_locked(value) : PyObjectPtr();
+    if (!python_value || PyObject_SetAttr(object.get(), python_name.get(), python_value.get()) != 0) {
+      return capture_error_or("Unable to set an attribute.");
+    }
+    return None();
+  });
+}
+
+// The accessor of a `property`; empty when it is missing or nothing that can be called.
+Any accessor(PyObjectPtr_Borrowed property, const char* name) {
+  const PyObjectPtr function(PyObject_GetAttrString(property.get(), name));
+  if (!function) {
+    PyErr_Clear();
+    return {};
+  }
+  const auto callable = I_Callable_Generic::cast(from_python_locked(function.get()));
+  if (!callable) {
+    return {};
+  }
+  // It takes the object, which the property passes to it.
+  callable->setIndependent(false);
+  return callable;
+}
+
+Any describe_property(PyObjectPtr_Borrowed object, const String& name) {
+  const PyObjectPtr attribute = get_attribute(object, name);
+  if (!attribute) {
+    PyErr_Clear();
+    return {};
+  }
+  if (PyType_IsSubtype(Py_TYPE(attribute.get()), &PyProperty_Type) == 0) {
+    return {};
+  }
+  const Any getter = accessor(attribute.get(), "fget");
+  if (getter.empty()) {
+    return {};
+  }
+  const Any setter = accessor(attribute.get(), "fset");
+  return setter.empty() ? Property(I_Callable_Generic::unchecked(getter), String())
+                        : Property(I_Callable_Generic::unchecked(getter), I_Callable_Generic::unchecked(setter), String());
+}
+
+}  // namespace
+
+// --- values ----------------------------------------------------------------------------------------------------------
+
+Any object_property_value(const CPythonObject& self, const String& name) {
+  if (const class_member* member = registered_member(self, name); member != nullptr && !member->property.empty()) {
+    return Property::unchecked(member->property).read(self);
+  }
+  return read_attribute(self, name);
+}
+
+Any set_object_property(const CPythonObject& self, const String& name, const Any& value) {
+  if (const class_member* member = registered_member(self, name); member != nullptr && !member->property.empty()) {
+    const Property property = Property::unchecked(member->property);
+    return property.hasSetter()
+               ? property.write(self, value)
+               : Any(Error(String("The property '{}' is read-only for '{}'.").arg(name, display_text(self))));
+  }
+  return write_attribute(self, name, value);
+}
+
+// --- descriptions ----------------------------------------------------------------------------------------------------
+
+Union<Property, None> object_property(const CPythonObject& self, const String& name) {
+  if (const class_member* member = registered_member(self, name); member != nullptr && !member->property.empty()) {
+    return Union<Property, None>::unchecked(member->property);
+  }
+  const Any described = with_python_object(
+      self, [&](PyObjectPtr_Borrowed object) -> Any { return describe_property(object, name); });
+  return Property::cast(described);
+}
+
+Union<I_Callable_Generic, None> object_method(const CPythonObject& self, const String& name) {
+  if (const class_member* member = registered_member(self, name); member != nullptr && !member->method.empty()) {
+    return Union<I_Callable_Generic, None>::unchecked(member->method);
+  }
+  const Any attribute = with_python_object(self, [&](PyObjectPtr_Borrowed object) -> Any {
+    const PyObjectPtr value = get_attribute(object, name);
+    if (!value) {
+      PyErr_Clear();
+      return {};
+    }
+    return from_python_locked(value.get());
+  });
+  return I_Callable_Generic::cast(attribute);
+}
+
+// --- inserting -------------------------------------------------------------------------------------------------------
+
+Result<None> insert_object_property(const CPythonObject& self, const String& name, const Property& property) {
+  const Any* value = property.constantValue();
+  if (value == nullptr) {
+    return Error(
+        "Unable to insert non-value property to a python object, use 'raw_insert_property' instead.");
+  }
+  return write_attribute(self, name, *value);
+}
+
+Result<None> insert_object_method(const CPythonObject& self, const String& name, const I_Callable_Generic& method) {
+  const bool takes_receiver = !method.isIndependent() && method.parameterCount() != 0;
+  return write_attribute(self, name, takes_receiver ? method.bindInstance(self) : method);
+}
+
+bool remove_object_member(const CPythonObject&, const String&) { return false; }
+
+// --- text ------------------------------------------------------------------------------------------------------------
+
+Result<String> display_object(const CPythonObject& self) {
+  return with_python_object(self, [&](PyObjectPtr_Borrowed object) -> Result<String> {
+    const PyObjectPtr text(PyObject_Str(object.get()));
+    if (!text) {
+      return capture_error_or("Unable to get the text of a Python object.");
+    }
+    return text_of(text.get(), surrogates::escape);
+  });
+}
+
+// --- hooks -----------------------------------------------------------------------------------------------------------
+
+Any method_hook(const Any& instance, const name_entry& name) {
+  const auto method = object_method(CPythonObject::unchecked(instance), internal::name_string(name));
+  if (!method) {
+    return {};
+  }
+  // Python's bound method has its receiver already.
+  method->setIndependent();
+  return method;
+}
+
+Any getter_hook(const Any& instance, const name_entry& name) {
+  return object_property_value(CPythonObject::unchecked(instance), internal::name_string(name));
+}
+
+Any setter_hook(const Any& instance, const name_entry& name, const Any& value) {
+  return set_object_property(CPythonObject::unchecked(instance), internal::name_string(name), value);
+}
+
+}  // namespace ling::cpython

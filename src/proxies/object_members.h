@@ -1,0 +1,32 @@
+// The members of a Python object as the runtime asks for them. Each function takes the lock itself.
+#pragma once
+
+#include "ling/hash_map.h"
+#include "ling/property.h"
+#include "proxies/cpython_object.h"
+
+namespace ling::cpython {
+
+// Members that the class registers win over the attributes of the object.
+Any object_property_value(const CPythonObject& self, const String& name);
+Any set_object_property(const CPythonObject& self, const String& name, const Any& value);
+// A `property` that is an attribute of the object, as one of a class is; None for every other attribute.
+Union<Property, None> object_property(const CPythonObject& self, const String& name);
+// A callable attribute; None for every other attribute.
+Union<I_Callable_Generic, None> object_method(const CPythonObject& self, const String& name);
+
+// An attribute with the value of a constant property. Other properties have no counterpart in the object.
+Result<None> insert_object_property(const CPythonObject& self, const String& name, const Property& property);
+// An attribute that calls the method with the object as its receiver, if it takes one.
+Result<None> insert_object_method(const CPythonObject& self, const String& name, const I_Callable_Generic& method);
+// Nothing is ever removed.
+bool remove_object_member(const CPythonObject& self, const String& name);
+
+Result<String> display_object(const CPythonObject& self);
+
+// The hooks of the class, for names that it does not register.
+Any method_hook(const Any& instance, const name_entry& name);
+Any getter_hook(const Any& instance, const name_entry& name);
+Any setter_hook(const Any& instance, const name_entry& name, const Any& value);
+
+}  // namespace ling::cpython
