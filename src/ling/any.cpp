@@ -3,15 +3,17 @@
 
 #include "ling/class.h"
 #include "ling/detail/argument_row.h"
+#include "ling/detail/interface_call.h"
 #include "ling/error.h"
-#include "ling/none.h"
 #include "ling/lazy.h"
 #include "ling/module.h"
+#include "ling/none.h"
 #include "ling/reflection.h"
 
 namespace ling {
 
-// --- fields ------------------------------------------------------------------------------------------------------------
+// --- fields
+// ------------------------------------------------------------------------------------------------------------
 
 namespace {
 
@@ -49,6 +51,8 @@ Any call(const object_value_callable& callable, std::initializer_list<Any> argum
   return callable.call(std::span<const Any>(arguments.begin(), arguments.size()));
 }
 
+Any error_or_none(Any outcome) { return is_error_result(outcome) ? std::move(outcome) : Any(None()); }
+
 }  // namespace
 
 Any Any::fieldValue(meta_field_untyped name) const {
@@ -66,7 +70,8 @@ Any Any::setFieldValue(meta_field_untyped name, const Any& value) const {
   return None();
 }
 
-// --- properties ---------------------------------------------------------------------------------------------------------
+// --- properties
+// ---------------------------------------------------------------------------------------------------------
 
 namespace {
 
@@ -97,14 +102,14 @@ Any Any::propertyValue(meta_property_untyped name) const {
 
 Any Any::setPropertyValue(meta_property_untyped name, const Any& value) const {
   if (const object_value_callable* meta = takes_over(*this, __setPropertyValue__)) {
-    return call(*meta, {*this, name.name(), value});
+    return error_or_none(internal::unwrap(call(*meta, {*this, name.name(), value})));
   }
   if (const auto property = raw_property_of(*this, name)) {
     return property.value().hasSetter() ? property.value().write(*this, value)
                                         : Any(error_read_only(*this, name.entry()));
   }
   if (const dynamic_member_hooks* hooks = hooks_of(*this)) {
-    return hooks->set(*this, name.entry(), value);
+    return error_or_none(hooks->set(*this, name.entry(), value));
   }
   return error_property_not_found(*this, name);
 }
@@ -117,7 +122,8 @@ Union<I_Callable_Generic, None> Any::boundMethod(meta_method_untyped name) const
   return method.value().isIndependent() ? method.value() : method.value().bindInstance(*this);
 }
 
-// --- member lookup --------------------------------------------------------------------------------------------------------
+// --- member lookup
+// --------------------------------------------------------------------------------------------------------
 
 namespace {
 
@@ -200,16 +206,68 @@ Result<None> raw_insert_property(const Any& value, meta_property_untyped name, c
     of_class.value().object().add_class_property_unsafe(name.name(), property);
     return None();
   }
-  return Error(String("The property '{}' cannot be added to a value of class {}.").arg(name.text(), class_of(value).name()));
+  return Error(
+      String("The property '{}' cannot be added to a value of class {}.").arg(name.text(), class_of(value).name()));
 }
 
 Result<None> insert_property_value(const Any& value, meta_property_untyped name, const Any& property_value) {
   const Property property = Property::constant(property_value);
   if (const object_value_callable* meta = takes_over(value, Any::__insertProperty__)) {
-    const Any outcome = call(*meta, {value, name.name(), property});
-    return Result<None>::unchecked(is_error_result(outcome) ? outcome : Any());
+    return internal::done(call(*meta, {value, name.name(), property}));
   }
   return raw_insert_property(value, name, property);
+}
+
+Result<None> insert_method(const Any& value, meta_method_untyped name, const I_Callable_Generic& method) {
+  if (const object_value_callable* meta = takes_over(value, Any::__insertMethod__)) {
+    return internal::done(call(*meta, {value, name.name(), method}));
+  }
+  if (value.has(object_traits::instance)) {
+    static_cast<object_value_instance*>(value.get())->insert_own_method(name.entry(), method);
+    return None();
+  }
+  if (const auto of_class = Class_Generic::cast(value)) {
+    of_class.value().object().add_class_method_unsafe(name.name(), method);
+    return None();
+  }
+  return Error(
+      String("The method '{}' cannot be added to a value of class {}.").arg(name.text(), class_of(value).name()));
+}
+
+Union<Property, None> own_property_of(const Any& value, meta_property_untyped name) {
+  if (const object_value_callable* meta = takes_over(value, Any::__ownProperty__)) {
+    return Property::cast(call(*meta, {value, name.name()}));
+  }
+  const object_value_instance* instance = as_instance(value);
+  return Union<Property, None>::unchecked(instance == nullptr ? Any() : instance->own_property(name.entry()));
+}
+
+Union<I_Callable_Generic, None> own_method_of(const Any& value, meta_method_untyped name) {
+  if (const object_value_callable* meta = takes_over(value, Any::__ownMethod__)) {
+    return I_Callable_Generic::cast(call(*meta, {value, name.name()}));
+  }
+  const object_value_instance* instance = as_instance(value);
+  return Union<I_Callable_Generic, None>::unchecked(instance == nullptr ? Any() : instance->own_method(name.entry()));
+}
+
+namespace {
+template <class Name>
+Result<Boolean> remove_member(const Any& value, Name name, meta_method_untyped meta_name,
+                              bool (object_value_instance::*remove)(const name_entry&)) {
+  if (const object_value_callable* meta = takes_over(value, meta_name)) {
+    return internal::promised<Boolean>(call(*meta, {value, name.name()}));
+  }
+  return value.has(object_traits::instance) &&
+         (static_cast<object_value_instance*>(value.get())->*remove)(name.entry());
+}
+}  // namespace
+
+Result<Boolean> remove_property(const Any& value, meta_property_untyped name) {
+  return remove_member(value, name, Any::__removeProperty__, &object_value_instance::remove_own_property);
+}
+
+Result<Boolean> remove_method(const Any& value, meta_method_untyped name) {
+  return remove_member(value, name, Any::__removeMethod__, &object_value_instance::remove_own_method);
 }
 
 Any call_method(const Any& value, meta_method_untyped name, std::span<const Any> arguments) {
@@ -231,7 +289,8 @@ Error error_property_not_found(const Any& value, meta_property_untyped name) {
   return Error(String("The property '{}' is missing in '{}'.").arg(name.text(), class_of(value).name()));
 }
 
-// --- classes and names -----------------------------------------------------------------------------------------------------
+// --- classes and names
+// -----------------------------------------------------------------------------------------------------
 
 Class_Generic raw_class_of(const Any& value) {
   return value.empty() ? None::getClass() : Class_Generic(value.get()->object_class());
@@ -258,7 +317,8 @@ String qualname(const Any& value) {
   return qualname(class_of(value));
 }
 
-// --- lazy values --------------------------------------------------------------------------------------------------------------
+// --- lazy values
+// --------------------------------------------------------------------------------------------------------------
 
 namespace internal {
 
@@ -284,7 +344,8 @@ Any unwrap(const Any& value) {
 }
 
 Any error_unexpected_type(const Any& value, const Type& expected) {
-  return BadArgument(String("Expected {}, got {}: {}").arg(expected.name(), class_of(value).name(), display_text(value)));
+  return BadArgument(
+      String("Expected {}, got {}: {}").arg(expected.name(), class_of(value).name(), display_text(value)));
 }
 
 }  // namespace internal

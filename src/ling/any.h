@@ -8,6 +8,10 @@
 // shared freely.
 #pragma once
 
+#include "ling/export.h"
+#include "ling/name.h"
+#include "ling/object_value.h"
+
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
@@ -15,10 +19,6 @@
 #include <string_view>
 #include <type_traits>
 #include <utility>
-
-#include "ling/export.h"
-#include "ling/name.h"
-#include "ling/object_value.h"
 
 namespace ling {
 
@@ -68,7 +68,8 @@ class LING_API Any {
   template <std::integral T>
     requires(!std::same_as<T, bool>)
   Any(T value)
-      : Any(internal::integer_any(static_cast<std::conditional_t<std::is_signed_v<T>, std::int64_t, std::uint64_t>>(value))) {}
+      : Any(internal::integer_any(
+            static_cast<std::conditional_t<std::is_signed_v<T>, std::int64_t, std::uint64_t>>(value))) {}
   template <std::floating_point T>
   Any(T value) : Any(internal::float_any(static_cast<double>(value))) {}
   Any(const char* utf8) : Any(internal::string_any(utf8)) {}
@@ -110,11 +111,13 @@ class LING_API Any {
   static bool matches(const object_value*) noexcept { return true; }
 
   // The names of the meta-methods by which a class takes part in operators and member access.
-#define LING_META_METHODS(X)                                                                                          \
-  X(add) X(sub) X(mul) X(div) X(iadd) X(isub) X(imul) X(idiv) X(and) X(or) X(xor) X(not)                              \
-  X(init) X(display) X(compare) X(hash) X(coerce) X(length)                                                           \
-  X(propertyValue) X(setPropertyValue) X(property) X(ownProperty) X(ownProperties)                                    \
+  // clang-format off
+#define LING_META_METHODS(X)                                                                                       \
+  X(add) X(sub) X(mul) X(div) X(iadd) X(isub) X(imul) X(idiv) X(and) X(or) X(xor) X(not)                           \
+  X(init) X(display) X(compare) X(hash) X(coerce) X(length)                                                        \
+  X(propertyValue) X(setPropertyValue) X(property) X(ownProperty) X(ownProperties)                                 \
   X(method) X(ownMethod) X(ownMethods) X(insertProperty) X(insertMethod) X(removeProperty) X(removeMethod)
+  // clang-format on
 #define LING_DECLARE_META_METHOD(name) static const meta_method_untyped __##name##__;
   LING_META_METHODS(LING_DECLARE_META_METHOD)
 #undef LING_DECLARE_META_METHOD
@@ -137,7 +140,8 @@ Any make(Arguments&&... arguments) {
 
 inline bool is_none(const Any& value) noexcept { return value.type() == ObjectType::None; }
 
-// What all typed handles share. A handle class derives from Handle<itself, its object class, its base handle> and defines
+// What all typed handles share. A handle class derives from Handle<itself, its object class, its base handle> and
+// defines:
 //   static bool matches(const object_value*) noexcept;   whether an object is of its type (null is None)
 //   static Type getType();  static Class_Generic getClass();
 template <class Derived, class Object = object_value, class Base = Any>
@@ -161,14 +165,14 @@ class Handle : public Base {
   Handle(Unchecked, Any&& value) noexcept : Base(static_cast<typename Base::object_type*>(value.detach())) {}
 };
 
-// Gives a handle class its constructors from the object it owns; stands in the class body, followed by access as needed.
-#define LING_HANDLE(Name, Object)                                                            \
- public:                                                                                     \
+// Gives a handle class its constructors from the object it owns; stands in a class body and leaves it public.
+#define LING_HANDLE(Name, Object)                                                                     \
+ public:                                                                                              \
   Name(typename Name::Unchecked tag, ::ling::Any&& value) noexcept : Handle(tag, std::move(value)) {} \
-                                                                                             \
- protected:                                                                                  \
-  explicit Name(Object* adopted) noexcept : Handle(adopted) {}                               \
-                                                                                             \
+                                                                                                      \
+ protected:                                                                                           \
+  explicit Name(Object* adopted) noexcept : Handle(adopted) {}                                        \
+                                                                                                      \
  public:
 
 template <class T>

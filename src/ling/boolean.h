@@ -13,11 +13,12 @@ extern LING_API object_value& g_value_boolean_false;
 
 class LING_API Boolean : public Handle<Boolean> {
   LING_HANDLE(Boolean, object_value)
-  Boolean(bool value) noexcept : Boolean(Unchecked{}, Any::share(value ? &g_value_boolean_true : &g_value_boolean_false)) {}
+  Boolean(bool value) noexcept
+      : Boolean(Unchecked{}, Any::share(value ? &g_value_boolean_true : &g_value_boolean_false)) {}
 
   bool value() const noexcept { return get() == &g_value_boolean_true; }
   // The truth of any value: false for None, Undefined, false, zero, NaN excluded, and empty texts, byte arrays, tuples
-  // and collections (whatever answers `__length__` with 0); true for everything else. An Error is true: it is something.
+  // and collections (whatever answers `__length__` with 0); true for everything else. An Error is true.
   static Boolean from(const Any& value);
 
   static bool matches(const object_value* object) noexcept {

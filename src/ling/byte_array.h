@@ -1,11 +1,11 @@
 // ByteArray: an immutable sequence of bytes.
 #pragma once
 
+#include "ling/any.h"
+
 #include <cstdint>
 #include <string_view>
 #include <vector>
-
-#include "ling/any.h"
 
 namespace ling {
 

@@ -1,8 +1,6 @@
 // Functions, bound methods and constants.
 #include "ling/callable.h"
 
-#include <optional>
-
 #include "ling/class_builder.h"
 #include "ling/detail/argument_row.h"
 #include "ling/detail/definitions.h"
@@ -11,6 +9,8 @@
 #include "ling/interfaces.h"
 #include "ling/reflection.h"
 #include "ling/signature.h"
+
+#include <optional>
 
 namespace ling {
 
@@ -26,15 +26,18 @@ constinit const class_definition<I_Callable_Generic> internal::function_class(
           .parent(I_Immutable::getClass())
           .parent(I_HasName::getClass())
           .parent(I_HasDoc::getClass())
-          .property("name", "The name it was declared with.", [](const I_Callable_Generic& self) { return self.name(); })
+          .property("name", "The name it was declared with.",
+                    [](const I_Callable_Generic& self) { return self.name(); })
           .property("doc", "What it does.", [](const I_Callable_Generic& self) { return self.doc(); })
-          .property("signature", "What it takes and returns.", [](const I_Callable_Generic& self) { return self.signature(); });
+          .property("signature", "What it takes and returns.",
+                    [](const I_Callable_Generic& self) { return self.signature(); });
     });
 
 Type I_Callable_Generic::getType() { return Type::of(getClass()); }
 Class_Generic I_Callable_Generic::getClass() { return internal::callable_class.required(); }
 
-// --- every callable ---------------------------------------------------------------------------------------------------
+// --- every callable
+// ---------------------------------------------------------------------------------------------------
 
 namespace {
 
@@ -43,9 +46,7 @@ std::string bad_call(const object_value_callable& callable) {
   return "Bad call of '" + std::string(qualname(Any::share(&callable)).view()) + "': ";
 }
 
-std::string count_text(std::size_t count) {
-  return std::to_string(count) + (count == 1 ? " argument" : " arguments");
-}
+std::string count_text(std::size_t count) { return std::to_string(count) + (count == 1 ? " argument" : " arguments"); }
 
 // "3 arguments", "1 to 3 arguments", "at least 1 argument".
 std::string accepted_count(const Signature& signature) {
@@ -103,7 +104,8 @@ Any object_value_callable::call_named(std::span<const Any> positional, std::span
     if (!placed[i]) {
       const Any* value = declared.defaultOf(i);
       if (value == nullptr) {
-        return BadArgument(bad_call(*this) + "the argument '" + std::string(parameters[i].name().view()) + "' is missing.");
+        return BadArgument(bad_call(*this) + "the argument '" + std::string(parameters[i].name().view()) +
+                           "' is missing.");
       }
       placed[i] = *value;
     }
@@ -112,7 +114,23 @@ Any object_value_callable::call_named(std::span<const Any> positional, std::span
   return call(row);
 }
 
-// --- the handle --------------------------------------------------------------------------------------------------------
+Type object_value_callable::result_type() const {
+  const Result<Signature> declared = signature();
+  return declared ? declared.value().resultType() : Type::untyped();
+}
+
+std::size_t object_value_callable::parameter_count() const {
+  const Result<Signature> declared = signature();
+  return declared ? declared.value().parameterCount() : 0;
+}
+
+bool object_value_callable::has_variadic_parameters() const {
+  const Result<Signature> declared = signature();
+  return declared && declared.value().hasVariadicParameters();
+}
+
+// --- the handle
+// --------------------------------------------------------------------------------------------------------
 
 Any I_Callable_Generic::callWith(const List_Generic& arguments) const { return callWith(arguments.copyItems()); }
 
@@ -125,29 +143,22 @@ Any I_Callable_Generic::callWithNamed(const List_Generic& positional, const Hash
   for (const auto& [key, value] : named.copyPairs()) {
     const auto name = String::cast(key);
     if (!name) {
-      return BadArgument(bad_call(object()) + "the name of an argument is not a String: " +
-                         std::string(display_text(key).view()) + ".");
+      return BadArgument(bad_call(object()) +
+                         "the name of an argument is not a String: " + std::string(display_text(key).view()) + ".");
     }
     row.push_back({*name, value});
   }
   return object().call_named(positional.copyItems(), row);
 }
 
-Type I_Callable_Generic::resultType() const {
-  const Result<Signature> declared = signature();
-  return declared ? declared.value().resultType() : Type::untyped();
-}
-
-std::size_t I_Callable_Generic::parameterCount() const {
-  const Result<Signature> declared = signature();
-  return declared ? declared.value().parameterCount() : 0;
-}
+Type I_Callable_Generic::resultType() const { return object().result_type(); }
 
 I_Callable_Generic I_Callable_Generic::bindInstance(const Any& instance) const {
   return unchecked(make<object_value_bound>(*this, instance));
 }
 
-// --- functions ----------------------------------------------------------------------------------------------------------
+// --- functions
+// ----------------------------------------------------------------------------------------------------------
 
 object_value_function::object_value_function(declaration declared, native_types types)
     : declaration_(std::move(declared)), types_(types), independent_(!declaration_.has_receiver) {}
@@ -221,7 +232,8 @@ Any object_value_function::error_bad_argument(std::size_t index, const Any& valu
                      std::string(class_of(value).name().view()) + ": " + std::string(display_text(value).view()));
 }
 
-// --- bound methods ----------------------------------------------------------------------------------------------------
+// --- bound methods
+// ----------------------------------------------------------------------------------------------------
 
 object_value_class& object_value_bound::object_class() const { return internal::function_class.required(); }
 
@@ -238,7 +250,8 @@ Result<Signature> object_value_bound::signature() const {
   return full.withoutReceiver();
 }
 
-// --- constants -----------------------------------------------------------------------------------------------------------
+// --- constants
+// -----------------------------------------------------------------------------------------------------------
 
 object_value_class& object_value_constant::object_class() const { return internal::function_class.required(); }
 

@@ -1,5 +1,5 @@
-// Callables: everything that can be called. Functions, methods, bound methods, multimethods, and classes (calling a class
-// makes an instance).
+// Callables: everything that can be called. Functions, methods, bound methods, multimethods, and classes (calling a
+// class makes an instance).
 //
 // A callable is entered through `call` with a row of arguments; the row is borrowed for the call. A method takes its
 // receiver as the first argument until it is bound. A callable that takes no receiver although it stands in a class, or
@@ -8,13 +8,13 @@
 // Errors: a call returns its result or an Error; C++ exceptions thrown by the called function become Errors.
 #pragma once
 
-#include <atomic>
-#include <span>
-#include <vector>
-
 #include "ling/any.h"
 #include "ling/string.h"
 #include "ling/union.h"
+
+#include <atomic>
+#include <span>
+#include <vector>
 
 namespace ling {
 
@@ -45,6 +45,11 @@ class LING_API object_value_callable : public object_value {
   virtual Any declaring_context() const { return {}; }
   virtual void set_declaring_context(const Any&) {}
 
+  // What the signature says; untyped, 0 and false when it cannot be told.
+  Type result_type() const;
+  std::size_t parameter_count() const;
+  bool has_variadic_parameters() const;
+
   // The Error for a call with a number of arguments that the callable does not accept.
   Any error_arguments_count(std::size_t given) const;
 
@@ -70,8 +75,9 @@ class LING_API I_Callable_Generic : public Handle<I_Callable_Generic, object_val
   String name() const { return object().name(); }
   String doc() const { return object().doc(); }
   Result<Signature> signature() const { return object().signature(); }
-  Type resultType() const;             // untyped when the signature cannot be told
-  std::size_t parameterCount() const;  // 0 when the signature cannot be told
+  Type resultType() const;
+  std::size_t parameterCount() const { return object().parameter_count(); }
+  bool hasVariadicParameters() const { return object().has_variadic_parameters(); }
   bool isIndependent() const noexcept { return object().is_independent(); }
   void setIndependent(bool independent = true) const noexcept { object().set_independent(independent); }
   // A callable that passes `instance` as the first argument.
@@ -101,8 +107,8 @@ class LING_API object_value_function : public object_value_callable {
     std::vector<Type> (*parameters)();
     Type (*result)();
   };
-  // How the function is declared. The signature text lists the parameter names: "path, flags, rest...", where three dots
-  // mark a variadic last parameter. Defaults belong to the last parameters.
+  // How the function is declared. The signature text lists the parameter names: "path, flags, rest...", where three
+  // dots mark a variadic last parameter. Defaults belong to the last parameters.
   struct declaration {
     String name;
     String signature_text;
@@ -186,6 +192,7 @@ class LING_API object_value_constant final : public object_value_callable {
 // BadArgument lists the candidates.
 class LING_API object_value_multimethod final : public object_value_callable {
  public:
+  // At least one overload.
   object_value_multimethod(String name, std::vector<I_Callable_Generic> overloads)
       : name_(std::move(name)), overloads_(std::move(overloads)) {}
   ObjectType type() const noexcept override { return ObjectType::Multimethod; }
@@ -193,10 +200,12 @@ class LING_API object_value_multimethod final : public object_value_callable {
   Any call(std::span<const Any> arguments) const override;
   Any call_named(std::span<const Any> positional, std::span<const named_argument> named) const override;
   String name() const override { return name_; }
-  String doc() const override;                   // the docs of the overloads, one after the other
-  Result<Signature> signature() const override;  // variadic, untyped
-  bool is_independent() const noexcept override;  // when all overloads are
+  String doc() const override;                               // the docs of the overloads, one after the other
+  Result<Signature> signature() const override;              // variadic, untyped
+  bool is_independent() const noexcept override;             // when all overloads are
+  void set_independent(bool independent) noexcept override;  // of every overload
   Any declaring_context() const override;
+  void set_declaring_context(const Any& context) override;  // of every overload
 
   const std::vector<I_Callable_Generic>& overloads() const noexcept { return overloads_; }
   // The overloads that take no receiver.

@@ -1,14 +1,14 @@
 // Classes: inheritance, members, making instances.
 #include "ling/class.h"
 
-#include <algorithm>
-#include <mutex>
-
 #include "ling/class_builder.h"
 #include "ling/detail/argument_row.h"
 #include "ling/detail/definitions.h"
 #include "ling/interfaces.h"
 #include "ling/reflection.h"
+
+#include <algorithm>
+#include <mutex>
 
 namespace ling {
 
@@ -49,9 +49,9 @@ std::vector<object_value_class*>& all_classes() {
 }
 
 constexpr const meta_method_untyped* member_access_methods[] = {
-    &Any::__propertyValue__, &Any::__setPropertyValue__, &Any::__property__,     &Any::__ownProperty__,
-    &Any::__ownProperties__, &Any::__method__,           &Any::__ownMethod__,    &Any::__ownMethods__,
-    &Any::__insertProperty__, &Any::__insertMethod__,    &Any::__removeProperty__, &Any::__removeMethod__,
+    &Any::__propertyValue__,  &Any::__setPropertyValue__, &Any::__property__,       &Any::__ownProperty__,
+    &Any::__ownProperties__,  &Any::__method__,           &Any::__ownMethod__,      &Any::__ownMethods__,
+    &Any::__insertProperty__, &Any::__insertMethod__,     &Any::__removeProperty__, &Any::__removeMethod__,
 };
 
 bool takes_over_member_access(const class_member& member) {
@@ -224,7 +224,7 @@ void object_value_class::merge(const class_member& addition) {
   }
 }
 
-// Takes from a parent's member what this class has not hidden: what it lacks, or has only from the parent's former state.
+// Takes from a parent's member what this class has not hidden: what it lacks or has from the parent's former state.
 void object_value_class::inherit(const class_member& former, const class_member& current) {
   const class_member* present = members_.find(*current.name);
   class_member addition{current.name, nullptr, 0, {}, {}};
@@ -369,7 +369,8 @@ Union<Class_Generic, None> Class_Generic::genericDefinition() const {
   return Union<Class_Generic, None>::unchecked(definition == nullptr ? Any() : Any::share(definition));
 }
 
-// --- instances of generic classes -------------------------------------------------------------------------------------
+// --- instances of generic classes
+// -------------------------------------------------------------------------------------
 
 namespace {
 

@@ -6,9 +6,17 @@
 //
 // Calling a class makes an instance. A class is a callable like any other.
 //
-// Threads: lookups take no lock. Members may be added at any time from any thread; the `_unsafe` operations are named so
-// because nobody checks that the change makes sense to those who already use the class.
+// Threads: lookups take no lock. Properties and methods may be added at any time from any thread; the `_unsafe`
+// operations are named so because nobody checks that the change makes sense to those who already use the class.
+// Parents, fields, the constructor, the allocator and the hooks belong to a class that nobody else uses yet: instances
+// made before do not have a field that is added later.
 #pragma once
+
+#include "ling/callable.h"
+#include "ling/member_table.h"
+#include "ling/property.h"
+#include "ling/signature.h"
+#include "ling/type.h"
 
 #include <atomic>
 #include <memory>
@@ -17,12 +25,6 @@
 #include <string_view>
 #include <typeinfo>
 #include <vector>
-
-#include "ling/callable.h"
-#include "ling/member_table.h"
-#include "ling/property.h"
-#include "ling/signature.h"
-#include "ling/type.h"
 
 namespace ling {
 
@@ -39,8 +41,8 @@ inline constexpr std::uint64_t declared = 1ull << 42;         // has a declaring
 
 // Answers for members that a class with the flag `dynamic_members` does not register.
 struct dynamic_member_hooks {
-  Any (*method)(const Any& instance, const name_entry& name);  // a callable, or empty
-  Any (*get)(const Any& instance, const name_entry& name);     // the value or an Error
+  Any (*method)(const Any& instance, const name_entry& name);                 // a callable, or empty
+  Any (*get)(const Any& instance, const name_entry& name);                    // the value or an Error
   Any (*set)(const Any& instance, const name_entry& name, const Any& value);  // None or an Error
 };
 
@@ -189,6 +191,5 @@ class Class : public Handle<Class<T>, object_value_class, Class_Generic> {
 
 // The instance of a generic class for these arguments, `List<Integer>` of `List`; made on first request, then the same.
 LING_API Class_Generic generic_instance(const Class_Generic& definition, std::span<const Type> arguments);
-
 
 }  // namespace ling

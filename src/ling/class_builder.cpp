@@ -1,12 +1,13 @@
 // Building classes from their descriptions.
 #include "ling/class_builder.h"
 
+#include "ling/detail/try.h"
+#include "ling/reflection.h"
+
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
-
-#include "ling/detail/try.h"
-#include "ling/reflection.h"
 
 namespace ling {
 
@@ -63,7 +64,8 @@ struct class_builder_base::entries {
   Any error;
 };
 
-class_builder_base::class_builder_base(const String& name) : entries_(new entries{new object_value_class(name), {}, {}}) {}
+class_builder_base::class_builder_base(const String& name)
+    : entries_(new entries{new object_value_class(name), {}, {}}) {}
 
 class_builder_base::~class_builder_base() = default;
 
@@ -127,10 +129,8 @@ Result<Class_Generic> class_builder_base::build() {
       of_class.add_method_unsafe(each.name, each.overloads.front());
       continue;
     }
-    for (const I_Callable_Generic& overload : each.overloads) {
-      overload.object().set_declaring_context(Class_Generic(of_class));
-    }
-    of_class.add_method_unsafe(each.name, I_Callable_Generic::unchecked(make<object_value_multimethod>(each.name, each.overloads)));
+    of_class.add_method_unsafe(
+        each.name, I_Callable_Generic::unchecked(make<object_value_multimethod>(each.name, each.overloads)));
   }
   return Class_Generic(of_class);
 }
@@ -147,8 +147,7 @@ struct running_description {
 thread_local const running_description* innermost_description = nullptr;
 
 struct description_scope {
-  explicit description_scope(const class_definition_base& definition)
-      : running{&definition, innermost_description} {
+  explicit description_scope(const class_definition_base& definition) : running{&definition, innermost_description} {
     innermost_description = &running;
   }
   ~description_scope() { innermost_description = running.outer; }
@@ -167,8 +166,8 @@ bool is_running(const class_definition_base& definition) {
   return false;
 }
 
-// Classes that are finished but not yet in their modules. Entering a module needs the class Module, which may be the one
-// being described: so it happens when no description runs on the thread any more.
+// Classes that are finished but not yet in their modules. Entering a module needs the class Module, which may be the
+// one being described: so it happens when no description runs on the thread any more.
 struct unregistered_class {
   String module;
   object_value_class* of_class;
@@ -212,6 +211,45 @@ Result<None> register_finished_classes() {
 
 }  // namespace
 
+namespace {
+
+// The descriptions of classes with C++ data, before their classes are published: whoever can have an instance finds its
+// class by the C++ type.
+struct native_definition {
+  const std::type_info* type;
+  const class_definition_base* definition;
+};
+struct native_definitions {
+  spinlock lock;
+  std::vector<native_definition> known;
+};
+native_definitions& known_native_definitions() {
+  static native_definitions& definitions = *new native_definitions;
+  return definitions;
+}
+
+void register_native_definition(const std::type_info& type, const class_definition_base& definition) {
+  const std::lock_guard guard(known_native_definitions().lock);
+  auto& known = known_native_definitions().known;
+  if (std::none_of(known.begin(), known.end(), [&](const auto& each) { return each.definition == &definition; })) {
+    known.push_back({&type, &definition});
+  }
+}
+
+}  // namespace
+
+object_value_class* internal::native_class(const std::type_info& type) noexcept {
+  const std::lock_guard guard(known_native_definitions().lock);
+  for (const native_definition& each : known_native_definitions().known) {
+    if (each.type == &type || *each.type == type) {
+      if (object_value_class* built = each.definition->if_built()) {
+        return built;
+      }
+    }
+  }
+  return nullptr;
+}
+
 Result<Class_Generic> class_definition_base::run_description(String& module) const {
   try {
     const description_scope scope(*this);
@@ -228,12 +266,12 @@ Result<Class_Generic> class_definition_base::build() const {
   String module;
   const auto described = run_description(module);
   const Class_Generic finished = TRY(described);
+  if (native_type_ != nullptr) {
+    register_native_definition(*native_type_, *this);
+  }
   object_value_class* built = nullptr;
   if (!built_.compare_exchange_strong(built, &finished.object(), std::memory_order_acq_rel)) {
     return Class_Generic(*built);  // another thread was first; its class is the class
-  }
-  if (native_type_ != nullptr) {
-    internal::register_native_class(*native_type_, finished.object());
   }
   if (!module.empty()) {
     const std::lock_guard guard(classes_to_register().lock);
@@ -253,32 +291,6 @@ object_value_class& class_definition_base::build_required() const {
 }
 
 // --- C++ data --------------------------------------------------------------------------------------------------------
-
-namespace {
-struct native_classes {
-  spinlock lock;
-  std::vector<std::pair<const std::type_info*, object_value_class*>> known;
-};
-native_classes& known_native_classes() {
-  static native_classes& classes = *new native_classes;
-  return classes;
-}
-}  // namespace
-
-void internal::register_native_class(const std::type_info& type, object_value_class& of_class) {
-  const std::lock_guard guard(known_native_classes().lock);
-  known_native_classes().known.emplace_back(&type, &of_class);
-}
-
-object_value_class* internal::native_class(const std::type_info& type) noexcept {
-  const std::lock_guard guard(known_native_classes().lock);
-  for (const auto& [known_type, of_class] : known_native_classes().known) {
-    if (known_type == &type || *known_type == type) {
-      return of_class;
-    }
-  }
-  return nullptr;
-}
 
 Type internal::native_type(const std::type_info& type) {
   object_value_class* of_class = native_class(type);

@@ -12,20 +12,21 @@
 //   const class_registration registered{inventory_class};
 //
 // A definition is a constant: it can be used before any static initialiser has run. A registration at namespace scope
-// queues the building of its classes at init level Classes; `get` builds a class earlier when it is needed earlier. Building runs the description once per thread that races for it at most, and the first finished
-// class is the class: nobody waits for anybody, so a thread that holds some other lock cannot deadlock. A description
-// must therefore only describe. One that needs the class it is describing gets the error "Recursive call detected while
-// initializing class:" and the name.
+// queues the building of its classes at init level Classes; `get` builds a class earlier when it is needed earlier.
+// Building runs the description once per thread that races for it at most, and the first finished class is the class:
+// nobody waits for anybody, so a thread that holds some other lock cannot deadlock. A description must therefore only
+// describe. One that needs the class it is describing gets the error "Recursive call detected while initializing
+// class:" and the name.
 //
 // T is the C++ data that instances carry, a typed handle (its `matches` decides what the receiver is), or void.
 #pragma once
 
+#include "ling/closure.h"
+#include "ling/registration.h"
+
 #include <initializer_list>
 #include <memory>
 #include <vector>
-
-#include "ling/closure.h"
-#include "ling/registration.h"
 
 namespace ling {
 
@@ -69,8 +70,9 @@ class LING_API property_builder_base {
   template <class F>
   property_builder_base&& getter(F function) && {
     constexpr std::size_t parameters = internal::parameter_row<typename internal::parameters_of<F>::type>::count;
-    take_getter(method_builder_base(name_, parameters == 0 ? "" : "self", doc_, {}, parameters != 0).body(std::move(function)),
-                parameters);
+    take_getter(
+        method_builder_base(name_, parameters == 0 ? "" : "self", doc_, {}, parameters != 0).body(std::move(function)),
+        parameters);
     return std::move(*this);
   }
   template <class F>
@@ -157,13 +159,17 @@ class class_builder : public class_builder_base {
   }
   class_builder& flags(std::uint64_t bits) { return add_flags(bits), *this; }
 
-  // A function that makes the C++ value of an instance; or, for other classes, one that makes the value itself and takes
-  // the class that was called, which may be a descendant, as its first parameter.
+  // A function that makes the C++ value of an instance; or, for other classes, one that makes the value itself and
+  // takes the class that was called, which may be a descendant, as its first parameter.
   template <class F>
-  class_builder& constructor(const String& signature_text, const String& doc, F function, std::vector<Any> defaults = {}) {
-    method_builder_base builder("__init__", internal::with_receiver("class", signature_text), doc, std::move(defaults), true);
-    if constexpr (std::same_as<std::remove_cvref_t<typename internal::callable_traits<F>::result>, T> && !handle_type<T>) {
-      set_constructor(std::move(builder).body(native_constructor(function, std::type_identity<typename internal::parameters_of<F>::type>())));
+  class_builder& constructor(const String& signature_text, const String& doc, F function,
+                             std::vector<Any> defaults = {}) {
+    method_builder_base builder("__init__", internal::with_receiver("class", signature_text), doc, std::move(defaults),
+                                true);
+    if constexpr (std::same_as<std::remove_cvref_t<typename internal::callable_traits<F>::result>, T> &&
+                  !handle_type<T>) {
+      set_constructor(std::move(builder).body(
+          native_constructor(function, std::type_identity<typename internal::parameters_of<F>::type>())));
     } else {
       set_constructor(std::move(builder).body(std::move(function)));
     }
@@ -178,7 +184,9 @@ class class_builder : public class_builder_base {
   }
   template <class Getter, class Setter>
   class_builder& property(const String& name, const String& doc, Getter getter, Setter setter) {
-    return add_property(name, property_builder_base(name, doc).getter(std::move(getter)).setter(std::move(setter)).build()), *this;
+    return add_property(name,
+                        property_builder_base(name, doc).getter(std::move(getter)).setter(std::move(setter)).build()),
+           *this;
   }
   class_builder& constant(const String& name, const Any& value, const String& doc) {
     return add_property(name, Property::constant(value, doc)), *this;
@@ -199,7 +207,8 @@ class class_builder : public class_builder_base {
   template <class F>
   class_builder& class_method(const String& name, const String& signature_text, const String& doc, F function,
                               std::vector<Any> defaults = {}) {
-    return add_class_method(name, make_function(name, signature_text, doc, std::move(function), std::move(defaults))), *this;
+    return add_class_method(name, make_function(name, signature_text, doc, std::move(function), std::move(defaults))),
+           *this;
   }
   class_builder& hooks(const dynamic_member_hooks& functions) { return set_hooks(functions), *this; }
 
@@ -226,6 +235,8 @@ class LING_API class_definition_base {
     }
     return build();
   }
+  // The class, null as long as it is not built.
+  object_value_class* if_built() const noexcept { return built_.load(std::memory_order_acquire); }
   // The class of a description that is known to be right; ends the process with the error otherwise.
   object_value_class& required() const {
     if (object_value_class* built = built_.load(std::memory_order_acquire)) [[likely]] {
@@ -235,7 +246,8 @@ class LING_API class_definition_base {
   }
 
  protected:
-  constexpr class_definition_base(const char* name, Result<Class_Generic> (*describe)(const class_definition_base&, String& module),
+  constexpr class_definition_base(const char* name,
+                                  Result<Class_Generic> (*describe)(const class_definition_base&, String& module),
                                   const std::type_info* native_type) noexcept
       : name_(name), describe_(describe), native_type_(native_type) {}
   ~class_definition_base() = default;
@@ -289,8 +301,8 @@ class class_definition : public class_definition_base {
   description describe_;
 };
 
-// Queues the building of classes at init level Classes; stands at namespace scope behind the definitions, which it keeps
-// references to.
+// Queues the building of classes at init level Classes; stands at namespace scope behind the definitions, which it
+// keeps references to.
 class LING_API class_registration {
  public:
   class_registration(std::initializer_list<std::reference_wrapper<const class_definition_base>> definitions);

@@ -1,12 +1,21 @@
-// From C++ functions to runtime callables. A thunk made by template checks the number of arguments, converts each to its
-// parameter's type, calls, and converts the result; nothing on the way allocates but the result.
+// From C++ functions to runtime callables. A thunk made by template checks the number of arguments, converts each to
+// its parameter's type, calls, and converts the result; nothing on the way allocates but the result.
 //
-// Parameters may be: Any and every typed handle; bool, integers (range-checked), floating point (integers are accepted),
-// std::string, std::string_view (valid during the call), std::optional of those (None is empty); C++ data of a described
-// class as T&, const T& or T*; and Variadic as the last parameter. Lazy arguments are forced for every parameter but Any.
-// Results may be: void (None), all of the above, a Union of handles, std::vector of them (a List), and T by value for a
-// described class (a new instance). A thrown C++ exception becomes an Error.
+// Parameters may be: Any and every typed handle; bool, integers (range-checked), floating point (integers are
+// accepted), std::string, std::string_view (valid during the call), std::optional of those (None is empty); C++ data of
+// a described class as T&, const T& or T*; and Variadic as the last parameter. Lazy arguments are forced for every
+// parameter but Any. Results may be: void (None), all of the above, a Union of handles, std::vector of them (a List),
+// and T by value for a described class (a new instance). A thrown C++ exception becomes an Error.
 #pragma once
+
+#include "ling/boolean.h"
+#include "ling/callable.h"
+#include "ling/class.h"
+#include "ling/error.h"
+#include "ling/list.h"
+#include "ling/none.h"
+#include "ling/number.h"
+#include "ling/tuple.h"
 
 #include <array>
 #include <concepts>
@@ -18,22 +27,12 @@
 #include <type_traits>
 #include <vector>
 
-#include "ling/boolean.h"
-#include "ling/callable.h"
-#include "ling/class.h"
-#include "ling/error.h"
-#include "ling/list.h"
-#include "ling/none.h"
-#include "ling/number.h"
-#include "ling/tuple.h"
-
 namespace ling {
 
 namespace internal {
 
 // The class described for C++ data of a type, null when none is (yet).
 LING_API object_value_class* native_class(const std::type_info& type) noexcept;
-LING_API void register_native_class(const std::type_info& type, object_value_class& of_class);
 LING_API Type native_type(const std::type_info& type);
 LING_API Any error_no_native_class(const std::type_info& type);
 
@@ -235,7 +234,9 @@ struct result_of {
 };
 template <class T>
 struct result_of<std::optional<T>> {
-  static Any convert(std::optional<T>&& value) { return value ? result_of<T>::convert(*std::move(value)) : Any(None()); }
+  static Any convert(std::optional<T>&& value) {
+    return value ? result_of<T>::convert(*std::move(value)) : Any(None());
+  }
   static Type type() { return argument<std::optional<T>>::type(); }
 };
 template <class T>
@@ -328,7 +329,8 @@ class object_value_closure final : public object_value_function {
 
  public:
   object_value_closure(declaration declared, F function)
-      : object_value_function(std::move(declared), {&row::types, &internal::result_of<std::remove_cvref_t<result>>::type}),
+      : object_value_function(std::move(declared),
+                              {&row::types, &internal::result_of<std::remove_cvref_t<result>>::type}),
         function_(std::move(function)) {}
 
   Any call(std::span<const Any> given) const override {

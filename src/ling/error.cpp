@@ -1,10 +1,10 @@
 // Errors.
 #include "ling/error.h"
 
-#include <mutex>
-
 #include "ling/class_builder.h"
 #include "ling/detail/definitions.h"
+
+#include <mutex>
 
 namespace ling {
 
@@ -36,10 +36,12 @@ constinit const class_definition<Error> internal::error_class("Error", [](class_
       .constructor("message", "An error with that message.",
                    [](const Class_Generic& self, const String& message) -> Any { return Error(self, message); })
       .property("message", "What went wrong.", [](const Error& self) { return self.message(); })
-      .property("stack", "Where it happened; empty when unknown.", [](const Error& self) { return self.stack(); },
-                [](const Error& self, const String& stack) { self.setStack(stack); })
-      .property("value", "A value that belongs to the error, or none.", [](const Error& self) { return self.value(); },
-                [](const Error& self, const Any& value) { self.setValue(value); })
+      .property(
+          "stack", "Where it happened; empty when unknown.", [](const Error& self) { return self.stack(); },
+          [](const Error& self, const String& stack) { self.setStack(stack); })
+      .property(
+          "value", "A value that belongs to the error, or none.", [](const Error& self) { return self.value(); },
+          [](const Error& self, const Any& value) { self.setValue(value); })
       .property("cause", "The failure behind this one, or none.", &cause_of);
 });
 
@@ -54,9 +56,8 @@ constinit const class_definition<StopIteration> internal::stop_iteration_class(
     });
 
 constinit const class_definition<BadArgument> internal::bad_argument_class(
-    "BadArgument", [](class_builder<BadArgument>& c) {
-      c.module("ling").doc("A wrong argument.").parent(Error::getClass());
-    });
+    "BadArgument",
+    [](class_builder<BadArgument>& c) { c.module("ling").doc("A wrong argument.").parent(Error::getClass()); });
 
 constinit const class_definition<EvaluationError> internal::evaluation_error_class(
     "EvaluationError", [](class_builder<EvaluationError>& c) {
@@ -71,9 +72,12 @@ constinit const class_definition<EvaluationError> internal::evaluation_error_cla
                                                                     source_position{offset, line, column, length});
                        },
                        {None(), None(), None(), None()})
-          .property("offset", "Position in the text, or none.", [](const EvaluationError& self) { return optional_number(self.offset()); })
-          .property("line", "Line, counted from 1, or none.", [](const EvaluationError& self) { return optional_number(self.line()); })
-          .property("column", "Column, counted from 1, or none.", [](const EvaluationError& self) { return optional_number(self.column()); })
+          .property("offset", "Position in the text, or none.",
+                    [](const EvaluationError& self) { return optional_number(self.offset()); })
+          .property("line", "Line, counted from 1, or none.",
+                    [](const EvaluationError& self) { return optional_number(self.line()); })
+          .property("column", "Column, counted from 1, or none.",
+                    [](const EvaluationError& self) { return optional_number(self.column()); })
           .property("length", "Length of the marked text in code points, or none.",
                     [](const EvaluationError& self) { return optional_number(self.length()); });
     });
@@ -157,7 +161,9 @@ EvaluationError::EvaluationError(const String& message, std::optional<std::int64
                                  std::optional<std::int64_t> length)
     : Handle(new object_value_evaluation_error(getClass().object(), message, {offset, line, column, length})) {}
 bool EvaluationError::matches(const object_value* object) noexcept {
-  return is_error_of(object, internal::evaluation_error_class);
+  // A class derived from it may have made a plain error.
+  return is_error_of(object, internal::evaluation_error_class) &&
+         dynamic_cast<const object_value_evaluation_error*>(object) != nullptr;
 }
 Type EvaluationError::getType() { return Type::of(getClass()); }
 Class_Generic EvaluationError::getClass() { return internal::evaluation_error_class.required(); }

@@ -6,13 +6,13 @@
 // Threads: the parts of an error are guarded by its lock.
 #pragma once
 
-#include <cstdint>
-#include <exception>
-#include <optional>
-
 #include "ling/instance.h"
 #include "ling/string.h"
 #include "ling/union.h"
+
+#include <cstdint>
+#include <exception>
+#include <optional>
 
 namespace ling {
 
@@ -46,8 +46,8 @@ class LING_API Error : public Handle<Error, object_value_error> {
 
   // An error without details.
   static Error unknown();
-  // The error for the C++ exception being handled: a thrown Error is that error, any other exception becomes the cause of
-  // a new one with its text. Only inside a catch clause.
+  // The error for the C++ exception being handled: a thrown Error is that error, any other exception becomes the cause
+  // of a new one with its text. Only inside a catch clause.
   static Error fromCurrentException() noexcept;
 
   String message() const { return object().message(); }

@@ -30,7 +30,7 @@ object_value_evaluation_scope::object_value_evaluation_scope(Any self_value, Any
       out_locals(std::move(out_locals_map)) {}
 
 bool EvaluationScope::matches(const object_value* object) noexcept {
-  return internal::is_handle_object(object, internal::evaluation_scope_class);
+  return internal::is_handle_object<object_value_evaluation_scope>(object, internal::evaluation_scope_class);
 }
 Type EvaluationScope::getType() { return Type::of(getClass()); }
 Class_Generic EvaluationScope::getClass() { return internal::evaluation_scope_class.required(); }

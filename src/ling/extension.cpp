@@ -1,17 +1,17 @@
 // Loading plug-ins.
 #include "ling/extension.h"
 
-#include <algorithm>
-#include <filesystem>
-#include <mutex>
-#include <string>
-#include <vector>
-
 #include "ling/detail/dynamic_library.h"
 #include "ling/detail/try.h"
 #include "ling/none.h"
 #include "ling/registration.h"
 #include "ling/spinlock.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <mutex>
+#include <string>
+#include <vector>
 
 namespace ling {
 
@@ -52,8 +52,10 @@ loaded_libraries& loaded() {
 // A plain name means a file in the current directory; the system would look for it along its library path.
 std::string absolute_path(const String& path) {
   const std::string_view text = path.view();
-  const std::u8string absolute = std::filesystem::absolute(std::u8string(text.begin(), text.end())).u8string();
-  return std::string(absolute.begin(), absolute.end());
+  std::error_code unknown_directory;
+  const auto absolute =
+      std::filesystem::absolute(std::u8string(text.begin(), text.end()), unknown_directory).u8string();
+  return unknown_directory ? std::string(text) : std::string(absolute.begin(), absolute.end());
 }
 
 Result<None> call_entry_point(void* address, const char* symbol, const String& path) {
@@ -84,6 +86,9 @@ Result<None> call_entry_points(void* library, const String& path) {
 }  // namespace
 
 Result<None> load_extension(const String& path) {
+  if (path.empty()) {
+    return Error("Unable to load an extension: the path is empty.");  // the system would take it for the program itself
+  }
   std::string problem;
   void* library = internal::open_dynamic_library(absolute_path(path), problem);
   if (library == nullptr) {

@@ -12,7 +12,9 @@ namespace ling {
 class None;
 
 // Loads the library, calls its entry points and runs the init handlers it queued. The library stays loaded. Errors name
-// the file, the missing symbol, and what the system said. Loading the same file again does nothing.
+// the file, the missing symbol, and what the system said; a file whose entry point failed can be loaded again. Loading
+// the same file again does nothing, also while another thread is still at it. The path is UTF-8; a relative one counts
+// from the current directory. Any thread; what the library does while it is loaded runs on the calling one.
 LING_API Result<None> load_extension(const String& path);
 
 }  // namespace ling

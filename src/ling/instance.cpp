@@ -1,13 +1,13 @@
 // Fields and own members of instances.
 #include "ling/instance.h"
 
-#include <algorithm>
-#include <mutex>
-#include <vector>
-
 #include "ling/class.h"
 #include "ling/hash_map.h"
 #include "ling/property.h"
+
+#include <algorithm>
+#include <mutex>
+#include <vector>
 
 namespace ling {
 

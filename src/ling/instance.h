@@ -7,12 +7,12 @@
 // Threads: fields and own members are guarded by a spinlock per object; C++ data is the host's to guard.
 #pragma once
 
+#include "ling/any.h"
+#include "ling/spinlock.h"
+
 #include <atomic>
 #include <memory>
 #include <typeinfo>
-
-#include "ling/any.h"
-#include "ling/spinlock.h"
 
 namespace ling {
 

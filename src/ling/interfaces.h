@@ -2,8 +2,8 @@
 // parent and having its members. Each interface is one handle, whose operations take and return Any, go to the
 // runtime's own containers directly and to any other value through its members of the same name.
 //
-// Operations return results: a value, a lazily computed value, or an Error; what a member of a foreign class returned is
-// passed on as it is.
+// Operations return results: a value, a lazily computed value, or an Error; what a member of a foreign class returned
+// is passed on as it is.
 #pragma once
 
 #include "ling/boolean.h"
@@ -15,12 +15,15 @@ namespace ling {
 
 // The names of interface members, in one place.
 namespace members {
+// clang-format off
 #define LING_INTERFACE_METHODS(X)                                                                                  \
   X(append) X(appendAt) X(at) X(atOr) X(clear) X(clone) X(contains) X(deepClone) X(evaluate) X(evaluateExpression) \
   X(extend) X(get) X(indexOf) X(insert) X(iter) X(next) X(pop) X(remove) X(removeAt) X(removeOne) X(resolve)       \
   X(set) X(sliced) X(toCode)
-#define LING_INTERFACE_PROPERTIES(X) \
-  X(__length__) X(keys) X(values) X(keysType) X(valuesType) X(elementsType) X(name) X(doc) X(code) X(instance) X(canEvaluate)
+#define LING_INTERFACE_PROPERTIES(X)                                                                               \
+  X(__length__) X(keys) X(values) X(keysType) X(valuesType) X(elementsType) X(name) X(doc) X(code) X(instance)     \
+  X(canEvaluate)
+// clang-format on
 #define LING_DECLARE_NAME(name) extern LING_API const meta_method_untyped name;
 LING_INTERFACE_METHODS(LING_DECLARE_NAME)
 #undef LING_DECLARE_NAME
@@ -32,10 +35,10 @@ LING_INTERFACE_PROPERTIES(LING_DECLARE_NAME)
 }  // namespace members
 
 // What every interface handle is and how it is recognised: by the ancestors of the value's class.
-#define LING_INTERFACE(Name)                                             \
-  LING_HANDLE(Name, object_value)                                        \
-  static bool matches(const object_value* object) noexcept;              \
-  static Type getType();                                                 \
+#define LING_INTERFACE(Name)                                \
+  LING_HANDLE(Name, object_value)                           \
+  static bool matches(const object_value* object) noexcept; \
+  static Type getType();                                    \
   static Class_Generic getClass();
 
 class LING_API I_Immutable : public Handle<I_Immutable> {
@@ -161,11 +164,11 @@ class LING_API I_Language : public Handle<I_Language, object_value, I_HasName> {
 };
 
 // The typed forms: what is taken and returned is known to be of the types given.
-#define LING_TYPED_INTERFACE(Name)                                                            \
-  template <class... T>                                                                       \
-  class Name : public Handle<Name<T...>, object_value, Name##_Generic> {                      \
-    using Handle = ling::Handle<Name<T...>, object_value, Name##_Generic>;                    \
-    LING_HANDLE(Name, object_value)                                                           \
+#define LING_TYPED_INTERFACE(Name)                                         \
+  template <class... T>                                                    \
+  class Name : public Handle<Name<T...>, object_value, Name##_Generic> {   \
+    using Handle = ling::Handle<Name<T...>, object_value, Name##_Generic>; \
+    LING_HANDLE(Name, object_value)                                        \
   };
 LING_TYPED_INTERFACE(I_Iterator)
 LING_TYPED_INTERFACE(I_Iterable)

@@ -70,6 +70,8 @@ Any compute_guarded(const std::function<Any()>& compute) {
 }  // namespace
 
 object_value_class& object_value_computed::object_class() const { return internal::computed_class.required(); }
+Type Computed_Generic::getType() { return Type::of(getClass()); }
+Class_Generic Computed_Generic::getClass() { return internal::computed_class.required(); }
 
 Any object_value_computed::force() {
   if (computed_.load(std::memory_order_acquire)) [[likely]] {
@@ -108,6 +110,8 @@ Any object_value_computed::force() {
 }
 
 object_value_class& object_value_external::object_class() const { return internal::external_class.required(); }
+Type External_Generic::getType() { return Type::of(getClass()); }
+Class_Generic External_Generic::getClass() { return internal::external_class.required(); }
 
 // --- weak references -------------------------------------------------------------------------------------------------
 

@@ -1,12 +1,12 @@
 // Lazy values: Computed (computed once, on first need), External (loaded from elsewhere), and weak references.
 #pragma once
 
+#include "ling/spinlock.h"
+#include "ling/union.h"
+
 #include <atomic>
 #include <functional>
 #include <memory>
-
-#include "ling/spinlock.h"
-#include "ling/union.h"
 
 namespace ling {
 
@@ -16,12 +16,11 @@ namespace internal {
 struct weak_cell;
 }
 
-// A value computed on first need and kept. Two threads that need it at once may both compute it; the first result is kept.
+// A value computed on first need and kept. Two threads that need it at once may both compute it; the first stays.
 class LING_API object_value_computed final : public object_value {
  public:
   explicit object_value_computed(std::function<Any()> compute)
-      : object_value(object_traits::lazy),
-        compute_(std::make_shared<const std::function<Any()>>(std::move(compute))) {}
+      : object_value(object_traits::lazy), compute_(std::make_shared<const std::function<Any()>>(std::move(compute))) {}
   ObjectType type() const noexcept override { return ObjectType::Computed; }
   object_value_class& object_class() const override;
   // The value, which may be an Error: the computation's, one for its C++ exception, or one for a computation that needs
@@ -54,6 +53,8 @@ class LING_API External_Generic : public Handle<External_Generic, object_value_e
   static bool matches(const object_value* object) noexcept {
     return object != nullptr && object->type() == ObjectType::External;
   }
+  static Type getType();
+  static Class_Generic getClass();
 };
 
 // Refers to an object without keeping it alive.

@@ -1,26 +1,25 @@
 // The host's log, written through spdlog.
 #include "ling/logger.h"
 
+#include "ling/detail/definitions.h"
+
+#include <spdlog/logger.h>
+#include <spdlog/sinks/stdout_sinks.h>
+
 #include <atomic>
 #include <deque>
 #include <memory>
 #include <mutex>
 #include <utility>
 
-#include <spdlog/logger.h>
-#include <spdlog/sinks/stdout_sinks.h>
-
-#include "ling/detail/definitions.h"
-
 namespace ling {
 
 constinit const class_definition<LogRecord> internal::log_record_class("LogRecord", [](class_builder<LogRecord>& c) {
   c.module("ling")
       .doc("A message with its level: 10 debug, 20 info, 30 warning, 40 error, 50 critical.")
-      .constructor("level, message", "A record for the log.",
-                   [](const Class_Generic&, std::int64_t level, const String& message) {
-                     return LogRecord(level, message);
-                   })
+      .constructor(
+          "level, message", "A record for the log.",
+          [](const Class_Generic&, std::int64_t level, const String& message) { return LogRecord(level, message); })
       .property("level", "How serious it is.", &LogRecord::level)
       .property("message", "The text.", &LogRecord::message);
 });
@@ -36,7 +35,7 @@ object_value_log_record::object_value_log_record(std::int64_t of_level, String t
     : object_value_instance(internal::log_record_class.required()), level(of_level), message(std::move(text)) {}
 
 bool LogRecord::matches(const object_value* object) noexcept {
-  return internal::is_handle_object(object, internal::log_record_class);
+  return internal::is_handle_object<object_value_log_record>(object, internal::log_record_class);
 }
 Type LogRecord::getType() { return Type::of(getClass()); }
 Class_Generic LogRecord::getClass() { return internal::log_record_class.required(); }
@@ -51,9 +50,9 @@ struct level_row {
 };
 constexpr level_row levels[] = {
     {50, spdlog::level::critical},
-    {40, spdlog::level::err},
-    {30, spdlog::level::warn},
-    {20, spdlog::level::info},
+    {40, spdlog::level::err     },
+    {30, spdlog::level::warn    },
+    {20, spdlog::level::info    },
 };
 
 spdlog::level::level_enum spdlog_level(std::int64_t level) noexcept {
@@ -111,8 +110,8 @@ class object_value_logger final : public object_value_instance {
 
   std::atomic<std::int64_t> level_{INT64_MIN};
   // What follows is guarded by the object's lock. The sink is called one record at a time without making anybody wait:
-  // whoever finds nobody at it works off what is waiting. A lock held for the time of the call would invite deadlocks, as
-  // a sink may need another lock (an interpreter's) that a thread which logs is holding.
+  // whoever finds nobody at it works off what is waiting. A lock held for the time of the call would invite deadlocks,
+  // as a sink may need another lock (an interpreter's) that a thread which logs is holding.
   std::shared_ptr<const sink_function> sink_;
   std::deque<LogRecord> waiting_;
   bool draining_ = false;
@@ -167,7 +166,9 @@ void object_value_logger::drain() {
 }
 
 namespace {
-object_value_logger& logger_of(const Logger& handle) noexcept { return static_cast<object_value_logger&>(*handle.get()); }
+object_value_logger& logger_of(const Logger& handle) noexcept {
+  return static_cast<object_value_logger&>(*handle.get());
+}
 }  // namespace
 
 void Logger::log(const LogRecord& record) const { logger_of(*this).log(record); }
@@ -175,7 +176,7 @@ void Logger::setSink(sink_function sink) const { logger_of(*this).set_sink(std::
 void Logger::setLevel(std::int64_t level) const { logger_of(*this).set_level(level); }
 
 bool Logger::matches(const object_value* object) noexcept {
-  return internal::is_handle_object(object, internal::logger_class);
+  return internal::is_handle_object<object_value_logger>(object, internal::logger_class);
 }
 Type Logger::getType() { return Type::of(getClass()); }
 Class_Generic Logger::getClass() { return internal::logger_class.required(); }
@@ -184,9 +185,9 @@ Logger get_logger() {
   static std::atomic<object_value_logger*> the_logger{nullptr};
   object_value_logger* logger = the_logger.load(std::memory_order_acquire);
   if (logger == nullptr) {
-    auto* made = new object_value_logger;  // immortal; a thread that comes second leaves its own unused
-    if (the_logger.compare_exchange_strong(logger, made, std::memory_order_acq_rel)) {
-      logger = made;
+    auto made = std::make_unique<object_value_logger>();
+    if (the_logger.compare_exchange_strong(logger, made.get(), std::memory_order_acq_rel)) {
+      logger = made.release();  // immortal
     }
   }
   return Logger::unchecked(Any::share(logger));

@@ -6,10 +6,10 @@
 // Threads: any.
 #pragma once
 
-#include <functional>
-
 #include "ling/instance.h"
 #include "ling/string.h"
+
+#include <functional>
 
 namespace ling {
 
@@ -35,7 +35,7 @@ class LING_API LogRecord : public Handle<LogRecord, object_value_log_record> {
 class LING_API Logger : public Handle<Logger> {
   LING_HANDLE(Logger, object_value)
   void log(const LogRecord& record) const;
-  // Replaces where records go; an empty function restores standard error. Called from the logging threads, one at a time.
+  // Replaces where records go; an empty function restores standard error. Called by logging threads, one at a time.
   void setSink(std::function<void(const LogRecord&)> sink) const;
   // Records below this level are dropped.
   void setLevel(std::int64_t level) const;

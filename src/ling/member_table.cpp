@@ -23,8 +23,7 @@ void member_table::place(row& into, const class_member* member) noexcept {
 }
 
 void member_table::store(class_member member) {
-  const class_member* stored =
-      storage_.emplace_back(std::make_unique<const class_member>(std::move(member))).get();
+  const class_member* stored = storage_.emplace_back(std::make_unique<const class_member>(std::move(member))).get();
   row* rows = all_rows_.back().get();
   for (std::size_t i = stored->name->hash & rows->mask;; i = (i + 1) & rows->mask) {
     const class_member* present = rows->slots[i].load(std::memory_order_relaxed);

@@ -1,17 +1,17 @@
 // member_table: from an interned name to what a class has under it, in one probe and without a lock.
 //
-// Readers never wait; writers are serialised by the caller. Entries are replaced, never removed, and what was replaced is
-// kept for readers that may still look at it: classes change a handful of times in their life.
+// Readers never wait; writers are serialised by the caller. Entries are replaced, never removed, and what was replaced
+// is kept for readers that may still look at it: classes change a handful of times in their life.
 #pragma once
+
+#include "ling/any.h"
+#include "ling/name.h"
+#include "ling/string.h"
 
 #include <atomic>
 #include <cstddef>
 #include <memory>
 #include <vector>
-
-#include "ling/any.h"
-#include "ling/name.h"
-#include "ling/string.h"
 
 namespace ling {
 

@@ -1,13 +1,13 @@
 // Modules and the table of them.
 #include "ling/module.h"
 
-#include <functional>
-#include <mutex>
-#include <string_view>
-
 #include "ling/detail/definitions.h"
 #include "ling/detail/try.h"
 #include "ling/interfaces.h"
+
+#include <functional>
+#include <mutex>
+#include <string_view>
 
 namespace ling {
 
@@ -86,7 +86,7 @@ void Module::addProperty(const String& name, const Property& property) const {
 }
 
 bool Module::matches(const object_value* object) noexcept {
-  return internal::is_handle_object(object, internal::module_class);
+  return internal::is_handle_object<object_value_module>(object, internal::module_class);
 }
 Type Module::getType() { return Type::of(getClass()); }
 Class_Generic Module::getClass() { return internal::module_class.required(); }
@@ -95,8 +95,8 @@ Class_Generic Module::getClass() { return internal::module_class.required(); }
 
 constinit spinlock g_modules_lock;
 
-// Modules are never taken out, so the table is two kinds of chains through the modules themselves: adding one takes a few
-// instructions and no memory, and readers need no lock.
+// Modules are never taken out, so the table is two kinds of chains through the modules themselves: adding one takes a
+// few instructions and no memory, and readers need no lock.
 struct module_table {
   using link = std::atomic<object_value_module*>;
 

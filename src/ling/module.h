@@ -1,17 +1,18 @@
 // Modules: named collections of classes, callables and properties, and the process-wide table of them.
 //
-// A module's members can be reached as its attributes: a module has a class of its own, derived from Module, which has the
-// module's properties and classes as properties and its callables as methods. A module `a.b` is also the constant property `b` of module `a`.
+// A module's members can be reached as its attributes: a module has a class of its own, derived from Module, which has
+// the module's classes as properties and its callables as methods; its properties are its own. A module `a.b` is also
+// the constant property `b` of module `a`.
 //
 // Threads: the table and every module may be used and changed from any thread.
 #pragma once
 
-#include <atomic>
-#include <vector>
-
 #include "ling/class.h"
 #include "ling/hash_map.h"
 #include "ling/instance.h"
+
+#include <atomic>
+#include <vector>
 
 namespace ling {
 
@@ -78,7 +79,7 @@ extern LING_API spinlock g_modules_lock;
 // All modules in the order of their creation: a snapshot.
 LING_API std::vector<Module> modules();
 LING_API Union<Module, None> find_module(const String& name);
-// The module of that name, made when there is none, its parents too. An Error for an empty name or an empty part of one.
+// The module of that name, made when there is none, its parents too. An Error for a name with an empty part.
 LING_API Result<Module> get_module(const String& name);
 // Puts a finished module into the table and links it to its parent and to its children, as far as they are there. An
 // Error when the name is taken, or when it or a part of it is empty.

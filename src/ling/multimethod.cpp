@@ -1,13 +1,13 @@
 // Choosing among overloads.
-#include <algorithm>
-#include <optional>
-
 #include "ling/callable.h"
-#include "ling/detail/definitions.h"
 #include "ling/class_builder.h"
+#include "ling/detail/definitions.h"
 #include "ling/error.h"
 #include "ling/reflection.h"
 #include "ling/signature.h"
+
+#include <algorithm>
+#include <optional>
 
 namespace ling {
 
@@ -107,7 +107,8 @@ Any object_value_multimethod::call_named(std::span<const Any> positional, std::s
                          [&](const Parameter& parameter) { return parameter.name() == argument.name; });
     });
     const std::size_t given = positional.size() + named.size();
-    if (has_all && given >= declared.requiredParameterCount() && given <= declared.parameterCount()) {
+    const bool fits = declared.hasVariadicParameters() || given <= declared.parameterCount();
+    if (has_all && fits && given >= declared.requiredParameterCount()) {
       return each.object().call_named(positional, named);
     }
   }
@@ -132,7 +133,19 @@ bool object_value_multimethod::is_independent() const noexcept {
   return std::all_of(overloads_.begin(), overloads_.end(), [](const auto& each) { return each.isIndependent(); });
 }
 
+void object_value_multimethod::set_independent(bool independent) noexcept {
+  for (const I_Callable_Generic& each : overloads_) {
+    each.setIndependent(independent);
+  }
+}
+
 Any object_value_multimethod::declaring_context() const { return overloads_.front().declaringContext(); }
+
+void object_value_multimethod::set_declaring_context(const Any& context) {
+  for (const I_Callable_Generic& each : overloads_) {
+    each.object().set_declaring_context(context);
+  }
+}
 
 std::vector<I_Callable_Generic> object_value_multimethod::independent_functions() const {
   std::vector<I_Callable_Generic> independent;

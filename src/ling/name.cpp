@@ -1,14 +1,14 @@
 // The table of interned names, and the names the runtime knows from the start.
 #include "ling/name.h"
 
+#include "ling/interfaces.h"
+#include "ling/spinlock.h"
+#include "ling/string.h"
+
 #include <deque>
 #include <mutex>
 #include <string>
 #include <unordered_map>
-
-#include "ling/interfaces.h"
-#include "ling/spinlock.h"
-#include "ling/string.h"
 
 namespace ling {
 
@@ -27,10 +27,10 @@ constexpr std::uint32_t hash_text(std::string_view text) noexcept {
 
 // Names that C++ code uses before any static initialiser has run are constants, entered into the table when it is made.
 // One list: a name that is both a method and a property has one entry.
-#define LING_OPERATOR_NAME(name) \
-  namespace {                    \
+#define LING_OPERATOR_NAME(name)                                                          \
+  namespace {                                                                             \
   constinit name_entry entry_of_meta_##name{"__" #name "__", hash_text("__" #name "__")}; \
-  }                              \
+  }                                                                                       \
   constinit const meta_method_untyped Any::__##name##__{entry_of_meta_##name};
 LING_META_METHODS(LING_OPERATOR_NAME)
 #undef LING_OPERATOR_NAME

@@ -2,13 +2,13 @@
 // pointers, never text. Interned names live for the life of the process.
 #pragma once
 
+#include "ling/export.h"
+
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string_view>
-
-#include "ling/export.h"
 
 namespace ling {
 
@@ -32,7 +32,7 @@ LING_API const name_entry& intern(std::string_view text);
 LING_API const name_entry* find_interned(std::string_view text) noexcept;
 }  // namespace internal
 
-// The three kinds of member name differ only in type, so that a method's name is not passed where a property's is meant.
+// The three kinds of member name differ only in type, so that none is passed where another is meant.
 template <class Kind>
 class meta_name {
  public:

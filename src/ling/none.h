@@ -1,4 +1,4 @@
-// None, the absence of a value, and Undefined, the answer "this operation does not apply here". Both are shared objects.
+// None, the absence of a value, and Undefined, the answer "this operation does not apply here". Both are shared.
 #pragma once
 
 #include "ling/any.h"

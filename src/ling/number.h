@@ -4,9 +4,9 @@
 // have one representation. Integers from -128 to 1023 are shared objects.
 #pragma once
 
-#include <cstdint>
-
 #include "ling/any.h"
+
+#include <cstdint>
 
 namespace ling {
 

@@ -1,9 +1,9 @@
 // Life and death of objects.
 #include "ling/object_value.h"
 
-#include <vector>
-
 #include "ling/detail/weak.h"
+
+#include <vector>
 
 namespace ling {
 

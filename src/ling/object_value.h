@@ -1,16 +1,16 @@
 // object_value: the base of every runtime object, and ObjectType, the kinds of object there are.
 //
 // An object is created with one reference, which the creator adopts into a handle (`Any::adopt`, `make`). Handles count
-// with atomic operations, so an object may be shared between threads and is destroyed on whichever thread drops the last
-// handle. Immortal objects (None, the booleans, small integers, classes) ignore counting: they are touched from every
-// thread all the time, and a shared counter would make the threads wait for each other's cache line.
+// with atomic operations, so an object may be shared between threads and is destroyed on whichever thread drops the
+// last handle. Immortal objects (None, the booleans, small integers, classes) ignore counting: they are touched from
+// every thread all the time, and a shared counter would make the threads wait for each other's cache line.
 #pragma once
+
+#include "ling/export.h"
 
 #include <atomic>
 #include <cstdint>
 #include <utility>
-
-#include "ling/export.h"
 
 namespace ling {
 
@@ -60,9 +60,7 @@ class LING_API object_value {
   // The class of the object; borrowed, classes are immortal.
   virtual object_value_class& object_class() const = 0;
 
-  bool has(object_traits trait) const noexcept {
-    return (traits_ & static_cast<std::uint32_t>(trait)) != 0;
-  }
+  bool has(object_traits trait) const noexcept { return (traits_ & static_cast<std::uint32_t>(trait)) != 0; }
 
   void retain() const noexcept {
     if (!has(object_traits::immortal)) {

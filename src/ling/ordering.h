@@ -1,10 +1,10 @@
 // Ordering: the outcome of comparing two values.
 #pragma once
 
-#include <cstdint>
-
 #include "ling/instance.h"
 #include "ling/union.h"
+
+#include <cstdint>
 
 namespace ling {
 

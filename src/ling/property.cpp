@@ -13,7 +13,8 @@ constinit const class_definition<Property> internal::property_class("Property", 
       .parent(I_Immutable::getClass())
       .parent(I_HasDoc::getClass())
       .property("getter", "Answers the value.", [](const Property& self) { return self.getter(); })
-      .property("setter", "Takes a new value; none for a read-only property.", [](const Property& self) { return self.setter(); })
+      .property("setter", "Takes a new value; none for a read-only property.",
+                [](const Property& self) { return self.setter(); })
       .property("doc", "What the value is.", [](const Property& self) { return self.doc(); });
 });
 
@@ -26,7 +27,9 @@ object_value_property::object_value_property(I_Callable_Generic getter, Any sett
 
 object_value_class& object_value_property::object_class() const { return internal::property_class.required(); }
 
-bool Property::matches(const object_value* object) noexcept { return internal::is_handle_object(object, internal::property_class); }
+bool Property::matches(const object_value* object) noexcept {
+  return internal::is_handle_object<object_value_property>(object, internal::property_class);
+}
 Class_Generic Property::getClass() { return internal::property_class.required(); }
 Type Property::getType() { return Type::of(getClass()); }
 

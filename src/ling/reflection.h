@@ -2,8 +2,12 @@
 //
 // Member lookup asks, in this order: the members of the object alone, the class (own and inherited members), the hooks
 // of a class with dynamic members. The `raw_` forms ask the object and the class only, never a hook or a meta-method.
+// A class that has the meta-method of an operation (`__property__`, `__removeMethod__`, …) answers for its instances.
+//
+// Threads: any. Foreign code (meta-methods, hooks, getters) runs on the calling thread without any lock of the runtime.
 #pragma once
 
+#include "ling/boolean.h"
 #include "ling/class.h"
 #include "ling/hash_map.h"
 #include "ling/ordering.h"
@@ -28,6 +32,13 @@ LING_API HashMap_Generic own_properties_of(const Any& value);
 // own (numbers, texts, containers) give an Error. `raw_insert_property` takes any property and asks no meta-method.
 LING_API Result<None> insert_property_value(const Any& value, meta_property_untyped name, const Any& property_value);
 LING_API Result<None> raw_insert_property(const Any& value, meta_property_untyped name, const Property& property);
+LING_API Result<None> insert_method(const Any& value, meta_method_untyped name, const I_Callable_Generic& method);
+// The members of this value alone, none when it has none of that name.
+LING_API Union<Property, None> own_property_of(const Any& value, meta_property_untyped name);
+LING_API Union<I_Callable_Generic, None> own_method_of(const Any& value, meta_method_untyped name);
+// Takes a member of its own from the value; whether it had one.
+LING_API Result<Boolean> remove_property(const Any& value, meta_property_untyped name);
+LING_API Result<Boolean> remove_method(const Any& value, meta_method_untyped name);
 
 // Calls a method by name: "[method] …" errors come back as values; a missing method is `error_method_not_found`.
 LING_API Any call_method(const Any& value, meta_method_untyped name, std::span<const Any> arguments);
@@ -36,18 +47,18 @@ LING_API Error error_property_not_found(const Any& value, meta_property_untyped 
 
 // A number that no other live object has.
 LING_API std::uint64_t object_id(const Any& value) noexcept;
-// Equal immutable values have equal hashes. Mutable containers inside a tuple count only by kind; a mutable value itself
-// hashes by identity.
+// Equal immutable values have equal hashes. Mutable containers inside a tuple count only by kind; a mutable value
+// itself hashes by identity.
 LING_API std::uint64_t hash_of(const Any& value);
 
-// How two values compare. Numbers compare by value whatever their kind, texts and byte arrays by bytes, tuples and lists
-// item by item; maps and sets are equal or incomparable; instances by their `__compare__`, else by identity. Values of
-// different kinds are incomparable. An Error when `__compare__` gives one, or when the values are nested too deeply.
+// How two values compare. Numbers compare by value whatever their kind, texts and byte arrays by bytes, tuples and
+// lists item by item; maps and sets are equal or incomparable; instances by their `__compare__`, else by identity.
+// Values of different kinds are incomparable. An Error when `__compare__` gives one, or when they nest too deeply.
 LING_API Result<Ordering> compare_objects(const Any& a, const Any& b);
 // The same as a number, Incomparable for an error.
 LING_API ordering_value compare_objects_value(const Any& a, const Any& b);
 
-// The text of a value for people. A text is itself; inside containers it is quoted. Containers that hold themselves show
+// The text of a value for people. A text is itself; in containers it is quoted. Containers that hold themselves show
 // "[...]" in that place. An Error when a `__display__` gives one.
 LING_API Result<String> display(const Any& value);
 // The same; an error is shown in the text.

@@ -1,12 +1,12 @@
 // The queue of init handlers.
 #include "ling/registration.h"
 
-#include <algorithm>
-#include <mutex>
-
 #include "ling/error.h"
 #include "ling/none.h"
 #include "ling/spinlock.h"
+
+#include <algorithm>
+#include <mutex>
 
 namespace ling {
 
@@ -25,13 +25,22 @@ handler_queue& queue() {
 bool take_next(internal::init_handler& next) {
   const std::lock_guard guard(queue().lock);
   std::vector<internal::init_handler>& waiting = queue().waiting;
-  const auto first = std::min_element(waiting.begin(), waiting.end(), [](const auto& a, const auto& b) { return a.level < b.level; });
+  const auto first =
+      std::min_element(waiting.begin(), waiting.end(), [](const auto& a, const auto& b) { return a.level < b.level; });
   if (first == waiting.end()) {
     return false;
   }
   next = *first;
   waiting.erase(first);
   return true;
+}
+
+Result<None> run(internal::init_function handler) {
+  try {
+    return handler();
+  } catch (...) {
+    return Error::fromCurrentException();
+  }
 }
 }  // namespace
 
@@ -45,7 +54,7 @@ std::vector<internal::init_handler>& internal::init_handlers_unsafe() { return q
 Result<None> initialize() {
   Any first_error;
   for (internal::init_handler next{}; take_next(next);) {
-    const Result<None> made = next.function();
+    const Result<None> made = run(next.function);
     if (made.is_error() && first_error.empty()) {
       first_error = made;
     }

@@ -4,23 +4,23 @@
 // host calls it at start; loading an extension library calls it again for what came with it.
 #pragma once
 
-#include <vector>
-
 #include "ling/class.h"
+
+#include <vector>
 
 namespace ling {
 
 enum class InitLevel : int {
-  Runtime = 1,    // the runtime's own module
-  Classes = 2,    // classes are built and enter their modules
-  Services = 3,   // loggers, bridges: what uses classes and runs before the rest
+  Runtime = 1,   // the runtime's own module
+  Classes = 2,   // classes are built and enter their modules
+  Services = 3,  // loggers, bridges: what uses classes and runs before the rest
   Properties = 4,
   Functions = 5,
 };
 
 namespace internal {
 
-// Makes something ready; an Error stops nothing but is reported by `initialize`.
+// Makes something ready; an Error (or a C++ exception) stops nothing but is reported by `initialize`.
 using init_function = Result<None> (*)();
 struct init_handler {
   InitLevel level;
@@ -36,6 +36,7 @@ LING_API std::vector<init_handler>& init_handlers_unsafe();
 
 // Runs the queued handlers in the order of their levels, each once, handlers queued by handlers included. Returns the
 // first Error after all have run. Any thread; handlers run on the calling thread without any lock of the runtime held.
+// Threads that initialise at once share the queue, so that the order of levels holds for each of them only.
 LING_API Result<None> initialize();
 
 // Adds a callable or a property to the module of that name, which is made when there is none.

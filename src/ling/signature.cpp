@@ -15,7 +15,8 @@ constinit const class_definition<Parameter> internal::parameter_class("Parameter
       .parent(I_HasName::getClass())
       .property("name", "The name by which it can be given.", [](const Parameter& self) { return self.name(); })
       .property("type", "What it accepts.", [](const Parameter& self) { return self.type(); })
-      .property("isVariadic", "Whether it takes all remaining arguments.", [](const Parameter& self) { return self.isVariadic(); });
+      .property("isVariadic", "Whether it takes all remaining arguments.",
+                [](const Parameter& self) { return self.isVariadic(); });
 });
 
 constinit const class_definition<Signature> internal::signature_class("Signature", [](class_builder<Signature>& c) {
@@ -24,7 +25,8 @@ constinit const class_definition<Signature> internal::signature_class("Signature
       .parent(I_Immutable::getClass())
       .property("parameters", "The parameters in order.", [](const Signature& self) { return self.parameters(); })
       .property("parameterCount", "How many there are.", [](const Signature& self) { return self.parameterCount(); })
-      .property("requiredParameterCount", "How many must be given.", [](const Signature& self) { return self.requiredParameterCount(); })
+      .property("requiredParameterCount", "How many must be given.",
+                [](const Signature& self) { return self.requiredParameterCount(); })
       .property("hasVariadicParameters", "Whether the last one takes all remaining arguments.",
                 [](const Signature& self) { return self.hasVariadicParameters(); })
       .property("resultType", "What a call returns.", [](const Signature& self) { return self.resultType(); })
@@ -37,17 +39,22 @@ object_value_parameter::object_value_parameter(String name, Type type, bool vari
       type_(std::move(type)),
       variadic_(variadic) {}
 
-bool Parameter::matches(const object_value* object) noexcept { return internal::is_handle_object(object, internal::parameter_class); }
+bool Parameter::matches(const object_value* object) noexcept {
+  return internal::is_handle_object<object_value_parameter>(object, internal::parameter_class);
+}
 Class_Generic Parameter::getClass() { return internal::parameter_class.required(); }
 Type Parameter::getType() { return Type::of(getClass()); }
 
-object_value_signature::object_value_signature(Type result, std::vector<Parameter> parameters, std::vector<Any> defaults)
+object_value_signature::object_value_signature(Type result, std::vector<Parameter> parameters,
+                                               std::vector<Any> defaults)
     : object_value_instance(internal::signature_class.required()),
       result_(std::move(result)),
       parameters_(std::move(parameters)),
       defaults_(std::move(defaults)) {}
 
-bool Signature::matches(const object_value* object) noexcept { return internal::is_handle_object(object, internal::signature_class); }
+bool Signature::matches(const object_value* object) noexcept {
+  return internal::is_handle_object<object_value_signature>(object, internal::signature_class);
+}
 Class_Generic Signature::getClass() { return internal::signature_class.required(); }
 Type Signature::getType() { return Type::of(getClass()); }
 
@@ -72,7 +79,8 @@ Signature Signature::withoutReceiver() const {
   if (parameters().empty() || parameters().front().isVariadic()) {
     return *this;
   }
-  return Signature(resultType(), std::vector<Parameter>(parameters().begin() + 1, parameters().end()), object().defaults());
+  return Signature(resultType(), std::vector<Parameter>(parameters().begin() + 1, parameters().end()),
+                   object().defaults());
 }
 
 namespace {

@@ -3,10 +3,10 @@
 // Threads: immutable.
 #pragma once
 
-#include <vector>
-
 #include "ling/callable.h"
 #include "ling/type.h"
+
+#include <vector>
 
 namespace ling {
 

@@ -4,9 +4,9 @@
 // needed, unlock, then act.
 #pragma once
 
-#include <atomic>
-
 #include "ling/export.h"
+
+#include <atomic>
 
 namespace ling {
 

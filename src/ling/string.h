@@ -1,20 +1,20 @@
 // String: the runtime's immutable text.
 //
-// Text is stored as valid UTF-8; bytes that are not (overlong forms, surrogates, stray bytes) become U+FFFD when a String
-// is made. `length`, `substr`, `sliced`, `find` and `rfind` count code points; they take constant time per step on ASCII
-// text and walk the bytes otherwise. `size` and `c_str` speak of bytes.
+// Text is stored as valid UTF-8; bytes that are not (overlong forms, surrogates, stray bytes) become U+FFFD when a
+// String is made. `length`, `substr`, `sliced`, `find` and `rfind` count code points; they take constant time per step
+// on ASCII text and walk the bytes otherwise. `size` and `c_str` speak of bytes.
 //
 // Threads: immutable, shared freely.
 #pragma once
+
+#include "ling/any.h"
+#include "ling/name.h"
 
 #include <cstdint>
 #include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "ling/any.h"
-#include "ling/name.h"
 
 namespace ling {
 

@@ -1,14 +1,14 @@
 // Types.
 #include "ling/type.h"
 
-#include <algorithm>
-#include <atomic>
-#include <iterator>
-
 #include "ling/class_builder.h"
 #include "ling/detail/definitions.h"
 #include "ling/interfaces.h"
 #include "ling/reflection.h"
+
+#include <algorithm>
+#include <atomic>
+#include <iterator>
 
 namespace ling {
 
@@ -33,7 +33,9 @@ constinit const class_definition<Computed_Generic> internal::computed_class(
 object_value_type::object_value_type(std::vector<object_value_class*> alternatives)
     : object_value_instance(internal::type_class.required()), alternatives_(std::move(alternatives)) {}
 
-bool Type::matches(const object_value* object) noexcept { return internal::is_handle_object(object, internal::type_class); }
+bool Type::matches(const object_value* object) noexcept {
+  return internal::is_handle_object<object_value_type>(object, internal::type_class);
+}
 Class_Generic Type::getClass() { return internal::type_class.required(); }
 Type Type::getType() { return of(getClass()); }
 

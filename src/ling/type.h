@@ -3,12 +3,12 @@
 // Threads: immutable.
 #pragma once
 
+#include "ling/instance.h"
+#include "ling/string.h"
+#include "ling/union.h"
+
 #include <span>
 #include <vector>
-
-#include "ling/string.h"
-#include "ling/instance.h"
-#include "ling/union.h"
 
 namespace ling {
 

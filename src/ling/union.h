@@ -1,22 +1,23 @@
 // Union: a value that is one of several types; Result, the union every fallible operation returns.
 //
-// A Union is one handle; which alternative it holds is asked of the object. `Result<T>` holds a T, a Computed<T> (a value
-// still to be computed) or an Error. Errors are values: look before you use the value.
+// A Union is one handle; which alternative it holds is asked of the object. `Result<T>` holds a T, a Computed<T> (a
+// value still to be computed) or an Error. Errors are values: look before you use the value.
 //
 //   Result<Integer> count = parse(text);
 //   if (count.is_error()) return count.error();
 //   use(count.value());
 #pragma once
 
+#include "ling/any.h"
+
 #include <cassert>
 #include <concepts>
 #include <type_traits>
 #include <utility>
 
-#include "ling/any.h"
-
 namespace ling {
 
+class Class_Generic;
 class Error;
 
 namespace internal {
@@ -27,12 +28,14 @@ LING_API Any unwrap(const Any& value);
 LING_API Any error_unexpected_type(const Any& value, const Type& expected);
 }  // namespace internal
 
-// A handle to a lazily computed value; see computed.h for how one is made.
+// A handle to a lazily computed value; see lazy.h for how one is made.
 class LING_API Computed_Generic : public Handle<Computed_Generic> {
   LING_HANDLE(Computed_Generic, object_value)
   static bool matches(const object_value* object) noexcept {
     return object != nullptr && object->type() == ObjectType::Computed;
   }
+  static Type getType();
+  static Class_Generic getClass();
 };
 template <class T>
 class Computed : public Handle<Computed<T>, object_value, Computed_Generic> {

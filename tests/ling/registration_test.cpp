@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 namespace {
 
 using namespace ling;
@@ -37,6 +39,10 @@ TEST(Registration, HandlersRunByLevelOnceAndAllOfThem) {
   EXPECT_EQ(trace(), (std::vector<int>{2, 20, 3, 4, 5}));
   ASSERT_FALSE(initialize().is_error());
   EXPECT_EQ(trace().size(), 5u);
+  internal::add_init_handler(InitLevel::Classes, []() -> Result<None> { throw std::runtime_error("thrown"); });
+  internal::add_init_handler(InitLevel::Functions, &note<6>);
+  EXPECT_EQ(initialize().error().message(), "thrown");
+  EXPECT_EQ(trace().back(), 6) << "an exception stops nothing either";
 }
 
 }  // namespace

@@ -1,16 +1,16 @@
 // A row of arguments with one more in front: how a receiver, or the class being called, joins the arguments.
 #pragma once
 
+#include "ling/any.h"
+
 #include <cstddef>
 #include <new>
 #include <span>
 #include <vector>
 
-#include "ling/any.h"
-
 namespace ling::internal {
 
-// Borrows the handles: the slots are built without taking references and never destroyed. Valid while what was given is.
+// Borrows the handles: the slots are built without taking references and never destroyed. Valid as long as they are.
 class prefixed_row {
  public:
   prefixed_row(const Any& first, std::span<const Any> rest) : length_(rest.size() + 1) {

@@ -73,11 +73,12 @@ extern constinit const class_definition<void> i_set_class;
 extern constinit const class_definition<void> i_mutable_set_class;
 extern constinit const class_definition<void> i_language_class;
 
-// Whether an object is behind a handle whose class is described here. Only the runtime makes such objects, so the class
-// tells the C++ type.
-inline bool is_handle_object(const object_value* object, const class_definition_base& definition) {
+// Whether an object is behind a handle whose class is described here. The class alone does not tell: a class with C++
+// data of its own may name that class as a parent.
+template <class Object>
+bool is_handle_object(const object_value* object, const class_definition_base& definition) {
   return object != nullptr && object->has(object_traits::instance) &&
-         object->object_class().is_ancestor(definition.required());
+         object->object_class().is_ancestor(definition.required()) && dynamic_cast<const Object*>(object) != nullptr;
 }
 
 }  // namespace ling::internal

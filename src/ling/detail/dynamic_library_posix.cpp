@@ -1,7 +1,7 @@
 // Dynamic libraries through dlopen.
-#include <dlfcn.h>
-
 #include "ling/detail/dynamic_library.h"
+
+#include <dlfcn.h>
 
 namespace ling::internal {
 

@@ -1,10 +1,10 @@
 // Dynamic libraries through LoadLibrary.
+#include "ling/detail/dynamic_library.h"
+
 #include <windows.h>
 
 #include <filesystem>
 #include <system_error>
-
-#include "ling/detail/dynamic_library.h"
 
 namespace ling::internal {
 

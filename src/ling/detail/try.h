@@ -6,16 +6,16 @@
 // lambda capture or a new-expression: the early return would leave the members already built undestroyed.
 #pragma once
 
-#include <utility>
-
 #include "ling/error.h"
 #include "ling/union.h"
 
-#define TRY(expression)                                                              \
-  __extension__({                                                                    \
-    auto try_result_ = ::ling::result_unwrap_lazy(expression);                       \
-    if (try_result_.is_error()) [[unlikely]] {                                       \
-      return try_result_.error();                                                    \
-    }                                                                                \
-    std::move(try_result_).value();                                                  \
+#include <utility>
+
+#define TRY(expression)                                        \
+  __extension__({                                              \
+    auto try_result_ = ::ling::result_unwrap_lazy(expression); \
+    if (try_result_.is_error()) [[unlikely]] {                 \
+      return try_result_.error();                              \
+    }                                                          \
+    std::move(try_result_).value();                            \
   })

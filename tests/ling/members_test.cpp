@@ -1,0 +1,254 @@
+// Members beyond those of the class: of one object, by meta-methods, by hooks; and overloads with and without receiver.
+#include "ling/container_testing.h"
+
+namespace {
+
+using namespace ling;
+using namespace ling::testing;
+
+I_Callable_Generic constant(int value) {
+  return make_function("constant", "", "", [value] { return value; });
+}
+const meta_property_untyped x_property("x");
+const meta_method_untyped x_method("x");
+
+// Records every request that it takes over, and refuses the name "bad".
+struct Remote {
+  std::vector<std::string> requests;
+  Any answer(const char* what, const String& name, const Any& value) {
+    requests.push_back(std::string(what) + " " + std::string(name.view()));
+    return name == "bad" ? Any(Error("refused")) : value;
+  }
+};
+constinit const class_definition<Remote> remote_class("Remote", [](class_builder<Remote>& c) {
+  const auto map = [](const Any& value) {
+    HashMap_Generic members;
+    members.set("x", value);
+    return members;
+  };
+  const Any property = Property::constant(5);
+  const Any method = constant(6);
+  c.module("test.members")
+      .method(Any::__propertyValue__, "name", [](Remote& self, const String& n) { return self.answer("get", n, 5); })
+      .method(Any::__setPropertyValue__, "name, value",
+              [](Remote& self, const String& n, const Any& value) { return self.answer("set", n, value); })
+      .method(Any::__property__, "name",
+              [property](Remote& self, const String& n) { return self.answer("property", n, property); })
+      .method(Any::__ownProperty__, "name",
+              [property](Remote& self, const String& n) { return self.answer("own property", n, property); })
+      .method(Any::__method__, "name",
+              [method](Remote& self, const String& n) { return self.answer("method", n, method); })
+      .method(Any::__ownMethod__, "name",
+              [method](Remote& self, const String& n) { return self.answer("own method", n, method); })
+      .method(Any::__ownProperties__, "", [=](Remote&) { return map(property); })
+      .method(Any::__ownMethods__, "", [=](Remote&) { return map(method); })
+      .method(Any::__insertProperty__, "name, property",
+              [](Remote& self, const String& n, const Property&) { return self.answer("insert property", n, true); })
+      .method(Any::__insertMethod__, "name, method",
+              [](Remote& self, const String& n, const I_Callable_Generic&) {
+                return make_computed<Any>([&self, n] { return self.answer("insert method", n, None()); });
+              })
+      .method(Any::__removeProperty__, "name",
+              [](Remote& self, const String& n) { return self.answer("remove property", n, false); })
+      .method(Any::__removeMethod__, "name",
+              [](Remote& self, const String& n) { return self.answer("remove method", n, "neither"); });
+});
+
+TEST(MetaMethods, TakeOverMemberAccess) {
+  const Any remote = remote_class.required().allocate_instance();
+  const struct {
+    const char* request;
+    Any outcome;  // lazy ones are forced here
+    const char* expected;
+  } cases[] = {
+      {"get x", remote.propertyValue(x_property), "5"},
+      {"get bad", remote.propertyValue(meta_property_untyped("bad")), "refused"},
+      {"set x", remote.setPropertyValue(x_property, 7), "None"},
+      {"set bad", remote.setPropertyValue(meta_property_untyped("bad"), 7), "refused"},
+      {"property x", property_of(remote, x_property)->read(remote), "5"},
+      {"property bad", property_of(remote, meta_property_untyped("bad")), "None"},
+      {"own property x", own_property_of(remote, x_property)->read(remote), "5"},
+      {"method x", call_method(remote, x_method, {}), "6"},
+      {"method bad", call_method(remote, meta_method_untyped("bad"), {}), "The method 'bad' is missing in 'Remote'."},
+      {"own method x", own_method_of(remote, x_method).value()(), "6"},
+      {"insert property x", insert_property_value(remote, x_property, 1), "None"},
+      {"insert property bad", insert_property_value(remote, meta_property_untyped("bad"), 1), "refused"},
+      {"insert method x", internal::unwrap(insert_method(remote, x_method, constant(1))), "None"},
+      {"insert method bad", internal::unwrap(insert_method(remote, meta_method_untyped("bad"), constant(1))),
+       "refused"},
+      {"remove property x", remove_property(remote, x_property), "false"},
+      {"remove method x", remove_method(remote, x_method), "Expected Boolean, got String: neither"},
+  };
+  std::vector<std::string> requests;
+  for (const auto& each : cases) {
+    EXPECT_EQ(is_error_result(each.outcome) ? message(each.outcome) : text(each.outcome), each.expected)
+        << each.request;
+    requests.push_back(each.request);
+  }
+  EXPECT_EQ(native_cast<Remote>(remote)->requests, requests);
+  EXPECT_EQ(own_properties_of(remote).length(), 1u);
+  EXPECT_TRUE(own_methods_of(remote).contains("x"));
+  EXPECT_FALSE(raw_property_of(remote, x_property)) << "the raw forms ask no meta-method";
+}
+
+TEST(Instance, HasMembersOfItsOwn) {
+  auto& of_class = *new object_value_class("Plain");
+  of_class.add_method_unsafe("x", constant(1));
+  const Any one = of_class.allocate_instance();
+  const Any other = of_class.allocate_instance();
+  ASSERT_FALSE(insert_method(one, x_method, constant(2)).is_error());
+  ASSERT_FALSE(insert_property_value(one, x_property, 3).is_error());
+  EXPECT_EQ(text(call(one, "x")), "2");
+  EXPECT_EQ(text(call(other, "x")), "1");
+  EXPECT_TRUE(own_method_of(one, x_method));
+  EXPECT_TRUE(own_property_of(one, x_property));
+  EXPECT_FALSE(own_method_of(other, x_method)) << "that of the class is not its own";
+  EXPECT_TRUE(remove_method(one, x_method).value().value());
+  EXPECT_FALSE(remove_method(one, x_method).value().value());
+  EXPECT_EQ(text(call(one, "x")), "1");
+  EXPECT_TRUE(remove_property(one, x_property).value().value());
+  EXPECT_EQ(own_properties_of(one).length(), 0u);
+  EXPECT_EQ(message(insert_method(5, x_method, constant(1))),
+            "The method 'x' cannot be added to a value of class Integer.");
+  EXPECT_FALSE(remove_property(5, x_property).value().value());
+}
+
+TEST(Instance, LetsGoOfMembersAndFieldsAfterUnlocking) {
+  auto& of_class = *new object_value_class("Holder");
+  of_class.add_field_unsafe("field", None(), "");
+  const meta_field_untyped field("field");
+  const std::function<void(const Any&)> removals[] = {
+      [](const Any& object) { (void)remove_property(object, x_property); },
+      [](const Any& object) { (void)insert_property_value(object, x_property, 1); },
+      [&](const Any& object) { object.setFieldValue(field, 1); },
+  };
+  for (const auto& remove : removals) {
+    const Any object = of_class.allocate_instance();
+    int deaths = 0;
+    const auto die = [&] {
+      object.fieldValue(field);  // needs the lock
+      ++deaths;
+    };
+    (void)insert_property_value(object, x_property, make_mortal(die));
+    object.setFieldValue(field, make_mortal(die));
+    remove(object);
+    EXPECT_EQ(deaths, 1);
+    (void)remove_property(object, x_property);
+    object.setFieldValue(field, None());
+    EXPECT_EQ(deaths, 2);
+  }
+}
+
+TEST(InstanceThreads, ChangeMembersAndFieldsAtOnce) {
+  auto& of_class = *new object_value_class("Busy");
+  of_class.add_field_unsafe("field", 0, "");
+  const meta_field_untyped field("field");
+  const Any object = of_class.allocate_instance();
+  std::atomic<int> removed = 0;
+  std::atomic<int> inserted = 0;
+  on_eight_threads([&](int thread) {
+    const meta_property_untyped mine(String("p{}").arg(thread));
+    for (int i = 0; i < 300; ++i) {
+      object.setFieldValue(field, 5000 + i);
+      ASSERT_TRUE(Integer::matches(object.fieldValue(field).get()));
+      ASSERT_FALSE(insert_property_value(object, mine, i).is_error());
+      ASSERT_EQ(text(object.propertyValue(mine)), std::to_string(i));
+      if (remove_property(object, mine).value().value()) {
+        ++removed;
+      }
+      ++inserted;
+      ASSERT_LE(own_properties_of(object).length(), 8u);
+    }
+  });
+  EXPECT_EQ(removed, inserted);
+}
+
+struct Bag {
+  HashMap_Generic values;
+};
+constinit const class_definition<Bag> bag_class("Bag", [](class_builder<Bag>& c) {
+  static constexpr dynamic_member_hooks hooks{
+      [](const Any&, const name_entry& name) -> Any { return name.text == "size" ? Any(constant(99)) : Any(); },
+      [](const Any& self, const name_entry& name) {
+        return native_cast<Bag>(self)->values.get(name.text, Error("nothing of that name"));
+      },
+      [](const Any& self, const name_entry& name, const Any& value) {
+        return name.text == "locked" ? Any(Error("locked"))
+                                     : native_cast<Bag>(self)->values.setChecked(name.text, value);
+      },
+  };
+  c.module("test.members").constant("fixed", 1, "").hooks(hooks);
+});
+
+TEST(Hooks, AnswerForMembersThatTheClassDoesNotRegister) {
+  auto& derived = *new object_value_class("DerivedBag");
+  derived.add_parent_unsafe(bag_class.required());
+  const meta_property_untyped locked("locked");
+  for (const Any& bag : {bag_class.required().allocate_instance(), derived.allocate_instance()}) {
+    EXPECT_EQ(text(property(bag, "fixed")), "1");
+    EXPECT_EQ(message(property(bag, "x")), "nothing of that name");
+    EXPECT_EQ(message(bag.setPropertyValue(locked, 1)), "locked");
+    EXPECT_TRUE(is_none(bag.setPropertyValue(x_property, 4)));
+    EXPECT_EQ(text(property(bag, "x")), "4");
+    EXPECT_EQ(text(call(bag, "size")), "99");
+    EXPECT_TRUE(is_error_result(call(bag, "x")));
+    EXPECT_FALSE(raw_method_of(bag, meta_method_untyped("size")));
+  }
+}
+
+TEST(Multimethod, ListsItsIndependentFunctions) {
+  const auto with_receiver = method_builder_base("f", "self", "", {}, true).body([](const Any&) { return 1; });
+  const auto alone = make_function("f", "a, b", "", [](int, int) { return 2; });
+  const auto f = I_Callable_Generic::unchecked(
+      make<object_value_multimethod>("f", std::vector<I_Callable_Generic>{with_receiver, alone}));
+  const auto independent = [&] {
+    return static_cast<const object_value_multimethod&>(f.object()).independent_functions();
+  };
+  ASSERT_EQ(independent().size(), 1u);
+  EXPECT_TRUE(independent().front().is_same(alone));
+  EXPECT_FALSE(f.isIndependent());
+  get_module("test.members").value().addCallable("f", f);
+  EXPECT_EQ(qualname(f), "test.members.f");
+  EXPECT_EQ(qualname(alone), "test.members.f");
+  EXPECT_TRUE(f.isIndependent()) << "a function of a module takes no receiver";
+  EXPECT_EQ(independent().size(), 2u);
+}
+
+struct Impostor {};
+constinit const class_definition<Impostor> impostor_class("Impostor", [](class_builder<Impostor>& c) {
+  c.module("test.members").parent(Module::getClass()).parent(Logger::getClass()).parent(Type::getClass());
+});
+
+TEST(Handle, IsNotTakenInByADescendantWithOtherData) {
+  const Any impostor = impostor_class.required().allocate_instance();
+  EXPECT_FALSE(Module::cast(impostor));
+  EXPECT_FALSE(Logger::cast(impostor));
+  EXPECT_FALSE(Type::cast(impostor));
+  EXPECT_TRUE(is_error_result(property(impostor, "importance")));
+  auto& plain_descendant = *new object_value_class("PlainEvaluationError");
+  plain_descendant.add_parent_unsafe(EvaluationError::getClass().object());
+  EXPECT_FALSE(EvaluationError::cast(Error(plain_descendant, "without a place")));
+  EXPECT_EQ(text(property(construct(plain_descendant, "m", 1, 2), "line")), "2");
+}
+
+constinit const class_definition<void> table_class("TableScope", [](class_builder<void>& c) {
+  c.module("test.members").parent(I_Map_Generic::getClass());
+});
+
+TEST(EvaluationScope, TakesMapsOrNone) {
+  const Class_Generic scope = EvaluationScope::getClass();
+  const HashMap_Generic map;
+  const Any read_only = table_class.required().allocate_instance();
+  const auto full = EvaluationScope::cast(construct(scope, 1, read_only, map, map));
+  ASSERT_TRUE(full);
+  EXPECT_EQ(text(full->self()), "1");
+  EXPECT_TRUE(full->globals().is_same(read_only));
+  EXPECT_TRUE(full->outLocals().is_same(map));
+  const auto empty = EvaluationScope::cast(construct(scope));
+  EXPECT_FALSE(empty->globals() || empty->locals() || empty->outLocals());
+  EXPECT_EQ(message(construct(scope, 1, 2)),
+            "Bad call of 'ling.EvaluationScope.__init__': the argument 'globals' must be I_Map | None, not Integer: 2");
+  EXPECT_TRUE(is_error_result(construct(scope, None(), None(), None(), read_only))) << "variables come back into it";
+}
+
+}  // namespace

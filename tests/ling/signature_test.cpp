@@ -1,0 +1,139 @@
+// Types and signatures, and the shared objects among them that are made on first need.
+#include "ling/container_testing.h"
+
+namespace {
+
+using namespace ling;
+using namespace ling::testing;
+
+Type union_of(std::initializer_list<Type> types) {
+  return type_union_of_unsafe(std::span<const Type>(types.begin(), types.size()));
+}
+
+TEST(Type, TellsWhatItAccepts) {
+  const Type integer = Integer::getType();
+  const Type none = None::getType();
+  const Type result = union_of({integer, Computed<Integer>::getType(), Error::getType()});
+  const struct {
+    Type type;
+    const char* name;
+    const char* to_class;
+    bool accepts_one, accepts_none, is_immutable;
+  } cases[] = {
+      {integer,                                               "Integer",                    "Integer",     true, false, true },
+      {Type::untyped(),                                       "Any",                        "None",        true, true,  false},
+      {I_Immutable::getType(),                                "I_Immutable",                "I_Immutable", true, true,  true },
+      {union_of({integer, none, integer}),                    "Integer | None",             "None",        true, true,  true },
+      {union_of({integer, integer}),                          "Integer",                    "Integer",     true, false, true },
+      {union_of({integer, List_Generic::getType()}),          "Integer | List",             "None",        true, false, false},
+      {union_of({union_of({none, integer}), integer}),        "None | Integer",             "None",        true, true,  true },
+      {union_of({integer, Type::untyped()}),                  "Any",                        "None",        true, true,  false},
+      {result,                                                "Integer | Computed | Error", "None",        true, false, false},
+      {unwrapped_type(result),                                "Integer",                    "Integer",     true, false, true },
+      {unwrapped_type(union_of({integer, Error::getType()})), "Integer | Error",            "None",        true, false, false},
+      {unwrapped_type(integer),                               "Integer",                    "Integer",     true, false, true },
+  };
+  for (const auto& each : cases) {
+    EXPECT_EQ(each.type.name(), each.name);
+    const auto one_class = each.type.toClass();
+    EXPECT_EQ(one_class ? one_class->name() : String("None"), each.to_class) << each.name;
+    EXPECT_EQ(each.type.matches(Any(1)), each.accepts_one) << each.name;
+    EXPECT_EQ(each.type.matches(Any()), each.accepts_none) << each.name;
+    EXPECT_EQ(each.type.conformsTo(I_Immutable::getClass()), each.is_immutable) << each.name;
+  }
+  EXPECT_FALSE(integer.matches(make_computed<Any>([] { return Any(1); }))) << "a lazy value is not forced";
+}
+
+TEST(Signature, IsShownAsItIsDeclared) {
+  const auto declared = [](const char* names, auto function, std::vector<Any> defaults = {}) {
+    return make_function("f", names, "", function, std::move(defaults)).signature().value();
+  };
+  const Signature nothing = declared("", [] {});
+  const Signature plain = declared("a, b", [](const Any&, std::optional<int>) { return 1.5; }, {None()});
+  const Signature rest =
+      declared("path, flags, rest...", [](String, int, const Variadic&) -> Result<Boolean> { return true; }, {"x", 0});
+  const Signature lazy = declared("a", [](const Result<Integer>&) { return Any(); });
+  const Signature only_rest = declared("all ...", [](const Variadic&) { return List<Integer>(); });
+  const struct {
+    Signature signature;
+    const char* text;
+    std::size_t count, required;
+    bool variadic;
+    const char* bound;  // without the first parameter
+  } cases[] = {
+      {nothing,   "() -> None",                                                     0, 0, false, "() -> None"                         },
+      {plain,     "(a, b: Integer | None = None) -> Float",                         2, 1, false, "(b: Integer | None = None) -> Float"},
+      {rest,      "(path: String = \"x\", flags: Integer = 0, rest...) -> Boolean", 3, 0, true,
+       "(flags: Integer = 0, rest...) -> Boolean"                                                                                     },
+      {lazy,      "(a: Integer | Computed | Error)",                                1, 1, false, "()"                                 },
+      {only_rest, "(all...) -> List<Integer>",                                      1, 0, true,  "(all...) -> List<Integer>"          },
+  };
+  for (const auto& each : cases) {
+    EXPECT_EQ(each.signature.toString(), each.text);
+    EXPECT_EQ(each.signature.parameterCount(), each.count) << each.text;
+    EXPECT_EQ(each.signature.requiredParameterCount(), each.required) << each.text;
+    EXPECT_EQ(each.signature.hasVariadicParameters(), each.variadic) << each.text;
+    EXPECT_EQ(each.signature.withoutReceiver().toString(), each.bound);
+    EXPECT_EQ(each.signature.defaultOf(each.count), nullptr);
+  }
+  EXPECT_EQ(text(*rest.defaultOf(1)), "0");
+  EXPECT_EQ(rest.defaultOf(2), nullptr);
+  const signature_style style{[](const Type&) { return String(); }, [](const Any&) { return String("..."); }, "*", ""};
+  EXPECT_EQ(rest.toString(style), "(path=..., flags=..., *rest)");
+}
+
+TEST(Callable, TellsItsSignatureInParts) {
+  const I_Callable_Generic sum = make_function("sum", "first, rest...", "", [](int, const Variadic&) { return 1; });
+  const I_Callable_Generic wrong = make_function("wrong", "a, b", "", [](int a) { return a; });
+  EXPECT_EQ(sum.resultType().name(), "Integer");
+  EXPECT_EQ(sum.parameterCount(), 2u);
+  EXPECT_TRUE(sum.hasVariadicParameters());
+  EXPECT_EQ(wrong.resultType().name(), "Any") << "the signature text names too many parameters";
+  EXPECT_EQ(wrong.parameterCount(), 0u);
+  EXPECT_FALSE(wrong.hasVariadicParameters());
+}
+
+// C++ data whose class is first asked for by eight threads.
+template <int>
+struct Fresh {
+  int value = 1;
+};
+template <int round>
+constinit const class_definition<Fresh<round>> fresh_class("Fresh", [](class_builder<Fresh<round>>& c) {
+  c.module("test.fresh").property("value", "", [](const Fresh<round>& self) { return self.value; });
+});
+
+template <int round>
+void use_fresh_objects() {
+  object_value_class& definition = *new object_value_class("Definition");
+  const I_Callable_Generic make_fresh = make_function("make", "count", "", [](int) { return Fresh<round>(); });
+  Any seen[8][6];
+  on_eight_threads([&](int thread) {
+    object_value_class& of_class = fresh_class<round>.required();
+    const Any made = make_fresh(1);
+    EXPECT_EQ(text(property(made, "value")), "1") << "whoever sees the class finds it by the C++ type";
+    const Type argument[] = {Type::of(of_class)};
+    const Any objects[] = {
+        Class_Generic(of_class),
+        argument[0],
+        generic_instance(definition, argument),
+        make_fresh.signature(),
+        meta_method_untyped(String("name{}").arg(round)).name(),
+        Ordering(ordering_value::Greater),
+    };
+    std::copy(std::begin(objects), std::end(objects), seen[thread]);
+  });
+  for (const auto& row : seen) {
+    for (std::size_t i = 0; i < std::size(row); ++i) {
+      EXPECT_TRUE(row[i].is_same(seen[0][i])) << i;
+    }
+  }
+}
+
+TEST(SharedObjects, AreMadeOnceForEightThreads) {
+  [&]<int... round>(std::integer_sequence<int, round...>) {
+    (use_fresh_objects<round>(), ...);
+  }(std::make_integer_sequence<int, 20>());
+}
+
+}  // namespace
