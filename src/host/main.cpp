@@ -47,11 +47,12 @@ const std::map<std::string, std::int64_t> log_levels = {
 };
 
 void add_log_level(CLI::App& app, std::int64_t& level) {
-  app.add_option("--log-level", level,
-                 "Drop log records below debug, info, warning, error or critical, or all with off; without it none is")
+  app.add_option_function<std::string>(
+         "--log-level", [&level](const std::string& name) { level = log_levels.at(name); },
+         "Drop log records below debug, info, warning, error or critical; off drops all")
       ->type_name("LEVEL")
       ->allow_extra_args(false)
-      ->transform(CLI::CheckedTransformer(log_levels).description(""));
+      ->check(CLI::IsMember(&log_levels).description(""));
 }
 
 CLI::App* add_text_command(CLI::App& app, const char* name, const char* what, const char* text_name,
