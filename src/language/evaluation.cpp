@@ -5,6 +5,7 @@
 #include "bridge/convert.h"
 #include "bridge/error_bridge.h"
 #include "extension/interpreter.h"
+#include "language/function_source.h"
 #include "language/global_namespace.h"
 #include "ling/class_builder.h"
 #include "ling/detail/try.h"
@@ -66,24 +67,6 @@ Result<None> read_names(const optional_mutable_map& map, std::vector<String>& na
   return None();
 }
 
-// The code as the body of a function and the calls that carry back what it returned and changed.
-std::string generate_source(std::string_view code, const std::vector<String>& names) {
-  std::string source = "def ling_outer():\n";
-  for (const String& name : names) {
-    source.append("\tglobal ").append(name.view()).append("\n");
-  }
-  for (std::size_t end = 0; end != std::string_view::npos;) {
-    end = code.find('\n');
-    source.append("\t").append(code.substr(0, end)).append("\n");
-    code.remove_prefix(end == std::string_view::npos ? code.size() : end + 1);
-  }
-  source.append("ling_store_result( ling_outer() )\n");
-  for (const String& name : names) {
-    source.append("ling_store_local('").append(name.view()).append("',").append(name.view()).append(")\n");
-  }
-  return source;
-}
-
 // Calls `exec` or `eval`. Null with the exception set when it fails, without one when there is no such function.
 PyObjectPtr call_builtin(const char* name, std::string_view source, PyObject* globals, PyObject* locals) {
   PyObject* builtins = PyEval_GetBuiltins();
@@ -129,9 +112,10 @@ Result<Any> evaluate_code(const Any& self, const String& code, const optional_ma
   store(dicts.locals.get(), "ling_store_result", make_store_result(result));
   store(dicts.globals.get(), "self", self);
 
-  const std::string source = generate_source(code.view(), names);
+  const std::string source = function_source(code.view(), names);
   if (!call_builtin("exec", source, dicts.globals.get(), dicts.locals.get())) {
-    // Above the code stand the line of `def` and the declarations, before each of its lines a tab.
+    // Above the code stand the line of `def` and the declarations, before each of its lines a tab. (What follows a
+    // literal on the last of its lines comes out one column too small.)
     return exception_to_error(-(1 + static_cast<int>(names.size())), -1);
   }
   return result->take();

@@ -47,8 +47,13 @@ TEST_F(Evaluation, GivesWhatTheCodeReturns) {
       {"if True:\n\treturn 'tab'",                                        "'tab'"     },
       {"if True:\n    return 'spaces'",                                   "'spaces'"  },
       {"größe = 'ß\\u20ac'\nreturn größe",                           "'ß€'"   },
- // The lines of a text are lines of code: they are indented with the rest.
-      {"return '''a\nb'''",                                               "'a\\n\\tb'"},
+      {"",                                                                "None"      },
+      {" # \n\n#",                                                        "None"      },
+      {"x = 1\rreturn x",                                                 "1"         },
+ // However the code is indented, its literals stay what they are.
+      {"return '''a\nb'''",                                               "'a\\nb'"   },
+      {"x = 'a\\\r\n b'\nreturn x",                                       "'a b'"     },
+      {"if 1:\n  x = '# \\'', r\"\"\"\"\\\"\"\"\n \"\"\"  # '''\nreturn x", "(\"# '\", '\"\\\\\"\"\"\\n ')"},
       {"def twice(n):\n  return n * 2\nreturn twice(21)",                 "42"        },
       {"def f(n):\n  return n and n + f(n - 1)\nreturn f(4) if 0 else 1", "1"         },
       {"def outer():\n  x = 1\n  def inner():\n    nonlocal x\n    x += 1\n    return x\n  return inner()\nreturn "
@@ -79,6 +84,7 @@ TEST_F(Evaluation, PlacesErrorsInTheCallersText) {
       {"return ling_outer()",                     1, none, "name 'ling_outer' is not defined"  },
       {"\nraise SystemExit(3)",                   2, none, "3"                                 },
       {"raise KeyboardInterrupt",                 1, none, ""                                  },
+      {"x = '''\n'''\nreturn 1 + \\",             4, 1,    "SyntaxError"                       },
   };
   // The declarations of out-locals stand above the code and must not count.
   for (const Any& out_locals : {Any(), Any(three_names())}) {
