@@ -18,7 +18,9 @@ FLOORS = [
     ("bridge/error_bridge.h",    2),  #   errors,
     ("bridge/python_text.h",     2),  #   texts,
     ("bridge/python_call.h",     2),  #   calls,
-    ("bridge/python_helper.h",   2),  #   functions of our own
+    ("bridge/python_source.h",   2),  #   source text,
+    ("bridge/python_helper.h",   2),  #   functions of our own,
+    ("bridge/module_attribute.h",2),  #   attributes of modules
     ("extension/interpreter.h",  2),  #   and the running interpreter: declarations only
     ("language/*",               3),  # the rooms: they meet in the declarations below, never in each other
     ("function/*",               3),
@@ -37,6 +39,7 @@ LIBRARIES = [
     ("datetime.h",     "extension/python_api.h"),
     ("spdlog/*",       "ling/*logger*.cpp"),
     ("CLI/*",          "host/*"),
+    ("boost/*",        "ling/detail/decimal_product.cpp"),
 ]
 
 SOURCE = pathlib.Path(__file__).resolve().parent.parent / "src"

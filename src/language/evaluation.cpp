@@ -4,6 +4,7 @@
 
 #include "bridge/convert.h"
 #include "bridge/error_bridge.h"
+#include "bridge/python_source.h"
 #include "extension/interpreter.h"
 #include "language/function_source.h"
 #include "language/global_namespace.h"
@@ -67,19 +68,6 @@ Result<None> read_names(const optional_mutable_map& map, std::vector<String>& na
   return None();
 }
 
-// Calls `exec` or `eval`. Null with the exception set when it fails, without one when there is no such function.
-PyObjectPtr call_builtin(const char* name, std::string_view source, PyObject* globals, PyObject* locals) {
-  PyObject* builtins = PyEval_GetBuiltins();
-  PyObject* function = builtins == nullptr ? nullptr : PyDict_GetItemString(builtins, name);
-  if (function == nullptr) {
-    return {};
-  }
-  // With the length: a text with a zero byte in it is refused, not cut off.
-  const PyObjectPtr arguments(
-      Py_BuildValue("(s#OO)", source.data(), static_cast<Py_ssize_t>(source.size()), globals, locals));
-  return PyObjectPtr(arguments ? PyObject_CallObject(function, arguments.get()) : nullptr);
-}
-
 // The namespaces of one run, never used again.
 struct run_dicts {
   PyObjectPtr globals{PyDict_New()};
@@ -98,6 +86,7 @@ Result<Any> evaluate_code(const Any& self, const String& code, const optional_ma
     return exception_to_error(0, 0);
   }
   store_modules(dicts.globals.get());
+  store_inlined_members(dicts.globals.get());
   // All variables are globals of the generated function: its body sees no others. Later ones win.
   TRY(store_globals(dicts.globals.get(), globals));
   TRY(store_all(dicts.globals.get(), outLocals));
@@ -129,6 +118,7 @@ Result<Any> evaluate_expression(const String& code, const optional_map& globals,
     return exception_to_error(0, 0);
   }
   store_modules(dicts.globals.get());
+  store_inlined_members(dicts.globals.get());
   TRY(store_globals(dicts.globals.get(), globals));
   TRY(store_all(dicts.globals.get(), locals));
 

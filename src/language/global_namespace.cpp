@@ -1,10 +1,9 @@
 // Filling the dict that evaluated code has for its globals.
 #include "language/global_namespace.h"
 
-#include "bridge/convert.h"
+#include "bridge/python_source.h"
 #include "ling/detail/try.h"
 #include "ling/module.h"
-#include "ling/reflection.h"
 
 #include <utility>
 #include <vector>
@@ -23,20 +22,7 @@ void store_pairs(PyObject* dict, const pairs& entries) {
   }
 }
 
-bool is_hidden(const Module& module) {
-  return compare_objects_value(module.importance(), Any(10)) == ordering_value::Equal;
-}
-
 }  // namespace
-
-void store(PyObject* dict, const String& name, const Any& value) {
-  // Not PyDict_SetItemString, which would end the name at a zero byte.
-  const PyObjectPtr key(PyUnicode_FromStringAndSize(name.c_str(), static_cast<Py_ssize_t>(name.size())));
-  const PyObjectPtr object = key ? to_python_locked(value) : PyObjectPtr();
-  if (!object || PyDict_SetItem(dict, key.get(), object.get()) != 0) {
-    PyErr_Clear();
-  }
-}
 
 Result<None> store_all(PyObject* dict, const Union<I_Map_Generic, None>& map) {
   if (map.has_value()) {
@@ -47,15 +33,9 @@ Result<None> store_all(PyObject* dict, const Union<I_Map_Generic, None>& map) {
   return None();
 }
 
-void store_modules(PyObject* dict) {
+void store_inlined_members(PyObject* dict) {
   for (const Module& module : modules()) {
-    if (is_hidden(module)) {
-      continue;
-    }
-    if (!module.name().contains(".")) {
-      store(dict, module.name(), module);
-    }
-    if (module.isInlined()) {
+    if (module.isInlined() && !is_hidden(module)) {
       store_pairs(dict, module.classes().copyPairs());
       store_pairs(dict, module.callables().copyPairs());
     }

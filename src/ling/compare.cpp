@@ -25,6 +25,11 @@ ordering_value reversed(ordering_value order) noexcept {
 
 bool is_number(ObjectType kind) noexcept { return kind == ObjectType::Integer || kind == ObjectType::Float; }
 
+// Values whose class may say how they compare.
+bool may_compare_itself(const Any& value) noexcept {
+  return value.has(object_traits::instance) || value.has(object_traits::callable);
+}
+
 double float_value(const Any& value) noexcept { return Float::unchecked(value).value(); }
 
 ordering_value compare_numbers(const Any& a, const Any& b) noexcept {
@@ -50,7 +55,7 @@ class comparison {
   ordering_value compare_items(std::span<const Any> a, std::span<const Any> b);
   ordering_value compare_maps(const HashMap_Generic& a, const HashMap_Generic& b);
   ordering_value compare_sets(const HashSet_Generic& a, const HashSet_Generic& b);
-  ordering_value compare_instances(const Any& a, const Any& b);
+  ordering_value compare_described(const Any& a, const Any& b);
   ordering_value order_of_result(const Any& result, const Any& instance);
 
   ordering_value fail(Any error) noexcept {
@@ -71,8 +76,8 @@ ordering_value comparison::compare(const Any& a, const Any& b) {
   if (a.is_same(b)) {
     return kind == ObjectType::Float ? internal::compare_floats(float_value(a), float_value(b)) : ordering_value::Equal;
   }
-  if (a.has(object_traits::instance) || b.has(object_traits::instance)) {
-    return compare_instances(a, b);
+  if (may_compare_itself(a) || may_compare_itself(b)) {
+    return compare_described(a, b);
   }
   if (is_number(kind) && is_number(other_kind)) {
     return compare_numbers(a, b);
@@ -174,10 +179,10 @@ ordering_value comparison::compare_sets(const HashSet_Generic& a, const HashSet_
 }
 
 // The `__compare__` of the left value's class, else that of the right value's the other way round.
-ordering_value comparison::compare_instances(const Any& a, const Any& b) {
+ordering_value comparison::compare_described(const Any& a, const Any& b) {
   for (const bool swapped : {false, true}) {
     const Any& receiver = swapped ? b : a;
-    if (!receiver.has(object_traits::instance)) {
+    if (!may_compare_itself(receiver)) {
       continue;
     }
     const class_member* member = receiver.get()->object_class().find_member(Any::__compare__.entry());

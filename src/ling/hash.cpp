@@ -45,7 +45,7 @@ class hashing {
   static constexpr int deepest = 64;
 
   std::uint64_t hash_tuple(const Tuple_Generic& tuple);
-  std::uint64_t hash_instance(const Any& instance, bool inside_tuple);
+  std::uint64_t hash_described(const Any& value, bool inside_tuple);
 
   int depth_ = 0;
   int items_left_ = 1 << 14;
@@ -75,7 +75,8 @@ std::uint64_t hashing::hash(const Any& value, bool inside_tuple) {
     case ObjectType::HashSet:
       return inside_tuple ? hash_of_kind(value.type()) : hash_of_identity(value);
     case ObjectType::Instance:
-      return hash_instance(value, inside_tuple);
+    case ObjectType::Callable:
+      return hash_described(value, inside_tuple);
     default:
       return hash_of_identity(value);
   }
@@ -98,27 +99,27 @@ std::uint64_t hashing::hash_tuple(const Tuple_Generic& tuple) {
   return combined;
 }
 
-// By `__hash__`. An instance that is compared by `__compare__` but says nothing of its hash counts only by kind,
+// By `__hash__`. A value that is compared by `__compare__` but says nothing of its hash counts only by kind,
 // because it may equal another one; the rest are compared by identity.
-std::uint64_t hashing::hash_instance(const Any& instance, bool inside_tuple) {
-  const object_value_class& of_class = instance.get()->object_class();
-  const std::uint64_t of_kind = hash_of_kind(ObjectType::Instance);
+std::uint64_t hashing::hash_described(const Any& value, bool inside_tuple) {
+  const object_value_class& of_class = value.get()->object_class();
+  const std::uint64_t of_kind = hash_of_kind(value.type());
   const class_member* member = of_class.find_member(Any::__hash__.entry());
   if (member != nullptr && !member->method.empty()) {
     const internal::nesting level;
     if (level.too_deep()) {
       return of_kind;
     }
-    const Any row[] = {instance};
+    const Any row[] = {value};
     const Any result = internal::unwrap(I_Callable_Generic::unchecked(member->method).callWith(row));
     return Integer::matches(result.get()) ? hash_mix(Integer::unchecked(result).unsigned_value()) : of_kind;
   }
   member = of_class.find_member(Any::__compare__.entry());
   const bool compared = member != nullptr && !member->method.empty();
-  if (compared && (inside_tuple || I_Immutable::matches(instance.get()))) {
+  if (compared && (inside_tuple || I_Immutable::matches(value.get()))) {
     return of_kind;
   }
-  return hash_of_identity(instance);
+  return hash_of_identity(value);
 }
 
 }  // namespace

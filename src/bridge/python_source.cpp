@@ -1,0 +1,43 @@
+// Source text and the names it finds.
+#include "bridge/python_source.h"
+
+#include "bridge/convert.h"
+#include "ling/module.h"
+#include "ling/reflection.h"
+
+namespace ling::cpython {
+
+void store(PyObject* dict, const String& name, const Any& value) {
+  // Not PyDict_SetItemString, which would end the name at a zero byte.
+  const PyObjectPtr key(PyUnicode_FromStringAndSize(name.c_str(), static_cast<Py_ssize_t>(name.size())));
+  const PyObjectPtr object = key ? to_python_locked(value) : PyObjectPtr();
+  if (!object || PyDict_SetItem(dict, key.get(), object.get()) != 0) {
+    PyErr_Clear();
+  }
+}
+
+bool is_hidden(const Module& module) {
+  return compare_objects_value(module.importance(), Any(10)) == ordering_value::Equal;
+}
+
+void store_modules(PyObject* dict) {
+  for (const Module& module : modules()) {
+    if (!is_hidden(module) && !module.name().contains(".")) {
+      store(dict, module.name(), module);
+    }
+  }
+}
+
+PyObjectPtr call_builtin(const char* name, std::string_view source, PyObject* globals, PyObject* locals) {
+  PyObject* builtins = PyEval_GetBuiltins();
+  PyObject* function = builtins == nullptr ? nullptr : PyDict_GetItemString(builtins, name);
+  if (function == nullptr) {
+    return {};
+  }
+  // With the length: a text with a zero byte in it is refused, not cut off.
+  const PyObjectPtr arguments(
+      Py_BuildValue("(s#OO)", source.data(), static_cast<Py_ssize_t>(source.size()), globals, locals));
+  return PyObjectPtr(arguments ? PyObject_CallObject(function, arguments.get()) : nullptr);
+}
+
+}  // namespace ling::cpython
