@@ -1,5 +1,6 @@
 # The command: what it prints, where, and with which exit status. `run` is held against the interpreter that is embedded.
 import os
+import re
 import signal
 import subprocess
 import sys
@@ -67,6 +68,18 @@ PROGRAMS = {
     "multiprocessing": (
         "import multiprocessing\ndef double(x): return 2 * x\nif __name__ == '__main__':\n"
         "    with multiprocessing.get_context('fork').Pool(2) as pool: print(pool.map(double, [1, 2]))"
+    ),
+    "own logging": (
+        "import logging\nlogging.basicConfig(force=True, level='WARNING', format='%(levelname)s %(message)s')\n"
+        "logging.info('dropped'); logging.warning('x'); logging.getLogger('a').error('y')"
+    ),
+    "own logging as data": (
+        "import logging.config\nlogging.config.dictConfig({'version': 1, 'handlers': {'e': {'class': 'logging.StreamHandler'}},\n"
+        "  'root': {'handlers': ['e'], 'level': 'WARNING'}})\nlogging.info('dropped'); logging.warning('x')"
+    ),
+    "logger of its own": (
+        "import logging\nlog = logging.getLogger('a'); log.propagate = False; log.addHandler(logging.StreamHandler())\n"
+        "log.setLevel(logging.DEBUG); log.debug('x')"
     ),
     "signals": "import signal; print(signal.getsignal(signal.SIGINT), signal.getsignal(signal.SIGPIPE))",
 }
@@ -140,6 +153,13 @@ class Run(CommandTest):
         os.symlink(self.path("program.py"), self.path("elsewhere/link.py"))
         self.assertEqual(self.ling("run", self.path("elsewhere/link.py")), (0, "5\n", ""))
 
+    def test_finds_the_packages_of_the_user(self):
+        folder = os.path.join(self.folder, "Corvantis", "Python313")
+        os.makedirs(folder)
+        os.rename(self.path("neighbour.py"), os.path.join(folder, "own_package.py"))
+        environment = dict(os.environ, LOCALAPPDATA=self.folder)
+        self.assertEqual(self.run_text("import own_package; print(own_package.value)", env=environment), (0, "5\n", ""))
+
     def test_reports_a_missing_file(self):
         status, out, err = self.ling("run", self.path("missing.py"))
         self.assertEqual((status, out), (2, ""))
@@ -180,6 +200,33 @@ class Run(CommandTest):
     def test_sees_the_host(self):
         text = "import ling, ling.cpython\nprint(ling.cpython.evaluate('return 40 + 2', None), ling.find_module('ling').name)"
         self.assertEqual(self.run_text(text), (0, "42 ling\n", ""))
+
+
+class Log(CommandTest):
+    PROGRAM = (
+        "import logging, sys\nlog = logging.getLogger('app')\n"
+        "log.debug('dropped by Python'); log.info('%s', 1); log.warning('two\\nlines')\n"
+        "try:\n    {}['key']\nexcept KeyError:\n    log.exception('caught')\n"
+        "logging.basicConfig(level=logging.DEBUG); log.critical('end')\n"
+        "log.setLevel(logging.DEBUG); log.debug('lowered')"
+    )
+    TRACEBACK = "Traceback (most recent call last):"
+    LEVELS = ["debug", "info", "warning", "error", "critical", "off"]
+
+    def test_holds_what_programs_log(self):
+        lines = ["info 1", "warning two", "lines", "error caught", self.TRACEBACK, "critical end", "debug lowered"]
+        for level in [None, *self.LEVELS]:
+            with self.subTest(level):
+                options = ["--log-level", level] if level else []
+                status, out, err = self.ling(*options, "run", self.write("program.py", self.PROGRAM))
+                self.assertEqual((status, out), (0, ""))
+                # Each record has a time in front; of a traceback the first line will do.
+                seen = re.sub(r"(?m)^[\d-]{10} [\d:.]{12} ", "", re.sub(r"(?m)^  .*\n|^KeyError.*\n", "", err)).splitlines()
+                self.assertEqual(seen, [line for line in lines if self.passes(line, level or "debug")])
+
+    def passes(self, line, least):
+        level = {"lines": "warning", self.TRACEBACK: "error"}.get(line, line.split()[0])
+        return self.LEVELS.index(level) >= self.LEVELS.index(least)
 
 
 class EvalAndExec(CommandTest):
@@ -231,6 +278,7 @@ class Usage(CommandTest):
             ["--load", missing, "eval", "1"],
             ["--module", missing, "eval", "1"],
             ["--load"],
+            ["--log-level", "loud", "eval", "1"],
         ]
         for arguments in table:
             with self.subTest(arguments):

@@ -1,0 +1,87 @@
+// Records of Python's `logging` in the host's log.
+#include "bridge/python.h"
+#include "language/evaluation.h"
+#include "ling/logger.h"
+#include "ling/reflection.h"
+
+#include <mutex>
+#include <set>
+
+namespace ling::cpython {
+namespace {
+
+// Collects what reaches the host's log; Python's root logger is put back afterwards.
+class LoggingBridge : public PythonTest {
+ protected:
+  LoggingBridge() {
+    get_logger().setSink([this](const LogRecord& record) {
+      const std::lock_guard guard(lock_);
+      lines_.push_back(std::to_string(record.level()) + " " + std::string(record.message().view()));
+    });
+  }
+  ~LoggingBridge() override {
+    get_logger().setSink({});
+    log("logging.getLogger().setLevel(logging.INFO)");
+  }
+  static void log(const std::string& code) {
+    const auto outcome = evaluate_code({}, "import logging\n" + code, None(), None(), None());
+    EXPECT_FALSE(outcome.is_error()) << display_text(outcome).view();
+  }
+  std::vector<std::string> take_lines() {
+    const std::lock_guard guard(lock_);
+    return std::exchange(lines_, {});
+  }
+
+ private:
+  std::mutex lock_;
+  std::vector<std::string> lines_;
+};
+
+using lines = std::vector<std::string>;
+
+TEST_F(LoggingBridge, PassesRecordsOnWithLevelAndMessage) {
+  const struct {
+    const char* code;
+    lines expected;
+  } cases[] = {
+      {"logging.info('x')",                                                                      {"20 x"}                   },
+      {"logging.getLogger('app').warning('%s of %d', 'a', 1)",                                   {"30 a of 1"}              },
+      {"logging.getLogger('app').log(35, 'between')\nlogging.critical('\\u00e9')",               {"35 between", "50 \u00e9"}},
+      {"logging.debug('dropped')",                                                               {}                         },
+      {"logging.getLogger().setLevel(logging.DEBUG)\nlogging.getLogger('app').debug('lowered')", {"10 lowered"}             },
+  };
+  for (const auto& each : cases) {
+    log(each.code);
+    EXPECT_EQ(take_lines(), each.expected) << each.code;
+  }
+}
+
+TEST_F(LoggingBridge, PassesTracebacksOn) {
+  log("try:\n  1 / 0\nexcept ZeroDivisionError:\n  logging.exception('while %s', 'dividing')");
+  const lines seen = take_lines();
+  ASSERT_EQ(seen.size(), 1U);
+  EXPECT_TRUE(seen[0].starts_with("40 while dividing\nTraceback (most recent call last):\n")) << seen[0];
+  EXPECT_TRUE(seen[0].ends_with("\nZeroDivisionError: division by zero")) << seen[0];
+}
+
+TEST_F(LoggingBridge, IsInstalledOnceAndLeavesNoNames) {
+  const PyObjectPtr seen = run(R"(
+import logging, builtins, __main__
+names = [type(each).__name__ for each in logging.getLogger().handlers]
+result = names.count('LingLogHandler'), any(hasattr(each, 'LingLogHandler') for each in (logging, builtins, __main__)))");
+  EXPECT_EQ(repr(seen), "(1, False)");
+}
+
+TEST_F(LoggingBridge, LosesNothingThatThreadsLogAtOnce) {
+  constexpr int each_logs = 200;
+  on_eight_threads([](int thread) {
+    for (int i = 0; i < each_logs; ++i) {
+      log("logging.info('" + std::to_string(thread) + "." + std::to_string(i) + "')");
+    }
+  });
+  const lines seen = take_lines();
+  EXPECT_EQ(std::set<std::string>(seen.begin(), seen.end()).size(), std::size_t{8 * each_logs});
+}
+
+}  // namespace
+}  // namespace ling::cpython

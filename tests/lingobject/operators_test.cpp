@@ -1,0 +1,107 @@
+// Operators of classes that keep their promises in odd ways, or not at all.
+#include "lingobject/operators.h"
+
+#include "bridge/error_bridge.h"
+#include "ling/ling.h"
+#include "lingobject/indexing.h"
+#include "lingobject/ling_object.h"
+#include "lingobject/outcomes.h"
+
+namespace ling::cpython {
+namespace {
+
+using OddOperators = PythonTest;
+
+// A sequence by its flag, whose length is what a test wants and whose members take no receiver.
+constinit thread_local const Any* told_length = nullptr;
+constinit const class_definition<void> odd_class("Odd", [](class_builder<void>& c) {
+  c.flags(class_flags::sequence)
+      .property("__length__", "", [](const Any&) { return *told_length; })
+      .class_method("at", "self, index", "", [](const Any&, std::int64_t index) { return index; })
+      .class_method("set", "self, index, value", "",
+                    [](const Any& self, const Any& index, const Any& value) -> Any {
+                      return Error(String("{} {} {}").arg(class_of(self).name(), index, value));
+                    })
+      .method(Any::__add__, "other", [](const Any&, const Any&) -> Any { throw std::runtime_error("thrown"); })
+      .method(Any::__sub__, "other",
+              [](const Any&, const Any&) -> Any {
+                static_cast<void>(run("raise KeyboardInterrupt('stop me')"));
+                return capture_error_or("no exception");
+              })
+      .method(Any::__div__, "other",
+              [](const Any&, const Any& other) { return make_computed<Any>([other] { return other; }); });
+});
+constinit const class_definition<void> bare_class("Bare", [](class_builder<void>& c) {
+  c.flags(class_flags::sequence | class_flags::collection);
+});
+
+// A map that computes its values.
+Any later(const Any&, const Any& key, const Any& otherwise) {
+  return make_computed<Any>([=] { return is_none(key) ? otherwise : Any(Error("not today")); });
+}
+constinit const class_definition<void> lazy_map_class("LazyMap", [](class_builder<void>& c) {
+  c.parent(I_Map_Generic::getClass()).method("get", "key, default", "", &later);
+});
+
+TEST_F(OddOperators, TellLengthsThatAreNone) {
+  const Any odd = odd_class.required().allocate_instance();
+  const struct {
+    Any length;
+    const char* rows;
+  } cases[] = {
+      {make_computed<Any>([] { return Any(7); }), "len(w) => 7"                                                                      },
+      {3,                                         "w[-1], w[5], bool(w) => (-1, 5, True)"                                            },
+      {-1,                                        "len(w) => RuntimeError: The length is not a number of items: -1"                  },
+      {UINT64_MAX,                                "len(w) => RuntimeError: The length is not a number of items: 18446744073709551615"},
+      {2.5,                                       "len(w) => TypeError: Object is not a Ling sequence."                              },
+      {None(),                                    "bool(w) => TypeError: Object is not a Ling sequence."                             },
+      {Error("uncounted"),                        "len(w) => RuntimeError: uncounted"                                                },
+  };
+  for (const auto& each : cases) {
+    told_length = &each.length;
+    EXPECT_EQ(wrong_outcomes(odd, each.rows), "");
+  }
+  told_length = nullptr;
+  EXPECT_EQ(wrong_outcomes(bare_class.required().allocate_instance(), R"(
+    len(w) => TypeError: Object is not a Ling sequence.
+    w[0] => RuntimeError: The method 'at' is missing in 'Bare'.
+    del w[0] => RuntimeError: The method 'removeAt' is missing in 'Bare'.)"),
+            "");
+}
+
+TEST_F(OddOperators, CallWhatTakesNoReceiverWithTheValue) {
+  EXPECT_EQ(wrong_outcomes(odd_class.required().allocate_instance(), R"(
+    w[4] => 4
+    w[4] = 'x' => RuntimeError: Odd 4 x)"),
+            "");
+}
+
+TEST_F(OddOperators, LetExceptionsThrough) {
+  EXPECT_EQ(wrong_outcomes(odd_class.required().allocate_instance(), R"(
+    w + 1 => RuntimeError: thrown
+    w - 1 => KeyboardInterrupt: stop me)"),
+            "");
+  EXPECT_EQ(wrong_outcomes(make_computed<Any>([] { return Any(Error("never made")); }), R"(
+    w + 1 => RuntimeError: never made
+    ~w => RuntimeError: never made)"),
+            "");
+}
+
+TEST_F(OddOperators, LookUpLazyValuesOfMaps) {
+  EXPECT_EQ(wrong_outcomes(lazy_map_class.required().allocate_instance(), R"(
+    w[None] => RuntimeError: Key not found: None.
+    w['yes'] => RuntimeError: not today)"),
+            "");
+}
+
+TEST_F(OddOperators, FailOnWhatIsNoWrapper) {
+  const PyObjectPtr number = eval("12345");
+  EXPECT_EQ(binary_operator<host_operator::subtract>(number.get(), number.get()), nullptr);
+  EXPECT_EQ(PyErr_Occurred(), nullptr) << "Python itself reports it";
+  EXPECT_EQ(subscript_slot(number.get(), number.get()), nullptr);
+  EXPECT_TRUE(PyErr_ExceptionMatches(PyExc_KeyError));
+  PyErr_Clear();
+}
+
+}  // namespace
+}  // namespace ling::cpython
