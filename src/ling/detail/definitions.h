@@ -4,6 +4,9 @@
 #include "ling/boolean.h"
 #include "ling/byte_array.h"
 #include "ling/class_builder.h"
+#include "ling/date.h"
+#include "ling/date_time.h"
+#include "ling/decimal.h"
 #include "ling/detail/iterator.h"
 #include "ling/error.h"
 #include "ling/evaluation_scope.h"
@@ -17,6 +20,7 @@
 #include "ling/number.h"
 #include "ling/ordering.h"
 #include "ling/string.h"
+#include "ling/time.h"
 #include "ling/tuple.h"
 
 namespace ling::internal {
@@ -29,6 +33,11 @@ extern constinit const class_definition<Float> float_class;
 extern constinit const class_definition<String> string_class;
 extern constinit const class_definition<ByteArray> byte_array_class;
 extern constinit const class_definition<Ordering> ordering_class;
+
+extern constinit const class_definition<Date> date_class;
+extern constinit const class_definition<Time> time_class;
+extern constinit const class_definition<DateTime> date_time_class;
+extern constinit const class_definition<Decimal> decimal_class;
 
 extern constinit const class_definition<Class_Generic> class_class;
 extern constinit const class_definition<I_Callable_Generic> callable_class;
