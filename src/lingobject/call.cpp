@@ -40,6 +40,10 @@ bool read_keywords(PyObject* keywords, std::vector<named_argument>& named) {
 }  // namespace
 
 slot_result call(const Any& value, PyObject* arguments, PyObject* keywords) {
+  // The type object is that of what a lazy value yields, so calls are for that, too.
+  if (value.has(object_traits::lazy)) [[unlikely]] {
+    return call(internal::unwrap(value), arguments, keywords);
+  }
   // Whoever calls holds the wrapper, and with it the value, until the call returns.
   if (!I_Callable_Generic::matches(value.get())) {
     return slot_result(slot_exception::runtime_error, String("Non-callable object: {}").arg(display_text(value)));

@@ -7,8 +7,12 @@
 namespace ling::cpython {
 
 slot_result iterate(const Any& value, PyObject* wrapper) {
+  if (value.has(object_traits::lazy)) [[unlikely]] {
+    return iterate(internal::unwrap(value), wrapper);
+  }
   if (I_Iterable_Generic::matches(value.get())) {
-    return borrowed<I_Iterable_Generic>(value)->iter();
+    // At once: an external iterator would be loaded anew for every item.
+    return internal::unwrap(borrowed<I_Iterable_Generic>(value)->iter());
   }
   // Python iterates over an iterator by asking it for one.
   if (I_Iterator_Generic::matches(value.get())) {
@@ -19,6 +23,9 @@ slot_result iterate(const Any& value, PyObject* wrapper) {
 }
 
 slot_result next_item(const Any& value) {
+  if (value.has(object_traits::lazy)) [[unlikely]] {
+    return next_item(internal::unwrap(value));
+  }
   if (!I_Iterator_Generic::matches(value.get())) {
     return slot_result(slot_exception::type_error,
                        String("'{}' object is not an iterator.").arg(display_text(class_of(value))));

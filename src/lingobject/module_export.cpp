@@ -9,6 +9,7 @@
 #include "lingobject/slots.h"
 
 #include <string_view>
+#include <vector>
 
 namespace ling::cpython {
 
@@ -29,8 +30,9 @@ PyObjectPtr make_module(const Module& module) {
   // Python 3.12 and later take objects with a count this large for immortal, earlier ones never get down to zero.
   constexpr Py_ssize_t immortal_count = 0xFFFFFFFF;
   constexpr int api_version = 1013;
-  // Lives for ever, as the module may.
-  auto* definition = new PyModuleDef{};
+  // Definitions live for ever, as their modules may; in a list, so that they are not taken for lost.
+  static auto& definitions = *new std::vector<PyModuleDef*>;
+  PyModuleDef* const definition = definitions.emplace_back(new PyModuleDef{});
   Py_SET_REFCNT(reinterpret_cast<PyObject*>(definition), immortal_count);
   definition->m_name = kept_text(module.name());
   definition->m_doc = kept_text(module.doc());
@@ -78,7 +80,7 @@ class module_filler {
  private:
   bool add(std::string_view name, const Any& member) {
     const PyObjectPtr key = to_python_locked(Any(name));
-    const PyObjectPtr value = key ? to_python_locked(member) : PyObjectPtr();
+    const PyObjectPtr value(key ? slot_result(member).to_object() : nullptr);
     if (!value) {
       return key && warn_left_out(module_.name(), name);
     }

@@ -90,12 +90,18 @@ slot_result read_module(const Any& value) {
 
 slot_result read_name(const Any& value) {
   const auto named = I_HasName::cast(value);
-  return named ? slot_result(named.value().name()) : slot_result::absent();
+  if (!named) {
+    return slot_result::absent();
+  }
+  return Any(TRY(named.value().name()));
 }
 
 slot_result read_code(const Any& value) {
   const auto coded = I_HasCode::cast(value);
-  return coded ? slot_result(coded.value().code()) : slot_result::absent();
+  if (!coded) {
+    return slot_result::absent();
+  }
+  return Any(TRY(coded.value().code()));
 }
 
 slot_result read_bytes(const Any& value) { return ByteArray::getClass().coerce(value); }

@@ -5,6 +5,9 @@
 #include "lingobject/ling_object.h"
 #include "lingobject/outcomes.h"
 
+#include <array>
+#include <stdexcept>
+
 namespace ling::cpython {
 namespace {
 
@@ -48,7 +51,8 @@ constinit const class_definition<Probe> probe_class("Probe", [](class_builder<Pr
             return None();
           })
       .property("name", "What it is called.", [](const Probe&) { return "probe"; })
-      .property("code", "How to make one.", [](const Probe&) { return "Probe()"; })
+      .property("code", "How to make one.",
+                [](const Probe&) { return make_computed<Any>([] { return Any("Probe()"); }); })
       .property("_hidden", "Not for Python.", [](const Probe&) { return 1; })
       .property("broken", "An error.", [](const Probe&) -> Any { return Error("no reading"); })
       .property("thrown", "A C++ exception.", [](const Probe&) -> Any { throw std::runtime_error("thrown"); })
@@ -248,6 +252,8 @@ TEST_F(Wrapper, Calls) {
     w()                                   => RuntimeError: Non-callable object: <test.wrapped.Probe>)"),
             "");
   EXPECT_EQ(wrong_outcomes(countdown(2, nullptr), "w() => TypeError: '>LingObject' object is not callable"), "");
+  EXPECT_EQ(wrong_outcomes(make_computed<Any>([] { return make_function("f", "", "", [] { return 1; }); }), "w() => 1"),
+            "");
   const Any fails = make_function("fail", "", "", []() -> Any { return Error("failed"); });
   EXPECT_EQ(wrong_outcomes(fails, "w() => RuntimeError: failed"), "");
 }
@@ -256,6 +262,7 @@ TEST_F(Wrapper, Iterates) {
   EXPECT_EQ(wrong_outcomes(countdown(2, nullptr), "list(w), next(w, 'end') => ([2, 1], 'end')"), "");
   EXPECT_EQ(wrong_outcomes(countdown(2, "broke"), "list(w) => RuntimeError: broke"), "");
   EXPECT_EQ(wrong_outcomes(countdown(2, "stop me"), "list(w) => KeyboardInterrupt: stop me"), "");
+  EXPECT_EQ(wrong_outcomes(make_computed<Any>([] { return countdown(2, nullptr); }), "[*w] => [2, 1]"), "");
   EXPECT_EQ(wrong_outcomes(List_Generic({1, "a"}), "[*w], [*iter(iter(w))] => ([1, 'a'], [1, 'a'])"), "");
   EXPECT_EQ(wrong_outcomes(make_probe(), R"(
     iter(w)                               => TypeError: '<class test.wrapped.Probe>' object is not iterable.
