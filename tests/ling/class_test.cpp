@@ -134,18 +134,6 @@ TEST(Class, ErrorsNameTheCulprit) {
   }
 }
 
-TEST(Class, OwnMembersComeBeforeThoseOfTheClass) {
-  const Any one = Class_Generic(shape_class.required())("one");
-  const Any other = Class_Generic(shape_class.required())("other");
-  ASSERT_FALSE(insert_property_value(one, meta_property_untyped("name"), "own").is_error());
-  ASSERT_FALSE(insert_property_value(one, meta_property_untyped("extra"), 5).is_error());
-  EXPECT_EQ(text(get(one, "name")), "own");
-  EXPECT_EQ(text(get(other, "name")), "other");
-  EXPECT_EQ(own_properties_of(one).length(), 2u);
-  EXPECT_EQ(own_properties_of(other).length(), 0u);
-  EXPECT_TRUE(insert_property_value(5, meta_property_untyped("x"), 1).is_error());
-}
-
 TEST(Class, MembersAddedLaterReachDescendantsThatDoNotHideThem) {
   auto& parent = *new object_value_class("LateParent");
   auto& child = *new object_value_class("LateChild");

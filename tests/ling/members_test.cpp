@@ -94,12 +94,15 @@ TEST(MetaMethods, TakeOverMemberAccess) {
 TEST(Instance, HasMembersOfItsOwn) {
   auto& of_class = *new object_value_class("Plain");
   of_class.add_method_unsafe("x", constant(1));
+  of_class.add_property_unsafe("x", Property::constant(1));
   const Any one = of_class.allocate_instance();
   const Any other = of_class.allocate_instance();
   ASSERT_FALSE(insert_method(one, x_method, constant(2)).is_error());
   ASSERT_FALSE(insert_property_value(one, x_property, 3).is_error());
   EXPECT_EQ(text(call(one, "x")), "2");
+  EXPECT_EQ(text(property(one, "x")), "3");
   EXPECT_EQ(text(call(other, "x")), "1");
+  EXPECT_EQ(text(property(other, "x")), "1");
   EXPECT_TRUE(own_method_of(one, x_method));
   EXPECT_TRUE(own_property_of(one, x_property));
   EXPECT_FALSE(own_method_of(other, x_method)) << "that of the class is not its own";
@@ -110,6 +113,7 @@ TEST(Instance, HasMembersOfItsOwn) {
   EXPECT_EQ(own_properties_of(one).length(), 0u);
   EXPECT_EQ(message(insert_method(5, x_method, constant(1))),
             "The method 'x' cannot be added to a value of class Integer.");
+  EXPECT_TRUE(insert_property_value(5, x_property, 1).is_error());
   EXPECT_FALSE(remove_property(5, x_property).value().value());
 }
 

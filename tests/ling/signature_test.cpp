@@ -107,7 +107,7 @@ template <int round>
 void use_fresh_objects() {
   object_value_class& definition = *new object_value_class("Definition");
   const I_Callable_Generic make_fresh = make_function("make", "count", "", [](int) { return Fresh<round>(); });
-  Any seen[8][6];
+  Any seen[8][7];
   on_eight_threads([&](int thread) {
     object_value_class& of_class = fresh_class<round>.required();
     const Any made = make_fresh(1);
@@ -120,6 +120,7 @@ void use_fresh_objects() {
         make_fresh.signature(),
         meta_method_untyped(String("name{}").arg(round)).name(),
         Ordering(ordering_value::Greater),
+        get_logger(),
     };
     std::copy(std::begin(objects), std::end(objects), seen[thread]);
   });
