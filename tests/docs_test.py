@@ -121,6 +121,10 @@ def check_builtin_types(rows):
         (PYTHON_NAMES.get(a or b, a or b), of_class or CLASS_NAMES.get(function, function), DIRECTIONS[direction])
         for a, b, of_class, function, direction in re.findall(pattern, read(source))
     }
+    imported = rf'\{{\{{"(\w+)", "(\w+)"\}},\s*{class_pattern}\s*\}}'
+    actual |= {
+        (f"{module}.{name}", of_class, "both") for module, name, of_class, _ in re.findall(imported, read(source))
+    }
     expect_same(source, {tuple(cell.strip(" `") for cell in row) for row in rows}, actual)
 
 

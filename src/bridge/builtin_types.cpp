@@ -1,8 +1,11 @@
 // Which class of the runtime and which built-in type of Python stand for each other.
 #include "bridge/convert.h"
+#include "bridge/module_attribute.h"
 #include "ling/boolean.h"
 #include "ling/byte_array.h"
 #include "ling/class.h"
+#include "ling/date_time.h"
+#include "ling/decimal.h"
 #include "ling/none.h"
 #include "ling/number.h"
 #include "ling/tuple.h"
@@ -40,6 +43,18 @@ const builtin_row builtin_rows[] = {
     {&PyBaseObject_Type,         &python_object_class,     direction::type_of_class},
 };
 
+// Types that modules define; each row answers both ways. A type that cannot be imported has no row.
+struct imported_row {
+  module_attribute type;
+  Class_Generic (*get_class)();
+};
+constinit const imported_row imported_rows[] = {
+    {{"datetime", "date"},     &Date::getClass    },
+    {{"datetime", "datetime"}, &DateTime::getClass},
+    {{"datetime", "time"},     &Time::getClass    },
+    {{"decimal", "Decimal"},   &Decimal::getClass },
+};
+
 PyObject* as_object(PyTypeObject* type) noexcept { return reinterpret_cast<PyObject*>(type); }
 
 }  // namespace
@@ -47,6 +62,11 @@ PyObject* as_object(PyTypeObject* type) noexcept { return reinterpret_cast<PyObj
 Union<Class_Generic, None> builtin_class_of(PyObjectPtr_Borrowed type) {
   for (const builtin_row& row : builtin_rows) {
     if (as_object(row.type) == type.get() && row.answers != direction::type_of_class) {
+      return row.get_class();
+    }
+  }
+  for (const imported_row& row : imported_rows) {
+    if (type && row.type.get() == type.get()) {
       return row.get_class();
     }
   }
@@ -62,6 +82,12 @@ PyObject* python_type_of(const Type& type) {
   for (const builtin_row& row : builtin_rows) {
     if (row.answers != direction::class_of_type && row.get_class() == of_class.value()) {
       return as_object(row.type);
+    }
+  }
+  for (const imported_row& row : imported_rows) {
+    PyObject* const imported = row.get_class() == of_class.value() ? row.type.get() : nullptr;
+    if (imported != nullptr) {
+      return imported;
     }
   }
   if (PyTypeObject* wrapper_type = wrapper_type_of(of_class.value())) {

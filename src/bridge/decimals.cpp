@@ -1,0 +1,59 @@
+// Decimals across the border.
+#include "bridge/decimals.h"
+
+#include "bridge/convert.h"
+#include "bridge/error_bridge.h"
+#include "bridge/instance_test.h"
+#include "bridge/module_attribute.h"
+
+namespace ling::cpython {
+
+namespace {
+
+// Each direction keeps the class that it found first.
+constinit const module_attribute decimal_class_to_python("decimal", "Decimal");
+constinit const module_attribute decimal_class_from_python("decimal", "Decimal");
+
+// A text that claims to be a decimal, and is its own text besides, would be converted for ever.
+class [[nodiscard]] recursion_guard {
+ public:
+  recursion_guard() noexcept : entered_(Py_EnterRecursiveCall(" while converting a decimal") == 0) {}
+  ~recursion_guard() {
+    if (entered_) {
+      Py_LeaveRecursiveCall();
+    }
+  }
+  recursion_guard(const recursion_guard&) = delete;
+  recursion_guard& operator=(const recursion_guard&) = delete;
+  bool entered() const noexcept { return entered_; }
+
+ private:
+  const bool entered_;
+};
+
+}  // namespace
+
+PyObjectPtr decimal_to_python(const Decimal& value) {
+  PyObject* const decimal_class = decimal_class_to_python.get();
+  return PyObjectPtr(decimal_class == nullptr
+                         ? nullptr
+                         : PyObject_CallFunction(decimal_class, "s", value.toString().c_str()));
+}
+
+bool is_decimal(PyObject* object) noexcept {
+  PyObject* const decimal_class = decimal_class_from_python.get();
+  return decimal_class != nullptr && is_instance(object, decimal_class);
+}
+
+Any decimal_from_python(PyObject* object) {
+  const recursion_guard guard;
+  const PyObjectPtr text(guard.entered() ? PyObject_Str(object) : nullptr);
+  if (!text) {
+    return capture_error_or("Unable to convert Python decimal to string.");
+  }
+  Any converted = from_python_locked(text.get());
+  const auto numeral = String::cast(converted);
+  return numeral ? Any(Decimal::fromString(*numeral)) : converted;
+}
+
+}  // namespace ling::cpython
