@@ -94,9 +94,8 @@ Result<Date> Date::fromString(const String& text) {
 std::int64_t Date::dayNumber() const noexcept { return internal::days_from_civil({year(), month(), day()}); }
 
 int Date::weekday() const noexcept {
-  // The day 0 was a Thursday.
-  const std::int64_t from_thursday = dayNumber();
-  return static_cast<int>(from_thursday + 3 - 7 * internal::floor_division(from_thursday + 3, 7)) + 1;
+  constexpr int thursday = 4;  // the day 0
+  return static_cast<int>(internal::floor_remainder(dayNumber() + thursday - 1, 7)) + 1;
 }
 
 int Date::dayOfYear() const noexcept {

@@ -24,8 +24,8 @@ struct moment {
 
 // The nanoseconds may be more than a day, or negative.
 moment normalized(std::int64_t days, std::int64_t nanoseconds) noexcept {
-  const std::int64_t more_days = internal::floor_division(nanoseconds, nanoseconds_per_day);
-  return {days + more_days, nanoseconds - more_days * nanoseconds_per_day};
+  return {days + internal::floor_division(nanoseconds, nanoseconds_per_day),
+          internal::floor_remainder(nanoseconds, nanoseconds_per_day)};
 }
 
 moment shown_by_clock(const DateTime& value) {
@@ -158,7 +158,7 @@ Result<DateTime> DateTime::addNanoSeconds(std::int64_t nanoSeconds) const {
 Result<DateTime> DateTime::addSeconds(std::int64_t seconds) const {
   const moment from = shown_by_clock(*this);
   const std::int64_t days = internal::floor_division(seconds, internal::seconds_per_day);
-  const std::int64_t rest = seconds - days * internal::seconds_per_day;
+  const std::int64_t rest = internal::floor_remainder(seconds, internal::seconds_per_day);
   return moved(*this, normalized(from.days + days, from.nanoseconds + rest * internal::nanoseconds_per_second));
 }
 

@@ -28,6 +28,9 @@ inline constexpr std::int64_t nanoseconds_per_day = seconds_per_day * nanosecond
 constexpr std::int64_t floor_division(std::int64_t dividend, std::int64_t divisor) noexcept {
   return dividend / divisor - (dividend % divisor < 0 ? 1 : 0);
 }
+constexpr std::int64_t floor_remainder(std::int64_t dividend, std::int64_t divisor) noexcept {
+  return dividend % divisor + (dividend % divisor < 0 ? divisor : 0);
+}
 
 constexpr bool is_leap_year(std::int64_t year) noexcept {
   return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);

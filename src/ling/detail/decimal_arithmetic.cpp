@@ -152,11 +152,13 @@ decimal_parts decimal_of_double(double value) {
   if (parts.kind == decimal_kind::finite && !parts.is_zero()) {
     normalize(parts);
   }
-  // An integer is written with its zeros, not with an exponent.
+  // An integer is written with its zeros, not with an exponent; a zero has none either way.
   if (parts.exponent > 0) {
     parts.digits.append(static_cast<std::size_t>(parts.exponent), '0');
   }
-  parts.exponent = std::min<std::int64_t>(parts.exponent, 0);
+  if (parts.exponent > 0 || parts.is_zero()) {
+    parts.exponent = 0;
+  }
   return parts;
 }
 
