@@ -10,6 +10,7 @@
 #include "ling/tuple.h"
 #include "lingobject/ling_object.h"
 #include "proxies/cpython_object.h"
+#include "proxies/python_type.h"
 
 #include <optional>
 
@@ -95,23 +96,29 @@ Error error_from_texts(PyObject* instance) {
   }
   const Error result = is_error_result(error) ? Error::unchecked(error) : Error(message);
   result.setStack(stack);
+  // Tells what the message alone does not: whether it was, say, a LookupError.
+  if (const auto type = class_of_python_type(reinterpret_cast<PyObject*>(Py_TYPE(instance))); type.has_value()) {
+    result.setValue(type.value());
+  }
   return result;
 }
 
 // --- the host to Python ----------------------------------------------------------------------------------------------
 
-bool is_interruption(PyObject* object) noexcept {
-  return PyExceptionInstance_Check(object) &&
-         PyType_IsSubtype(Py_TYPE(object), reinterpret_cast<PyTypeObject*>(PyExc_Exception)) == 0;
+// The exception of an error that was made for a request to stop; null for every other error.
+PyObjectPtr interruption_in(const Error& error) noexcept {
+  PyObjectPtr carried = python_object_of(error.value());
+  const bool is_one = carried && PyExceptionInstance_Check(carried.get()) &&
+                      PyType_IsSubtype(Py_TYPE(carried.get()), reinterpret_cast<PyTypeObject*>(PyExc_Exception)) == 0;
+  return is_one ? std::move(carried) : PyObjectPtr();
 }
 
 bool raise_interruption(const Error& error) {
-  const PyObjectPtr carried = python_object_of(error.value());
-  if (!carried || !is_interruption(carried.get())) {
-    return false;
+  const PyObjectPtr exception = interruption_in(error);
+  if (exception) {
+    PyErr_SetObject(reinterpret_cast<PyObject*>(Py_TYPE(exception.get())), exception.get());
   }
-  PyErr_SetObject(reinterpret_cast<PyObject*>(Py_TYPE(carried.get())), carried.get());
-  return true;
+  return static_cast<bool>(exception);
 }
 
 // Whole texts, zero bytes included.
@@ -184,6 +191,8 @@ Error error_from_exception(PyObjectPtr_Borrowed instance) {
   const auto carried = carried_error(carrier);
   return carried ? carried.value() : error_from_texts(carrier.get());
 }
+
+bool is_interruption(const Error& error) noexcept { return static_cast<bool>(interruption_in(error)); }
 
 void raise_error(const Error& error) { raise_error_as(exception_type_of(raw_class_of(error)), error, error.message()); }
 

@@ -1,6 +1,9 @@
 // Python objects to host values: one row of tests, whose order is part of the contract.
 #include "bridge/convert.h"
+#include "bridge/dates.h"
+#include "bridge/decimals.h"
 #include "bridge/error_bridge.h"
+#include "bridge/exception_types.h"
 #include "bridge/instance_test.h"
 #include "bridge/pending_exception.h"
 #include "bridge/python_text.h"
@@ -9,8 +12,10 @@
 #include "ling/byte_array.h"
 #include "ling/none.h"
 #include "ling/number.h"
+#include "function/python_function.h"
 #include "lingobject/ling_object.h"
 #include "proxies/collection_proxies.h"
+#include "proxies/python_type.h"
 
 #include <cmath>
 #include <cstdint>
@@ -25,6 +30,12 @@ bool is_type_or_subtype(PyTypeObject* type, PyTypeObject* wanted) noexcept {
 
 Any bytes_from(const char* data, Py_ssize_t size) {
   return ByteArray(std::string_view(data, static_cast<std::size_t>(size)));
+}
+
+// Objects of exactly these types cannot claim to be of another class: the most frequent ones are spared the question.
+bool is_what_it_is(PyTypeObject* type) noexcept {
+  return type == &PyFloat_Type || type == &PyList_Type || type == &PyDict_Type || type == &PyTuple_Type ||
+         type == &PySet_Type;
 }
 
 // Floats without a fraction become integers, infinities and those beyond the integers too: these give the smallest
@@ -60,8 +71,10 @@ Any number_from(PyObject* object) {
 }
 
 Any type_from(PyObject* type) {
-  const auto builtin = builtin_class_of(type);
-  return builtin ? Any(builtin) : make_python_object(type);
+  if (object_value_class* error_class = error_class_of(reinterpret_cast<PyTypeObject*>(type))) {
+    return Class_Generic(*error_class);
+  }
+  return class_of_python_type(type);
 }
 
 // Containers and all the rest arrive as the very object: nothing is copied.
@@ -97,17 +110,23 @@ Any from_python_by_protocol(PyObject* object, PyTypeObject* type) {
   if (is_instance(object, PyExc_Exception)) {
     return error_from_exception(object);
   }
-  // 11. Types that the runtime has a class for.
+  // 11. Types are classes.
   if (PyType_Check(object)) {
     return type_from(object);
   }
-  // 12. What can be called stays what it is, even when it is a text besides.
+  // 12. Whatever can be called, even when it is a text besides.
   if (PyCallable_Check(object) != 0) {
-    return make_python_object(object);
+    return make_python_function(object);
   }
   // 13. Texts, those of derived classes included.
   if (type == &PyUnicode_Type || PyUnicode_Check(object)) {
     return text_of(object, surrogates::refuse);
+  }
+  // 14. Dates and times, unless what they say of themselves cannot be read.
+  if (!is_what_it_is(type)) {
+    if (Any value = date_or_time_from_python(object); !value.empty()) {
+      return value;
+    }
   }
   return make_python_object(proxy_class_of(object, type), object);
 }
@@ -147,6 +166,10 @@ Any from_python_locked(PyObjectPtr_Borrowed borrowed) {
   }
   if (PyBytes_Check(object)) {
     return bytes_from(PyBytes_AsString(object), PyBytes_Size(object));
+  }
+  // 7. Decimals, before the numbers: their fractions would be lost.
+  if (!is_what_it_is(type) && is_decimal(object)) {
+    return decimal_from_python(object);
   }
   // 8. Floats, before the numbers, which would all be truncated.
   if (is_type_or_subtype(type, &PyFloat_Type)) {

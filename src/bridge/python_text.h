@@ -27,4 +27,11 @@ inline String text_of(PyObject* text, surrogates policy) {
   return String::fromUtf8(PyBytes_AsString(bytes.get()), static_cast<std::size_t>(PyBytes_Size(bytes.get())));
 }
 
+// An attribute that is a str; empty when it is missing or something else. No exception must be pending, none is left.
+inline String text_attribute(PyObject* object, const char* name) {
+  const PyObjectPtr text(PyObject_GetAttrString(object, name));
+  PyErr_Clear();
+  return text && PyUnicode_Check(text.get()) ? text_of(text.get(), surrogates::escape) : String();
+}
+
 }  // namespace ling::cpython

@@ -1,5 +1,7 @@
 // Host values to Python objects: one dispatch on the kind of the value.
 #include "bridge/convert.h"
+#include "bridge/dates.h"
+#include "bridge/decimals.h"
 #include "bridge/error_bridge.h"
 #include "extension/interpreter.h"
 #include "ling/boolean.h"
@@ -8,8 +10,10 @@
 #include "ling/lazy.h"
 #include "ling/number.h"
 #include "ling/tuple.h"
+#include "function/python_function.h"
 #include "lingobject/ling_object.h"
 #include "proxies/cpython_object.h"
+#include "proxies/python_type.h"
 
 #include <cstddef>
 
@@ -76,13 +80,40 @@ PyObjectPtr instance_to_python(const Any& value) {
   if (CPythonObject::matches(value.get())) {
     return python_object_to_python(object_of<object_value_python_object>(value));
   }
+  // 2., 3. Dates and decimals are copied.
+  if (const auto date = Date::cast(value)) {
+    return date_to_python(*date);
+  }
+  if (const auto decimal = Decimal::cast(value)) {
+    return decimal_to_python(*decimal);
+  }
   // 4. An Error is raised.
   if (Error::matches(value.get())) {
     raise_error(Error::unchecked(value));
     return {};
   }
+  // 6., 7. Times are copied, alone and with their day.
+  if (const auto time = Time::cast(value)) {
+    return time_to_python(*time);
+  }
+  if (const auto date_time = DateTime::cast(value)) {
+    return date_time_to_python(*date_time);
+  }
   // 8. Everything else arrives as the object it is.
   return wrap_locked(value);
+}
+
+// A Python function comes home.
+PyObjectPtr callable_to_python(const Any& value) {
+  return CPythonFunction::matches(value.get())
+             ? PyObjectPtr::share(object_of<object_value_python_function>(value).function())
+             : wrap_locked(value);
+}
+
+// So does a Python type.
+PyObjectPtr class_to_python(const Any& value) {
+  PyObject* const type = python_type_behind(object_of<object_value_class>(value));
+  return type != nullptr ? PyObjectPtr::share(type) : wrap_locked(value);
 }
 
 PyObjectPtr convert(const Any& value, int depth) {
@@ -111,6 +142,10 @@ PyObjectPtr convert(const Any& value, int depth) {
       return convert(load(static_cast<object_value_external&>(*value.get())), depth + 1);
     case ObjectType::Instance:
       return instance_to_python(value);
+    case ObjectType::Callable:
+      return callable_to_python(value);
+    case ObjectType::Class:
+      return class_to_python(value);
     default:
       return wrap_locked(value);
   }

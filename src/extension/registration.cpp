@@ -3,6 +3,7 @@
 
 #include "extension/logging_bridge.h"
 #include "extension/search_paths.h"
+#include "function/python_function.h"
 #include "language/evaluation.h"
 #include "ling/class_builder.h"
 #include "ling/detail/try.h"
@@ -15,7 +16,7 @@ namespace {
 
 constexpr const char* module_name = "ling.cpython";
 
-const class_registration classes{cpython_object_class,          cpython_proxy_iterable_class, cpython_proxy_iterator_class,
+const class_registration classes{cpython_function_class, cpython_object_class, cpython_proxy_iterable_class, cpython_proxy_iterator_class,
                                  cpython_proxy_mapping_class,   cpython_proxy_sequence_class, cpython_proxy_set_class};
 
 Result<None> register_properties() {

@@ -3,6 +3,7 @@
 
 #include "ling/callable.h"
 #include "ling/reflection.h"
+#include "lingobject/operand.h"
 
 #include <vector>
 
@@ -14,14 +15,18 @@ argument_row::argument_row(PyObject* tuple) : length_(static_cast<std::size_t>(P
   }
   Any* row = more_ ? more_.get() : few_.data();
   for (std::size_t i = 0; i < length_; ++i) {
-    row[i] = from_python_locked(PyTuple_GetItem(tuple, static_cast<Py_ssize_t>(i)));
+    PyObject* const item = PyTuple_GetItem(tuple, static_cast<Py_ssize_t>(i));
+    row[i] = from_python_locked(item);
+    if (failure_ == nullptr && conversion_failed(item, row[i])) [[unlikely]] {
+      failure_ = &row[i];
+    }
   }
 }
 
 namespace {
 
-// False for a key that is no text; the exception is to be set.
-bool read_keywords(PyObject* keywords, std::vector<named_argument>& named) {
+// Absent when all keywords are read.
+slot_result read_keywords(PyObject* keywords, std::vector<named_argument>& named) {
   named.reserve(static_cast<std::size_t>(PyDict_Size(keywords)));
   PyObject *key, *value;
   for (Py_ssize_t position = 0; PyDict_Next(keywords, &position, &key, &value) != 0;) {
@@ -30,11 +35,15 @@ bool read_keywords(PyObject* keywords, std::vector<named_argument>& named) {
     const PyObjectPtr held_value = PyObjectPtr::share(value);
     const auto name = String::cast(from_python_locked(key));
     if (!name) {
-      return false;
+      return slot_result(slot_exception::type_error, "keywords must be strings");
     }
-    named.push_back({name.value(), from_python_locked(value)});
+    const operand argument(value);
+    if (argument.failed()) {
+      return runtime_error(argument.error());
+    }
+    named.push_back({name.value(), argument.value()});
   }
-  return true;
+  return slot_result::absent();
 }
 
 }  // namespace
@@ -50,14 +59,15 @@ slot_result call(const Any& value, PyObject* arguments, PyObject* keywords) {
   }
   const auto& callable = static_cast<const object_value_callable&>(*value.get());
   const argument_row positional(arguments);
+  if (positional.failure() != nullptr) [[unlikely]] {
+    return runtime_error(Error::unchecked(*positional.failure()));
+  }
   if (keywords == nullptr || PyDict_Size(keywords) == 0) {
     return callable.call(positional);
   }
   std::vector<named_argument> named;
-  if (!read_keywords(keywords, named)) {
-    return slot_result(slot_exception::type_error, "keywords must be strings");
-  }
-  return callable.call_named(positional, named);
+  slot_result failure = read_keywords(keywords, named);
+  return failure.is_absent() ? slot_result(callable.call_named(positional, named)) : std::move(failure);
 }
 
 }  // namespace ling::cpython

@@ -16,10 +16,13 @@ class argument_row {
   argument_row(const argument_row&) = delete;
   argument_row& operator=(const argument_row&) = delete;
 
+  // The Error of an item that does not fit into a value; null when all do.
+  const Any* failure() const noexcept { return failure_; }
   operator std::span<const Any>() const noexcept { return {more_ ? more_.get() : few_.data(), length_}; }
 
  private:
   std::size_t length_;
+  const Any* failure_ = nullptr;
   std::array<Any, 8> few_;  // most calls allocate nothing
   std::unique_ptr<Any[]> more_;
 };

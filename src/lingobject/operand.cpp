@@ -7,9 +7,11 @@
 
 namespace ling::cpython {
 
-operand::operand(PyObject* object)
-    : value_(from_python_locked(object)),
-      failed_(is_error_result(value_) && wrapped_value(object) == nullptr && !PyExceptionInstance_Check(object)) {}
+bool conversion_failed(PyObject* object, const Any& converted) {
+  return is_error_result(converted) && wrapped_value(object) == nullptr && !PyExceptionInstance_Check(object);
+}
+
+operand::operand(PyObject* object) : value_(from_python_locked(object)), failed_(conversion_failed(object, value_)) {}
 
 slot_result call_method_of(const Any& value, const I_Callable_Generic& method, std::span<const Any> arguments) {
   const recursion_guard guard;

@@ -8,8 +8,11 @@
 
 namespace ling::cpython {
 
-// A Python object as a value. What does not fit into one, such as a number too large, has failed; an exception that is
-// handed over has not: it is a value like any other.
+// Whether a conversion has given an Error because the object does not fit into a value, as a number too large does not. An
+// exception that is handed over is a value like any other.
+bool conversion_failed(PyObject* object, const Any& converted);
+
+// A Python object as a value, or a failure.
 class operand {
  public:
   explicit operand(PyObject* object);

@@ -4,6 +4,7 @@
 #include "ling/reflection.h"
 #include "lingobject/attribute_name.h"
 #include "lingobject/members.h"
+#include "lingobject/operand.h"
 
 namespace ling::cpython {
 
@@ -67,8 +68,11 @@ slot_result set_attribute(const Any& value, PyObject* name, PyObject* new_value)
   if (entry == nullptr) {
     return slot_result::raised();
   }
-  return new_value == nullptr ? delete_member(value, *entry)
-                              : write_member(value, *entry, from_python_locked(new_value));
+  if (new_value == nullptr) {
+    return delete_member(value, *entry);
+  }
+  const operand given(new_value);
+  return given.failed() ? runtime_error(given.error()) : write_member(value, *entry, given.value());
 }
 
 slot_result set_property(const Any& value, const name_entry* name, PyObject* new_value) {
@@ -85,12 +89,8 @@ slot_result set_property(const Any& value, const name_entry* name, PyObject* new
   if (!property.value().hasSetter()) {
     return error_read_only(*name);
   }
-  const Any outcome = property.value().write(value, from_python_locked(new_value));
-  if (!is_error_result(outcome)) {
-    return outcome;
-  }
-  const Error error = Error::unchecked(outcome);
-  return runtime_error(error, error.message());
+  const operand given(new_value);
+  return given.failed() ? runtime_error(given.error()) : checked(property.value().write(value, given.value()));
 }
 
 }  // namespace ling::cpython

@@ -7,11 +7,17 @@
 
 namespace ling::cpython {
 
-slot_result code_text(const Any& value, PyObject*) { return to_code(value); }
+slot_result code_text(const Any& value, PyObject*) {
+  const Result<String> code = to_code(value);
+  // A wrapped Error has no code text, because on its way to Python it would be raised.
+  return code.has_value() && code.value().empty() ? slot_result(display(value)) : slot_result(code);
+}
 
 slot_result plain_text(const Any& value, PyObject*) {
   Any text = String::getClass().coerce(value);
-  return is_error_result(text) ? slot_result(display(value)) : slot_result(std::move(text));
+  // What ends a program is no refusal.
+  const bool refused = is_error_result(text) && !is_interruption(Error::unchecked(text));
+  return refused ? slot_result(display(value)) : slot_result(std::move(text));
 }
 
 std::uint64_t hash(const Any& value) { return I_Immutable::matches(value.get()) ? hash_of(value) : object_id(value); }

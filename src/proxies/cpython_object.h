@@ -1,5 +1,5 @@
-// CPythonObject: the value that stands for a Python object. It holds the object and copies nothing out of it; what it is
-// asked, it asks the object at that moment. On the way back it becomes the very same object again.
+// CPythonObject: the value that stands for a Python object. It holds the object and copies nothing out of it; what it
+// is asked, it asks the object at that moment. On the way back it becomes the very same object again.
 #pragma once
 
 #include "extension/pyobject_ptr.h"

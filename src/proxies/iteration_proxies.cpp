@@ -56,9 +56,8 @@ Any next(const CPythonObject& self) {
 }  // namespace
 
 Result<I_Iterator_Generic> iterate_by_protocol(const CPythonObject& self) {
-  return with_python_object(self, [](PyObjectPtr_Borrowed object) {
-    return as_iterator(PyObjectPtr(PyObject_GetIter(object.get())));
-  });
+  return with_python_object(
+      self, [](PyObjectPtr_Borrowed object) { return as_iterator(PyObjectPtr(PyObject_GetIter(object.get()))); });
 }
 
 constinit const class_definition<CPythonObject> cpython_proxy_iterable_class(

@@ -61,7 +61,8 @@ constinit const class_definition<CPythonObject> cpython_proxy_mapping_class(
           .parent(I_Map_Generic::genericInstance(Untyped::getType(), Untyped::getType()))
           .parent(I_MutableMap_Generic::getClass())
           .property("__length__", "The number of keys.", &collection_length)
-          .property("keys", "The keys as a new list.", [](const CPythonObject& self) { return list_of_view(self, "keys"); })
+          .property("keys", "The keys as a new list.",
+                    [](const CPythonObject& self) { return list_of_view(self, "keys"); })
           .property("values", "The values as a new list, in the order of the keys.",
                     [](const CPythonObject& self) { return list_of_view(self, "values"); })
           .constant("keysType", Untyped::getType(), "What the keys are: anything.")
@@ -72,10 +73,9 @@ constinit const class_definition<CPythonObject> cpython_proxy_mapping_class(
                   [](const CPythonObject& self, const Any& key, const Any& value) {
                     return run_python_method(self, "__setitem__", key, value);
                   })
-          .method("remove", "key", "Removes a key and answers its value.",
-                  [](const CPythonObject& self, const Any& key) {
-                    return call_python_method_as<Any>(self, "pop", key);
-                  })
+          .method(
+              "remove", "key", "Removes a key and answers its value.",
+              [](const CPythonObject& self, const Any& key) { return call_python_method_as<Any>(self, "pop", key); })
           .method("clear", "", "Removes all keys.", &clear_collection)
           .method("iter", "", "Goes through the keys.", &iterate_by_protocol);
     });

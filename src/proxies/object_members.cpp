@@ -72,8 +72,9 @@ Any describe_property(PyObjectPtr_Borrowed object, const String& name) {
     return {};
   }
   const Any setter = accessor(attribute.get(), "fset");
-  return setter.empty() ? Property(I_Callable_Generic::unchecked(getter), String())
-                        : Property(I_Callable_Generic::unchecked(getter), I_Callable_Generic::unchecked(setter), String());
+  return setter.empty()
+             ? Property(I_Callable_Generic::unchecked(getter), String())
+             : Property(I_Callable_Generic::unchecked(getter), I_Callable_Generic::unchecked(setter), String());
 }
 
 }  // namespace
@@ -103,8 +104,8 @@ Union<Property, None> object_property(const CPythonObject& self, const String& n
   if (const class_member* member = registered_member(self, name); member != nullptr && !member->property.empty()) {
     return Union<Property, None>::unchecked(member->property);
   }
-  const Any described = with_python_object(
-      self, [&](PyObjectPtr_Borrowed object) -> Any { return describe_property(object, name); });
+  const Any described =
+      with_python_object(self, [&](PyObjectPtr_Borrowed object) -> Any { return describe_property(object, name); });
   return Property::cast(described);
 }
 
@@ -128,8 +129,7 @@ Union<I_Callable_Generic, None> object_method(const CPythonObject& self, const S
 Result<None> insert_object_property(const CPythonObject& self, const String& name, const Property& property) {
   const Any* value = property.constantValue();
   if (value == nullptr) {
-    return Error(
-        "Unable to insert non-value property to a python object, use 'raw_insert_property' instead.");
+    return Error("Unable to insert non-value property to a python object, use 'raw_insert_property' instead.");
   }
   return write_attribute(self, name, *value);
 }

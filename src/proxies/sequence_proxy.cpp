@@ -99,11 +99,10 @@ void describe_changing(class_builder<CPythonObject>& c) {
               })
       .method("removeAt", "index, count", "Removes that many items from that position on.", &remove_at, {1})
       .method("removeOne", "value", "Removes the first equal item; whether there was one.", &remove_one)
-      .method("pop", "index", "Removes an item and answers it.",
-              [](const CPythonObject& self, std::int64_t index) {
-                return call_python_method_as<Any>(self, "pop", index);
-              },
-              {-1})
+      .method(
+          "pop", "index", "Removes an item and answers it.",
+          [](const CPythonObject& self, std::int64_t index) { return call_python_method_as<Any>(self, "pop", index); },
+          {-1})
       .method("clear", "", "Removes all items.", &clear_collection);
 }
 

@@ -1,0 +1,82 @@
+// Functions from source text.
+#include "bridge/convert.h"
+#include "bridge/error_bridge.h"
+#include "bridge/python_source.h"
+#include "extension/interpreter.h"
+#include "function/python_function.h"
+
+#include <cctype>
+#include <string>
+
+namespace ling::cpython {
+
+namespace {
+
+constexpr char wrapped_name[] = "func";
+
+// The name that a `def` gives; empty for other text.
+String defined_name(std::string_view text) {
+  if (text.size() < 4 || !text.starts_with("def") || std::isspace(static_cast<unsigned char>(text[3])) == 0) {
+    return {};
+  }
+  const std::size_t colon = text.find(':', 4);
+  if (colon == std::string_view::npos) {
+    return {};
+  }
+  const String head = String(text.substr(4, colon - 4)).trimmed();
+  const std::size_t parenthesis = head.view().find('(');
+  return parenthesis == std::string_view::npos || parenthesis == 0
+             ? head
+             : String(head.view().substr(0, parenthesis)).trimmed();
+}
+
+std::string function_around(std::string_view body) {
+  std::string source = "def func(*args):";
+  for (std::size_t end = 0; end != std::string_view::npos;) {
+    end = body.find('\n');
+    source.append("\n\t").append(body.substr(0, end));
+    body.remove_prefix(end == std::string_view::npos ? body.size() : end + 1);
+  }
+  return source;
+}
+
+Error error_not_compiled() { return capture_error_or("Unable to compile the function."); }
+
+Result<CPythonFunction> evaluate_lambda(std::string_view text, PyObject* names) {
+  const PyObjectPtr function = call_builtin("eval", text, names, names);
+  return function ? make_python_function(function.get()) : Result<CPythonFunction>(error_not_compiled());
+}
+
+Result<CPythonFunction> execute_definition(std::string_view text, const String& name, PyObject* names) {
+  if (!call_builtin("exec", text, names, names)) {
+    return error_not_compiled();
+  }
+  const PyObjectPtr key = to_python_locked(name);
+  PyObject* const function = key ? PyDict_GetItemWithError(names, key.get()) : nullptr;
+  PyErr_Clear();
+  if (function == nullptr || PyCallable_Check(function) == 0) {
+    return Error(String("Unable to find the function: {}.").arg(name));
+  }
+  return make_python_function(function);
+}
+
+}  // namespace
+
+Result<CPythonFunction> compile_function(const String& source) {
+  ensure_interpreter();
+  const GilGuard gil;
+  const PyObjectPtr names(PyDict_New());
+  if (!names) {
+    return error_not_compiled();
+  }
+  store_modules(names.get());
+  const String text = source.trimmed();
+  if (text.view().starts_with("lambda ")) {
+    return evaluate_lambda(text.view(), names.get());
+  }
+  const String name = defined_name(text.view());
+  return name.empty() ? execute_definition(function_around(source.view()), wrapped_name, names.get())
+                      : execute_definition(text.view(), name, names.get());
+}
+
+}  // namespace ling::cpython

@@ -1,0 +1,154 @@
+// CPythonFunction.
+#include "function/python_function.h"
+
+#include "bridge/convert.h"
+#include "bridge/python_call.h"
+#include "bridge/python_text.h"
+#include "function/defaults.h"
+#include "ling/detail/try.h"
+#include "ling/interfaces.h"
+#include "ling/ordering.h"
+
+#include <mutex>
+
+namespace ling::cpython {
+
+namespace {
+
+// Functions that stand for the same Python object are equal, however often it has crossed.
+Any compare_functions(const CPythonFunction& self, const Any& other) {
+  if (!CPythonFunction::matches(other.get())) {
+    return Undefined();
+  }
+  const bool same = CPythonFunction::unchecked(other).object().function() == self.object().function();
+  return Ordering(same ? ordering_value::Equal : ordering_value::Incomparable);
+}
+
+Any hash_function(const CPythonFunction& self) { return reinterpret_cast<std::uintptr_t>(self.object().function()); }
+
+List_Generic read_defaults(const CPythonFunction& self) {
+  const GilGuard gil;
+  return List_Generic(defaults_of(self.object().function()));
+}
+
+Result<None> write_defaults(const CPythonFunction& self, const I_Iterable_Generic& values) {
+  {
+    const GilGuard gil;
+    TRY(set_defaults(self.object().function(), values));
+  }
+  self.object().forget_signature();
+  return None();
+}
+
+// The Python object under the name of a field; on its way to Python it becomes the callable again.
+Any construct(const Class_Generic&, const Any& source) {
+  if (const auto text = String::cast(source)) {
+    return compile_function(text.value());
+  }
+  return CPythonFunction::matches(source.get()) ? source : Any(Error("The source object isn't a function."));
+}
+
+}  // namespace
+
+constinit const class_definition<CPythonFunction> cpython_function_class(
+    "CPythonFunction", [](class_builder<CPythonFunction>& c) {
+      c.module("ling.cpython")
+          .doc("Invokable wrapper around of a Python function.")
+          .flags(class_flags::callable)
+          .parent(I_Callable_Generic::getClass())
+          .parent(I_HasName::getClass())
+          .parent(I_HasDoc::getClass())
+          .constructor("source",
+                       "A function from its source text: a lambda expression, a `def`, or the lines of a body.",
+                       &construct)
+          .property("name", "The qualified name of the Python function.",
+                    [](const CPythonFunction& self) { return self.name(); })
+          .property("doc", "Returns description of a function.", [](const CPythonFunction& self) { return self.doc(); })
+          .property("signature", "What it takes and returns.",
+                    [](const CPythonFunction& self) { return self.signature(); })
+          .property("$_pyobj", "The Python function.", [](const CPythonFunction& self) { return self; })
+          .property("$$defaults", "Default values for arguments, can be overriden.", &read_defaults, &write_defaults)
+          .property("$_sign", "Cached signature.",
+                    [](const CPythonFunction& self) { return self.object().cached_signature(); })
+          .property("$_result_type", "Cached result type.",
+                    [](const CPythonFunction& self) -> Any {
+                      const auto signature = Signature::cast(self.object().cached_signature());
+                      return signature ? Any(signature->resultType()) : Any();
+                    })
+          .method(Any::__compare__, "other", &compare_functions)
+          .method(Any::__hash__, "", &hash_function);
+    });
+
+object_value_class& object_value_python_function::object_class() const { return cpython_function_class.required(); }
+Type CPythonFunction::getType() { return Type::of(getClass()); }
+Class_Generic CPythonFunction::getClass() { return cpython_function_class.required(); }
+
+Any object_value_python_function::call(std::span<const Any> arguments) const {
+  const GilGuard gil;
+  return call_python(function_.get(), arguments);
+}
+
+Any object_value_python_function::call_named(std::span<const Any> positional,
+                                             std::span<const named_argument> named) const {
+  const GilGuard gil;
+  return call_python(function_.get(), positional, named);
+}
+
+String object_value_python_function::name() const {
+  const GilGuard gil;
+  const String qualified = text_attribute(function_.get(), "__qualname__");
+  return qualified.empty() ? text_attribute(function_.get(), "__name__") : qualified;
+}
+
+String object_value_python_function::doc() const {
+  const GilGuard gil;
+  return text_attribute(function_.get(), "__doc__");
+}
+
+Result<Signature> object_value_python_function::signature() const {
+  if (Any cached = cached_signature(); !cached.empty()) {
+    return Signature::unchecked(std::move(cached));
+  }
+  Any asked;
+  {
+    const GilGuard gil;
+    asked = TRY(signature_of_python(function_.get()));
+  }
+  Any former = asked;
+  {
+    const std::lock_guard guard(lock_);
+    former.swap(signature_);
+  }
+  return Signature::unchecked(std::move(asked));
+}
+
+Any object_value_python_function::cached_signature() const noexcept {
+  const std::lock_guard guard(lock_);
+  return signature_;
+}
+
+void object_value_python_function::forget_signature() noexcept {
+  Any former;
+  const std::lock_guard guard(lock_);
+  former.swap(signature_);
+}
+
+Any object_value_python_function::declaring_context() const {
+  const std::lock_guard guard(lock_);
+  return declaring_context_;
+}
+
+void object_value_python_function::set_declaring_context(const Any& context) {
+  Any former = context;
+  const std::lock_guard guard(lock_);
+  former.swap(declaring_context_);
+}
+
+Result<CPythonFunction> make_python_function(PyObjectPtr_Borrowed callable) {
+  if (!callable || PyCallable_Check(callable.get()) == 0) {
+    return Error("The source object isn't a function.");
+  }
+  return CPythonFunction::unchecked(make<object_value_python_function>(PyObjectPtr::share(callable)));
+}
+
+}  // namespace ling::cpython

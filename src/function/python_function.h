@@ -1,0 +1,69 @@
+// CPythonFunction: a Python callable as a callable of the host. Calls, named arguments and signature are those of the
+// Python callable; on the way back it becomes the very same object again.
+#pragma once
+
+#include "extension/pyobject_ptr.h"
+#include "ling/class_builder.h"
+#include "ling/signature.h"
+
+#include <atomic>
+
+namespace ling::cpython {
+
+class object_value_python_function final : public object_value_callable {
+ public:
+  explicit object_value_python_function(PyObjectPtr function) noexcept : function_(std::move(function)) {}
+
+  ObjectType type() const noexcept override { return ObjectType::Callable; }
+  object_value_class& object_class() const override;
+  Any call(std::span<const Any> arguments) const override;
+  // The names go to Python as they are; Python checks them.
+  Any call_named(std::span<const Any> positional, std::span<const named_argument> named) const override;
+  // __qualname__, else __name__; empty for a callable without a name.
+  String name() const override;
+  String doc() const override;
+  // Asked of Python on first need, then kept; what failed is asked again.
+  Result<Signature> signature() const override;
+  bool is_independent() const noexcept override { return independent_.load(std::memory_order_relaxed); }
+  void set_independent(bool independent) noexcept override {
+    independent_.store(independent, std::memory_order_relaxed);
+  }
+  Any declaring_context() const override;
+  void set_declaring_context(const Any& context) override;
+
+  // Borrowed; never null.
+  PyObject* function() const noexcept { return function_.get(); }
+  // The signature, if it was asked for; empty otherwise.
+  Any cached_signature() const noexcept;
+  // For defaults that have changed.
+  void forget_signature() noexcept;
+
+ private:
+  const PyObjectPtr function_;
+  std::atomic<bool> independent_{true};
+  mutable spinlock lock_;  // guards what follows
+  mutable Any signature_;
+  Any declaring_context_;
+};
+
+class CPythonFunction : public Handle<CPythonFunction, object_value_python_function, I_Callable_Generic> {
+  LING_HANDLE(CPythonFunction, object_value_python_function)
+  static bool matches(const object_value* object) noexcept {
+    return object != nullptr && object->type() == ObjectType::Callable &&
+           typeid(*object) == typeid(object_value_python_function);
+  }
+  static Type getType();
+  static Class_Generic getClass();
+};
+
+extern const class_definition<CPythonFunction> cpython_function_class;
+
+// The host's view of a callable, which it shares. An Error for null and for what cannot be called. The lock must be
+// held.
+Result<CPythonFunction> make_python_function(PyObjectPtr_Borrowed callable);
+
+// A function from source text: a lambda expression, a `def` statement, or statements, which become the body of a
+// function that has its arguments in the tuple `args`. Takes the lock itself.
+Result<CPythonFunction> compile_function(const String& source);
+
+}  // namespace ling::cpython

@@ -1,0 +1,91 @@
+// Methods of Python types.
+#include "proxies/python_method.h"
+
+#include "bridge/python_call.h"
+#include "bridge/python_text.h"
+#include "ling/class_builder.h"
+#include "ling/interfaces.h"
+#include "ling/signature.h"
+#include "ling/spinlock.h"
+
+#include <atomic>
+#include <mutex>
+
+namespace ling::cpython {
+
+namespace {
+
+constinit const class_definition<I_Callable_Generic> python_method_class(
+    "CPythonMethod", [](class_builder<I_Callable_Generic>& c) {
+      c.module("ling.cpython")
+          .doc("A method of a Python class.")
+          .flags(class_flags::callable)
+          .parent(I_Callable_Generic::getClass())
+          .parent(I_HasName::getClass())
+          .parent(I_HasDoc::getClass())
+          .property("name", "The name in the class.", [](const I_Callable_Generic& self) { return self.name(); })
+          .property("doc", "What it does.", [](const I_Callable_Generic& self) { return self.doc(); })
+          .property("signature", "What it takes and returns.",
+                    [](const I_Callable_Generic& self) { return self.signature(); });
+    });
+
+class object_value_python_method final : public object_value_callable {
+ public:
+  object_value_python_method(String name, PyObjectPtr function, receiver takes) noexcept
+      : name_(std::move(name)), function_(std::move(function)), independent_(takes == receiver::none) {}
+
+  ObjectType type() const noexcept override { return ObjectType::Callable; }
+  object_value_class& object_class() const override { return python_method_class.required(); }
+  Any call(std::span<const Any> arguments) const override { return call_named(arguments, {}); }
+  Any call_named(std::span<const Any> positional, std::span<const named_argument> named) const override;
+  String name() const override { return name_; }
+  String doc() const override {
+    const GilGuard gil;
+    return text_attribute(function_.get(), "__doc__");
+  }
+  Result<Signature> signature() const override {
+    const GilGuard gil;
+    return signature_of_python(function_.get());
+  }
+  bool is_independent() const noexcept override { return independent_.load(std::memory_order_relaxed); }
+  void set_independent(bool independent) noexcept override {
+    independent_.store(independent, std::memory_order_relaxed);
+  }
+  Any declaring_context() const override {
+    const std::lock_guard guard(lock_);
+    return declaring_context_;
+  }
+  void set_declaring_context(const Any& context) override {
+    Any former = context;
+    const std::lock_guard guard(lock_);
+    former.swap(declaring_context_);
+  }
+
+ private:
+  const String name_;
+  const PyObjectPtr function_;
+  std::atomic<bool> independent_;
+  mutable spinlock lock_;
+  Any declaring_context_;
+};
+
+Any object_value_python_method::call_named(std::span<const Any> positional,
+                                           std::span<const named_argument> named) const {
+  constexpr std::size_t maximum_arguments = 12;
+  if (positional.size() > maximum_arguments) {
+    return error_arguments_count(positional.size());
+  }
+  const GilGuard gil;
+  if (PyCallable_Check(function_.get()) == 0) {
+    return Error("The source object isn't a function.");
+  }
+  return call_python(function_.get(), positional, named);
+}
+
+}  // namespace
+
+I_Callable_Generic make_python_method(const String& name, PyObjectPtr_Borrowed function, receiver takes) {
+  return I_Callable_Generic::unchecked(make<object_value_python_method>(name, PyObjectPtr::share(function), takes));
+}
+
+}  // namespace ling::cpython

@@ -1,0 +1,232 @@
+// Making classes of Python types, and the table of those that are made.
+#include "proxies/python_type.h"
+
+#include "bridge/convert.h"
+#include "bridge/error_bridge.h"
+#include "bridge/module_attribute.h"
+#include "bridge/python_call.h"
+#include "bridge/python_text.h"
+#include "extension/type_layout.h"
+#include "ling/class_builder.h"
+#include "ling/spinlock.h"
+#include "proxies/python_method.h"
+
+#include <mutex>
+#include <typeinfo>
+#include <unordered_map>
+
+namespace ling::cpython {
+
+namespace {
+
+// --- members ---------------------------------------------------------------------------------------------------------
+
+enum class member_kind { method, property, attribute };
+
+constinit const module_attribute class_method("builtins", "classmethod");
+constinit const module_attribute static_method("builtins", "staticmethod");
+
+bool is_subtype(PyTypeObject* type, PyObject* wanted) noexcept {
+  return wanted != nullptr && PyType_IsSubtype(type, reinterpret_cast<PyTypeObject*>(wanted)) != 0;
+}
+
+member_kind kind_of(PyObject* value) noexcept {
+  if (PyType_IsSubtype(Py_TYPE(value), &PyProperty_Type) != 0) {
+    return member_kind::property;
+  }
+  // A class in a class is a part of it, not something that it does. The two kinds of methods that are no functions
+  // cannot be called in every version; what the type gives for them can.
+  const bool is_wrapped_method =
+      is_subtype(Py_TYPE(value), class_method.get()) || is_subtype(Py_TYPE(value), static_method.get());
+  return !PyType_Check(value) && (is_wrapped_method || PyCallable_Check(value) != 0) ? member_kind::method
+                                                                                     : member_kind::attribute;
+}
+
+Any read_attribute(PyObject* type, const String& name) {
+  const GilGuard gil;
+  const PyObjectPtr python_name = to_python_locked(name);
+  const PyObjectPtr value(python_name ? PyObject_GetAttr(type, python_name.get()) : nullptr);
+  return value ? from_python_locked(value.get()) : Any(capture_error_or("Unable to read an attribute."));
+}
+
+// Read anew each time: the attribute may change, and may be the type itself.
+Property attribute_property(PyObject* type, const String& name) {
+  return Property(make_function(name, "", "", [type, name] { return read_attribute(type, name); }), String());
+}
+
+// The accessor of a `property`; empty when it has none.
+Any accessor(PyObject* property, const char* name) {
+  const PyObjectPtr function(PyObject_GetAttrString(property, name));
+  PyErr_Clear();
+  if (!function || PyCallable_Check(function.get()) == 0) {
+    return {};
+  }
+  return make_python_method(String(), function.get(), receiver::first_argument);
+}
+
+void add_property(object_value_class& of_class, const String& name, PyObject* property) {
+  const Any getter = accessor(property, "fget");
+  if (getter.empty()) {
+    return;
+  }
+  const Any setter = accessor(property, "fset");
+  const String doc = text_attribute(property, "__doc__");
+  const auto get = I_Callable_Generic::unchecked(getter);
+  of_class.add_property_unsafe(
+      name, setter.empty() ? Property(get, doc) : Property(get, I_Callable_Generic::unchecked(setter), doc));
+}
+
+void add_member(object_value_class& of_class, PyObject* type, const String& name, PyObject* value) {
+  switch (kind_of(value)) {
+    case member_kind::method: {
+      // As the type gives it: a class method is bound to the type, a function takes its object as the first argument.
+      const PyObjectPtr python_name = to_python_locked(name);
+      const PyObjectPtr method(python_name ? PyObject_GetAttr(type, python_name.get()) : nullptr);
+      PyErr_Clear();
+      if (method && PyCallable_Check(method.get()) != 0) {
+        of_class.add_class_method_unsafe(name, make_python_method(name, method.get(), receiver::none));
+      }
+      break;
+    }
+    case member_kind::property:
+      add_property(of_class, name, value);
+      break;
+    case member_kind::attribute:
+      of_class.add_class_property_unsafe(name, attribute_property(type, name));
+      break;
+  }
+}
+
+// A snapshot of the type's own members; null, with no exception left, when it has none to show.
+PyObjectPtr items_of(PyObject* type) {
+  const PyObjectPtr dictionary(PyObject_GetAttrString(type, "__dict__"));
+  PyObjectPtr items(dictionary ? PyMapping_Items(dictionary.get()) : nullptr);
+  PyErr_Clear();
+  return items;
+}
+
+void add_members(object_value_class& of_class, PyObject* type) {
+  const PyObjectPtr items = items_of(type);
+  for (Py_ssize_t i = 0; items && i < PyList_Size(items.get()); ++i) {
+    PyObject* const pair = PyList_GetItem(items.get(), i);
+    const auto name = String::cast(from_python_locked(PyTuple_GetItem(pair, 0)));
+    if (name && !name->empty() && !name->startsWith("_")) {
+      add_member(of_class, type, name.value(), PyTuple_GetItem(pair, 1));
+    }
+  }
+}
+
+void add_bases(object_value_class& of_class, PyObject* type) {
+  const PyObjectPtr bases(PyObject_GetAttrString(type, "__bases__"));
+  const PyObjectPtr iterator(bases ? PyObject_GetIter(bases.get()) : nullptr);
+  while (iterator) {
+    const PyObjectPtr base(PyIter_Next(iterator.get()));
+    if (!base) {
+      break;
+    }
+    if (const auto parent = Class_Generic::cast(from_python_locked(base.get()))) {
+      of_class.add_parent_unsafe(parent->object());
+    }
+  }
+  PyErr_Clear();
+}
+
+String class_name(PyObject* type) {
+  const std::string_view full = name_of(reinterpret_cast<PyTypeObject*>(type));
+  const std::size_t dot = full.rfind('.');
+  return dot == std::string_view::npos ? full : full.substr(dot + 1);
+}
+
+// --- the table -------------------------------------------------------------------------------------------------------
+
+// From a type to its class. The types live as long as the table, so an address never means another type.
+class type_table {
+ public:
+  object_value_class* find(PyObject* type) noexcept {
+    const std::lock_guard guard(lock_);
+    const auto found = classes_.find(type);
+    return found == classes_.end() ? nullptr : found->second;
+  }
+  // The class that stays: the one given, or one that came before it.
+  object_value_class& insert(PyObject* type, object_value_class& made) {
+    const std::lock_guard guard(lock_);
+    return *classes_.emplace(type, &made).first->second;
+  }
+
+ private:
+  spinlock lock_;
+  std::unordered_map<PyObject*, object_value_class*> classes_;
+};
+
+type_table& known_types() {
+  static type_table& table = *new type_table;  // outlives all static objects
+  return table;
+}
+
+object_value_class& made_class_of(PyObject* type) {
+  if (object_value_class* known = known_types().find(type)) {
+    return *known;
+  }
+  return known_types().insert(type, *new object_value_python_type(class_name(type), type));
+}
+
+// Makes the classes of all ancestors first, the most general one to begin with, so that a long chain of bases is no
+// deep recursion.
+void make_ancestors(PyObject* type) {
+  const PyObjectPtr order(PyObject_GetAttrString(type, "__mro__"));
+  PyErr_Clear();
+  if (!order || !PyTuple_Check(order.get())) {
+    return;
+  }
+  for (Py_ssize_t i = PyTuple_Size(order.get()) - 1; i > 0; --i) {
+    PyObject* const ancestor = PyTuple_GetItem(order.get(), i);
+    if (PyType_Check(ancestor) && !builtin_class_of(ancestor)) {
+      made_class_of(ancestor);
+    }
+  }
+}
+
+}  // namespace
+
+object_value_python_type::object_value_python_type(String name, PyObjectPtr_Borrowed type)
+    : object_value_class(std::move(name)), type_(PyObjectPtr::share(type).release()) {
+  add_bases(*this, type_);
+  // An object of the host's is no instance of this class, whatever its bases are.
+  set_allocator_unsafe([](object_value_class& of_class) -> Any { return of_class.call({}); }, nullptr);
+  set_doc_unsafe(text_attribute(type_, "__doc__"));
+  add_members(*this, type_);
+}
+
+Any object_value_python_type::call(std::span<const Any> arguments) const { return call_named(arguments, {}); }
+
+Any object_value_python_type::call_named(std::span<const Any> positional, std::span<const named_argument> named) const {
+  const GilGuard gil;
+  return call_python(type_, positional, named);
+}
+
+Result<Signature> object_value_python_type::signature() const {
+  const GilGuard gil;
+  return signature_of_python(type_);
+}
+
+Result<Class_Generic> class_of_python_type(PyObjectPtr_Borrowed type) {
+  if (!type || !PyType_Check(type.get())) {
+    return Error("Not a type.");
+  }
+  if (const auto builtin = builtin_class_of(type)) {
+    return builtin.value();
+  }
+  if (object_value_class* known = known_types().find(type.get())) {
+    return Class_Generic(*known);
+  }
+  make_ancestors(type.get());
+  return Class_Generic(made_class_of(type.get()));
+}
+
+PyObject* python_type_behind(const object_value_class& of_class) noexcept {
+  return typeid(of_class) == typeid(object_value_python_type)
+             ? static_cast<const object_value_python_type&>(of_class).python_type()
+             : nullptr;
+}
+
+}  // namespace ling::cpython
