@@ -147,9 +147,8 @@ const datetime_row rows[] = {
 
 PyObjectPtr date_to_python(const Date& date) {
   PyObject* const of_class = classes_to_python.date.get();
-  return PyObjectPtr(of_class == nullptr
-                         ? nullptr
-                         : PyObject_CallFunction(of_class, "iii", date.year(), date.month(), date.day()));
+  return PyObjectPtr(
+      of_class == nullptr ? nullptr : PyObject_CallFunction(of_class, "iii", date.year(), date.month(), date.day()));
 }
 
 PyObjectPtr time_to_python(const Time& time) {
@@ -168,8 +167,8 @@ PyObjectPtr date_time_to_python(const DateTime& value) {
   }
   const Date date = value.date();
   const Time time = value.time();
-  const PyObjectPtr fields(Py_BuildValue("(iiiiiii)", date.year(), date.month(), date.day(), time.hour(),
-                                         time.minute(), time.second(), microseconds(time)));
+  const PyObjectPtr fields(Py_BuildValue("(iiiiiii)", date.year(), date.month(), date.day(), time.hour(), time.minute(),
+                                         time.second(), microseconds(time)));
   return construct(of_class, fields, time.fold());
 }
 

@@ -9,8 +9,8 @@
 
 namespace ling::cpython {
 
-// A `datetime.date`, `datetime.time`, `datetime.datetime` without a zone; null on failure, without an exception when the
-// class could not be imported.
+// A `datetime.date`, `datetime.time`, `datetime.datetime` without a zone; null on failure, without an exception when
+// the class could not be imported.
 PyObjectPtr date_to_python(const Date& date);
 PyObjectPtr time_to_python(const Time& time);
 PyObjectPtr date_time_to_python(const DateTime& value);

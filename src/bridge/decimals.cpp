@@ -35,9 +35,8 @@ class [[nodiscard]] recursion_guard {
 
 PyObjectPtr decimal_to_python(const Decimal& value) {
   PyObject* const decimal_class = decimal_class_to_python.get();
-  return PyObjectPtr(decimal_class == nullptr
-                         ? nullptr
-                         : PyObject_CallFunction(decimal_class, "s", value.toString().c_str()));
+  return PyObjectPtr(decimal_class == nullptr ? nullptr
+                                              : PyObject_CallFunction(decimal_class, "s", value.toString().c_str()));
 }
 
 bool is_decimal(PyObject* object) noexcept {

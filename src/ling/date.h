@@ -1,8 +1,8 @@
 // Date: a day of the proleptic Gregorian calendar.
 //
 // Years are counted with a year 0, which precedes the year 1, and reach as far as 32 signed bits do. Dates compare by
-// time; a Date and a DateTime have no order. The text of a date is that of ISO 8601: "2020-02-29", with a sign for years
-// that are not within 0 and 9999, "+12345-01-01".
+// time; a Date and a DateTime have no order. The text of a date is that of ISO 8601: "2020-02-29", with a sign for
+// years that are not within 0 and 9999, "+12345-01-01".
 //
 // Threads: immutable, shared freely.
 #pragma once

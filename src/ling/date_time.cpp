@@ -133,9 +133,7 @@ constinit const class_definition<DateTime> internal::date_time_class("DateTime",
 });
 
 object_value_date_time::object_value_date_time(Date of_date, Time of_time)
-    : object_value_instance(internal::date_time_class.required()),
-      date(std::move(of_date)),
-      time(std::move(of_time)) {}
+    : object_value_instance(internal::date_time_class.required()), date(std::move(of_date)), time(std::move(of_time)) {}
 
 Result<DateTime> DateTime::fromString(const String& text) {
   internal::iso_scanner scanner(text.view());
@@ -183,9 +181,7 @@ Result<Integer> DateTime::secondsSince(const DateTime& other) const {
                  internal::floor_division(between.nanoseconds, internal::nanoseconds_per_second));
 }
 
-String DateTime::toString() const {
-  return String("{}T{}").arg(object().date.toString(), object().time.toString());
-}
+String DateTime::toString() const { return String("{}T{}").arg(object().date.toString(), object().time.toString()); }
 
 bool DateTime::matches(const object_value* object) noexcept {
   return internal::is_handle_object<object_value_date_time>(object, internal::date_time_class);

@@ -13,9 +13,7 @@ namespace ling {
 
 namespace {
 
-Decimal decimal_of(decimal_parts parts) {
-  return Decimal::unchecked(make<object_value_decimal>(std::move(parts)));
-}
+Decimal decimal_of(decimal_parts parts) { return Decimal::unchecked(make<object_value_decimal>(std::move(parts))); }
 
 Any make_decimal(const Any& value) {
   const Any given = internal::unwrap(value);

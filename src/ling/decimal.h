@@ -2,8 +2,8 @@
 //
 // "1.50" stays "1.50": a number is its digits and a power of ten. Infinities and NaNs are numbers, too; a NaN may carry
 // digits that say what went wrong, and a signalling one ("sNaN") must not be calculated with. Decimals compare and hash
-// by value, with each other and with Integers and Floats: 1.0, 1.00 and the Integer 1 are equal. Nothing compares with a
-// NaN.
+// by value, with each other and with Integers and Floats: 1.0, 1.00 and the Integer 1 are equal. Nothing compares with
+// a NaN.
 //
 // Sums, differences and products are exact. A result of more than a million digits (such as that of 1 + 1E+1000000000)
 // is an Error, and so is one that no rule defines (such as that of Infinity - Infinity).

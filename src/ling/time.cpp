@@ -36,14 +36,13 @@ constinit const class_definition<Time> internal::time_class("Time", [](class_bui
   c.module("ling")
       .doc("A time of day to the nanosecond, with or without an offset from UTC.")
       .parent(I_Immutable::getClass())
-      .constructor("hour, minute, second, nanoSeconds, offset, zoneName, fold",
-                   "A time of day; the offset counts seconds east of UTC.",
-                   [](const Class_Generic&, std::int64_t hour, std::int64_t minute, std::int64_t second,
-                      std::int64_t nanoseconds, std::optional<std::int64_t> offset, const String& zone_name,
-                      std::int64_t fold) {
-                     return Time::from(hour, minute, second, nanoseconds, offset, zone_name, fold);
-                   },
-                   {0, 0, None(), "", 0})
+      .constructor(
+          "hour, minute, second, nanoSeconds, offset, zoneName, fold",
+          "A time of day; the offset counts seconds east of UTC.",
+          [](const Class_Generic&, std::int64_t hour, std::int64_t minute, std::int64_t second,
+             std::int64_t nanoseconds, std::optional<std::int64_t> offset, const String& zone_name,
+             std::int64_t fold) { return Time::from(hour, minute, second, nanoseconds, offset, zone_name, fold); },
+          {0, 0, None(), "", 0})
       .class_method("fromString", "text", "From a text such as \"23:59:59.5\" or \"08:00+02:00\".", &Time::fromString)
       .property("hour", "From 0 to 23.", &Time::hour)
       .property("minute", "From 0 to 59.", &Time::minute)

@@ -21,41 +21,41 @@ TEST_F(FromPython, TestsInOrder) {
     const char* expression;
     const char* expected;
   } rows[] = {
-      {"None",                                             "None None"                                         },
-      {"NotImplemented",                                   "ling.Undefined Undefined"                          },
-      {"True",                                             "ling.Boolean true"                                 },
-      {"1",                                                "ling.Integer 1"                                    },
-      {"-1",                                               "ling.Integer -1"                                   },
-      {"-2**63",                                           "ling.Integer -9223372036854775808"                 },
-      {"2**63 - 1",                                        "ling.Integer 9223372036854775807"                  },
-      {"3.0",                                              "ling.Integer 3"                                    },
-      {"-0.0",                                             "ling.Integer 0"                                    },
-      {"2.5",                                              "ling.Float 2.5"                                    },
-      {"type('F', (float,), {})(4)",                       "ling.Integer 4"                                    },
-      {"2.0**62",                                          "ling.Integer 4611686018427387904"                  },
-      {"2.0**63",                                          "ling.Integer -9223372036854775808"                 },
-      {"-2.0**63",                                         "ling.Integer -9223372036854775808"                 },
-      {"-2.0**80",                                         "ling.Integer -9223372036854775808"                 },
-      {"float('inf')",                                     "ling.Integer -9223372036854775808"                 },
-      {"float('-inf')",                                    "ling.Integer -9223372036854775808"                 },
-      {"__import__('fractions').Fraction(7, 2)",           "ling.Integer 3"                                    },
-      {"__import__('enum').IntEnum('E', 'a b').b",         "ling.Integer 2"                                    },
-      {"''",                                               "ling.String "                                      },
-      {"'gr\xc3\xbc\xc3\x9f'",                             "ling.String gr\xc3\xbc\xc3\x9f"                    },
-      {"'\\ud800'",                                        "ling.String "                                      },
-      {"type('S', (str,), {})('derived')",                 "ling.String derived"                               },
-      {"type('S', (str,), {'__int__': lambda s: 5})('5')", "ling.Integer 5"                                    },
-      {"type('S', (str,), {'__call__': len})('called')",   " <function >"                                      },
-      {"[1, 2]",                                           "ling.cpython.CPythonProxySequence [1, 2]"          },
-      {"(1, 2)",                                           "ling.cpython.CPythonProxySequence (1, 2)"          },
-      {"range(3)",                                         "ling.cpython.CPythonProxySequence range(0, 3)"     },
-      {"type('D', (dict,), {})(a=1)",                      "ling.cpython.CPythonProxyMapping {'a': 1}"         },
-      {"{1}",                                              "ling.cpython.CPythonProxySet {1}"                  },
-      {"frozenset({1})",                                   "ling.cpython.CPythonProxyIterable frozenset({1})"  },
-      {"len",                                              "len <function len>"                                },
-      {"dict",                                             "dict <class dict>"                                 },
-      {"KeyboardInterrupt()",                              "ling.cpython.CPythonObject "                       },
-      {"ValueError('bad')",                                "ling.Error Error: bad"                                   },
+      {"None",                                             "None None"                                       },
+      {"NotImplemented",                                   "ling.Undefined Undefined"                        },
+      {"True",                                             "ling.Boolean true"                               },
+      {"1",                                                "ling.Integer 1"                                  },
+      {"-1",                                               "ling.Integer -1"                                 },
+      {"-2**63",                                           "ling.Integer -9223372036854775808"               },
+      {"2**63 - 1",                                        "ling.Integer 9223372036854775807"                },
+      {"3.0",                                              "ling.Integer 3"                                  },
+      {"-0.0",                                             "ling.Integer 0"                                  },
+      {"2.5",                                              "ling.Float 2.5"                                  },
+      {"type('F', (float,), {})(4)",                       "ling.Integer 4"                                  },
+      {"2.0**62",                                          "ling.Integer 4611686018427387904"                },
+      {"2.0**63",                                          "ling.Integer -9223372036854775808"               },
+      {"-2.0**63",                                         "ling.Integer -9223372036854775808"               },
+      {"-2.0**80",                                         "ling.Integer -9223372036854775808"               },
+      {"float('inf')",                                     "ling.Integer -9223372036854775808"               },
+      {"float('-inf')",                                    "ling.Integer -9223372036854775808"               },
+      {"__import__('fractions').Fraction(7, 2)",           "ling.Integer 3"                                  },
+      {"__import__('enum').IntEnum('E', 'a b').b",         "ling.Integer 2"                                  },
+      {"''",                                               "ling.String "                                    },
+      {"'gr\xc3\xbc\xc3\x9f'",                             "ling.String gr\xc3\xbc\xc3\x9f"                  },
+      {"'\\ud800'",                                        "ling.String "                                    },
+      {"type('S', (str,), {})('derived')",                 "ling.String derived"                             },
+      {"type('S', (str,), {'__int__': lambda s: 5})('5')", "ling.Integer 5"                                  },
+      {"type('S', (str,), {'__call__': len})('called')",   " <function >"                                    },
+      {"[1, 2]",                                           "ling.cpython.CPythonProxySequence [1, 2]"        },
+      {"(1, 2)",                                           "ling.cpython.CPythonProxySequence (1, 2)"        },
+      {"range(3)",                                         "ling.cpython.CPythonProxySequence range(0, 3)"   },
+      {"type('D', (dict,), {})(a=1)",                      "ling.cpython.CPythonProxyMapping {'a': 1}"       },
+      {"{1}",                                              "ling.cpython.CPythonProxySet {1}"                },
+      {"frozenset({1})",                                   "ling.cpython.CPythonProxyIterable frozenset({1})"},
+      {"len",                                              "len <function len>"                              },
+      {"dict",                                             "dict <class dict>"                               },
+      {"KeyboardInterrupt()",                              "ling.cpython.CPythonObject "                     },
+      {"ValueError('bad')",                                "ling.Error Error: bad"                           },
   };
   for (const auto& row : rows) {
     EXPECT_EQ(describe(from_python(eval(row.expression).get())), row.expected) << row.expression;
@@ -79,14 +79,16 @@ TEST_F(FromPython, KnowsTheClassesOfBuiltinTypes) {
     const char* expression;
     Class_Generic expected;
   } rows[] = {
-      {"bytearray",  ByteArray::getClass()    },
-      {"bytes",      ByteArray::getClass()    },
-      {"memoryview", ByteArray::getClass()    },
-      {"int",        Integer::getClass()      },
-      {"str",        String::getClass()       },
-      {"float",      Float::getClass()        },
-      {"bool",       Boolean::getClass()      },
-      {"type",       Class_Generic::getClass()},
+      {"bytearray",                       ByteArray::getClass()    },
+      {"bytes",                           ByteArray::getClass()    },
+      {"memoryview",                      ByteArray::getClass()    },
+      {"int",                             Integer::getClass()      },
+      {"str",                             String::getClass()       },
+      {"float",                           Float::getClass()        },
+      {"bool",                            Boolean::getClass()      },
+      {"type",                            Class_Generic::getClass()},
+      {"__import__('datetime').datetime", DateTime::getClass()     },
+      {"__import__('decimal').Decimal",   Decimal::getClass()      },
   };
   for (const auto& row : rows) {
     EXPECT_TRUE(from_python(eval(row.expression).get()).is_same(row.expected)) << row.expression;
@@ -138,8 +140,10 @@ result = [Class(None), Class(ValueError), Attributes(), Text(), Ling('kept')]
 }
 
 TEST_F(FromPython, LeavesAPendingExceptionAlone) {
-  for (const char* expression : {"-1", "2**63", "1j", "2.5", "'text'", "'\\ud800'", "b''", "[]", "ValueError('x')",
-                                 "SyntaxError('x')", "type('N', (), {'__int__': lambda s: 1 // 0})()"}) {
+  for (const char* expression :
+       {"-1", "2**63", "1j", "2.5", "'text'", "'\\ud800'", "b''", "[]", "ValueError('x')", "SyntaxError('x')",
+        "__import__('decimal').Decimal('1.50')", "__import__('datetime').datetime(2020, 2, 29)",
+        "type('N', (), {'__int__': lambda s: 1 // 0})()"}) {
     const PyObjectPtr object = eval(expression);
     const std::string expected = describe(from_python(object.get()));
     const PyObjectPtr mine = eval("KeyError('mine')");
@@ -155,7 +159,8 @@ TEST_F(FromPython, LeavesAPendingExceptionAlone) {
 
 TEST_F(FromPython, LeaksNothing) {
   for (const char* expression : {"2**40", "2.5", "'some text'", "b'bytes'", "bytearray(b'b')", "[1]", "len", "int",
-                                 "__import__('fractions').Fraction(7, 2)"}) {
+                                 "__import__('fractions').Fraction(7, 2)", "__import__('decimal').Decimal('1.50')",
+                                 "__import__('datetime').datetime.now(__import__('datetime').timezone.utc)"}) {
     const PyObjectPtr object = eval(expression);
     from_python(object.get());
     const long long blocks = allocated_blocks();

@@ -103,12 +103,11 @@ TEST_F(ToPython, FailsAsAWholeWhenAPartFails) {
     Any value;
     const char* expected;
   } rows[] = {
-      {error,                                                                        "RuntimeError('broken')"},
-      {Tuple_Generic({1, Tuple_Generic({List_Generic(), error}), 2}),                "RuntimeError('broken')"},
-      {external([&] { return error; }),                                              "RuntimeError('broken')"},
-      {StopIteration(),                                                              "StopIteration()"       },
-      {make<object_value_python_object>(cpython_object_class.required()),
-       "RuntimeError('The object is null.')"                                                                 },
+      {error,                                                             "RuntimeError('broken')"             },
+      {Tuple_Generic({1, Tuple_Generic({List_Generic(), error}), 2}),     "RuntimeError('broken')"             },
+      {external([&] { return error; }),                                   "RuntimeError('broken')"             },
+      {StopIteration(),                                                   "StopIteration()"                    },
+      {make<object_value_python_object>(cpython_object_class.required()), "RuntimeError('The object is null.')"},
   };
   for (const auto& row : rows) {
     EXPECT_FALSE(to_python(row.value));
@@ -145,6 +144,9 @@ TEST_F(ToPython, LeaksNothing) {
                         nested_tuple(20),
                         List_Generic({1}),
                         from_python(eval("[1]").get()),
+                        Decimal::fromString("1.50"),
+                        DateTime::fromString("2020-02-29T10:20+02:00"),
+                        Date::fromString("+10000-01-01"),
                         Tuple_Generic({1000, Error("broken")})};
   for (const Any& value : values) {
     static_cast<void>(to_python(value));  // types and caches
@@ -184,16 +186,18 @@ TEST_F(ToPython, KnowsThePythonTypeOfAType) {
     Type type;
     const char* expected;
   } rows[] = {
-      {Integer::getType(),                        "<class 'int'>"     },
-      {String::getType(),                         "<class 'str'>"     },
-      {Float::getType(),                          "<class 'float'>"   },
-      {Boolean::getType(),                        "<class 'bool'>"    },
-      {ByteArray::getType(),                      "<class 'bytes'>"   },
-      {None::getType(),                           "<class 'NoneType'>"},
-      {Tuple_Generic::getType(),                  "<class 'tuple'>"   },
-      {Type::untyped(),                           "<class 'object'>"  },
-      {I_Iterable_Generic::getType(),             "<class 'object'>"  },
-      {Type::of(cpython_object_class.required()), "<class 'object'>"  },
+      {Integer::getType(),                        "<class 'int'>"            },
+      {String::getType(),                         "<class 'str'>"            },
+      {Float::getType(),                          "<class 'float'>"          },
+      {Boolean::getType(),                        "<class 'bool'>"           },
+      {ByteArray::getType(),                      "<class 'bytes'>"          },
+      {None::getType(),                           "<class 'NoneType'>"       },
+      {Tuple_Generic::getType(),                  "<class 'tuple'>"          },
+      {Date::getType(),                           "<class 'datetime.date'>"  },
+      {Decimal::getType(),                        "<class 'decimal.Decimal'>"},
+      {Type::untyped(),                           "<class 'object'>"         },
+      {I_Iterable_Generic::getType(),             "<class 'object'>"         },
+      {Type::of(cpython_object_class.required()), "<class 'object'>"         },
   };
   for (const auto& row : rows) {
     EXPECT_EQ(repr(PyObjectPtr::share(python_type_of(row.type))), row.expected);

@@ -56,8 +56,8 @@ TEST(Time, ExistsOnTheClockOnly) {
 }
 
 TEST(DateAndTime, ReadTheTextsTheyWrite) {
-  for (const char* text : {"0000-01-01", "0001-01-01", "9999-12-31", "+10000-01-01", "-0001-02-28",
-                           "+2147483647-12-31", "-2147483648-01-01"}) {
+  for (const char* text : {"0000-01-01", "0001-01-01", "9999-12-31", "+10000-01-01", "-0001-02-28", "+2147483647-12-31",
+                           "-2147483648-01-01"}) {
     EXPECT_EQ(display_text(date(text)).view(), text);
   }
   const struct {
@@ -82,8 +82,8 @@ TEST(DateAndTime, ReadTheTextsTheyWrite) {
 }
 
 TEST(DateAndTime, RefuseOtherTexts) {
-  for (const char* text : {"", "2020", "2020-2-29", "2020-02-29 ", "20200229", "12345-01-01", "+123-01-01", "2020-02-30",
-                           "--20-01-01", "2020-02-29T00:00", "+99999999999-01-01"}) {
+  for (const char* text : {"", "2020", "2020-2-29", "2020-02-29 ", "20200229", "12345-01-01", "+123-01-01",
+                           "2020-02-30", "--20-01-01", "2020-02-29T00:00", "+99999999999-01-01"}) {
     EXPECT_TRUE(is_error_result(date(text))) << text;
   }
   for (const char* text : {"", "1", "24:00", "10:2", "10:20:", "10:20:30.", "10:20:30.1234567890", "10:20+2",
@@ -102,19 +102,19 @@ TEST(DateAndTime, CompareAndHashByValue) {
     Any a, b;
     ordering_value expected;
   } cases[] = {
-      {date("2020-02-29"),                            date("2020-02-29"),                        Equal       },
-      {date("-0001-12-31"),                           date("0000-01-01"),                        Less        },
-      {date("+10000-01-01"),                          date("9999-12-31"),                        Greater     },
-      {time_of("10:00"),                              time_of("10:00:00.000000001"),             Less        },
-      {time_of("10:00+02:00"),                        time_of("09:00+01:00"),                    Equal       },
-      {time_of("00:30+01:00"),                        time_of("00:00Z"),                         Less        },
-      {time_of("10:00"),                              time_of("10:00Z"),                         Incomparable},
-      {Time::getClass()(1, 0, 0, 0, 60, "a", 0),      Time::getClass()(1, 0, 0, 0, 60, "b", 1),  Equal       },
-      {date_time("2020-01-01T00:30+01:00"),           date_time("2019-12-31T23:30Z"),            Equal       },
-      {date_time("2020-01-01T00:00"),                 date_time("2019-12-31T23:59:59.999"),      Greater     },
-      {date_time("2020-01-01T00:00"),                 date_time("2020-01-01T00:00Z"),            Incomparable},
-      {date_time("2020-01-01T00:00"),                 date("2020-01-01"),                        Incomparable},
-      {date("2020-01-01"),                            Any("2020-01-01"),                         Incomparable},
+      {date("2020-02-29"), date("2020-02-29"), Equal},
+      {date("-0001-12-31"), date("0000-01-01"), Less},
+      {date("+10000-01-01"), date("9999-12-31"), Greater},
+      {time_of("10:00"), time_of("10:00:00.000000001"), Less},
+      {time_of("10:00+02:00"), time_of("09:00+01:00"), Equal},
+      {time_of("00:30+01:00"), time_of("00:00Z"), Less},
+      {time_of("10:00"), time_of("10:00Z"), Incomparable},
+      {Time::getClass()(1, 0, 0, 0, 60, "a", 0), Time::getClass()(1, 0, 0, 0, 60, "b", 1), Equal},
+      {date_time("2020-01-01T00:30+01:00"), date_time("2019-12-31T23:30Z"), Equal},
+      {date_time("2020-01-01T00:00"), date_time("2019-12-31T23:59:59.999"), Greater},
+      {date_time("2020-01-01T00:00"), date_time("2020-01-01T00:00Z"), Incomparable},
+      {date_time("2020-01-01T00:00"), date("2020-01-01"), Incomparable},
+      {date("2020-01-01"), Any("2020-01-01"), Incomparable},
   };
   for (const auto& each : cases) {
     EXPECT_EQ(compare_objects_value(each.a, each.b), each.expected) << String("{} ? {}").arg(each.a, each.b).view();

@@ -55,8 +55,7 @@ constexpr civil_date civil_from_days(std::int64_t days) noexcept {
   const std::int64_t from_march = days + 719'468;
   const std::int64_t era = floor_division(from_march, 146'097);
   const std::int64_t day_of_era = from_march - era * 146'097;
-  const std::int64_t year_of_era =
-      (day_of_era - day_of_era / 1'460 + day_of_era / 36'524 - day_of_era / 146'096) / 365;
+  const std::int64_t year_of_era = (day_of_era - day_of_era / 1'460 + day_of_era / 36'524 - day_of_era / 146'096) / 365;
   const std::int64_t day_of_year = day_of_era - (365 * year_of_era + year_of_era / 4 - year_of_era / 100);
   const std::int64_t month_from_march = (5 * day_of_year + 2) / 153;
   const int day = static_cast<int>(day_of_year - (153 * month_from_march + 2) / 5 + 1);

@@ -57,8 +57,8 @@ std::optional<std::uint64_t> integer_bits(const decimal_parts& parts) {
   if (parts.exponent < 0 || adjusted_exponent(parts) > 19) {
     return std::nullopt;
   }
-  const std::string text = (parts.is_negative ? "-" : "") + parts.digits +
-                           std::string(static_cast<std::size_t>(parts.exponent), '0');
+  const std::string text =
+      (parts.is_negative ? "-" : "") + parts.digits + std::string(static_cast<std::size_t>(parts.exponent), '0');
   std::int64_t small = 0;
   if (std::from_chars(text.data(), text.data() + text.size(), small).ec == std::errc()) {
     return static_cast<std::uint64_t>(small);
@@ -76,7 +76,8 @@ std::optional<double> exact_double(const decimal_parts& parts) {
     return std::nullopt;
   }
   const double nearest = nearest_double(parts);
-  const bool is_exact = std::isfinite(nearest) && compare_decimals(decimal_of_double(nearest), parts) == ordering_value::Equal;
+  const bool is_exact =
+      std::isfinite(nearest) && compare_decimals(decimal_of_double(nearest), parts) == ordering_value::Equal;
   return is_exact ? std::optional(nearest) : std::nullopt;
 }
 
@@ -196,7 +197,8 @@ ordering_value compare_decimals(const decimal_parts& a, const decimal_parts& b) 
     return order_of_sign(1, a_is_negative);
   }
   if (a.kind != decimal_kind::finite || b.kind != decimal_kind::finite) {
-    const int sign = static_cast<int>(a.kind != decimal_kind::finite) - static_cast<int>(b.kind != decimal_kind::finite);
+    const int sign =
+        static_cast<int>(a.kind != decimal_kind::finite) - static_cast<int>(b.kind != decimal_kind::finite);
     return order_of_sign(sign, a_is_negative);
   }
   return order_of_sign(compare_magnitudes(a, b), a_is_negative);

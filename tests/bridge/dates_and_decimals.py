@@ -1,0 +1,288 @@
+"""Dates, times and decimals in both directions and in the runtime's own hands; Python's modules are the judge."""
+
+import datetime
+import decimal
+import operator
+import random
+from datetime import date, time, timedelta, timezone
+from decimal import Decimal
+
+import ling
+
+random.seed(20200229)
+COUNT = 100_000
+
+
+def expect(actual, expected, what=""):
+    same = type(actual) is type(expected) and repr(actual) == repr(expected)
+    assert same, f"{what}: {actual!r} instead of {expected!r}"
+
+
+def through_host(values):
+    there = ling.List(values)
+    return list(there)
+
+
+def described(value):
+    """What the host sees: the class, the text, and what the text leaves out."""
+    text = f"{ling.class_of(value).name} {ling.display(value)}"
+    for name in ("zoneName", "fold"):
+        member = ling.property_of(value, name)
+        text += f" {member.getter(value)}" if member is not None else ""
+    return text
+
+
+# --- case by case ----------------------------------------------------------------------------------------------------
+def zone(seconds, *name):
+    return timezone(timedelta(seconds=seconds), *name)
+
+
+class Stamp(datetime.datetime):
+    """Derived from a class that is known."""
+
+
+class Odd(datetime.tzinfo):
+    """A zone that answers what it was made with, or raises it."""
+
+    def __init__(self, offset, name="odd"):
+        self.answers = offset, name
+
+    def answer(self, which):
+        if isinstance(self.answers[which], type) and issubclass(self.answers[which], BaseException):
+            raise self.answers[which]("odd")
+        return self.answers[which]
+
+    def utcoffset(self, moment):
+        return self.answer(0)
+
+    def tzname(self, moment):
+        return self.answer(1)
+
+
+class OddTime(time):
+    """A time that computes what its zone says by itself."""
+
+    def __new__(cls, **fields):
+        made = super().__new__(cls, 1)
+        made.fields = fields
+        return made
+
+    def __getattribute__(self, name):
+        fields = super().__getattribute__("__dict__").get("fields", {})
+        if name not in fields:
+            return super().__getattribute__(name)
+        if isinstance(fields[name], type) and issubclass(fields[name], BaseException):
+            raise fields[name](name)
+        return fields[name]
+
+
+class Difference:
+    def __init__(self, seconds):
+        self.seconds = seconds
+
+    def total_seconds(self):
+        return self.seconds
+
+
+def odd_offset(seconds):
+    return OddTime(utcoffset=lambda: Difference(seconds), tzname=lambda: "odd")
+
+
+def odd_name(name):
+    return OddTime(utcoffset=lambda: timedelta(hours=1), tzname=name)
+
+
+def itself():
+    made = odd_name(lambda: made)
+    return made
+
+
+SEEN_BY_HOST = [
+    (date(2020, 2, 29), "Date 2020-02-29"),
+    (datetime.datetime(2020, 2, 29, 23, 59, 59, 999999), "DateTime 2020-02-29T23:59:59.999999"),
+    (datetime.datetime(1, 1, 1), "DateTime 0001-01-01T00:00:00"),
+    (Stamp(9999, 12, 31, tzinfo=timezone.utc), "DateTime 9999-12-31T00:00:00+00:00"),
+    (time(10, 20, 30, 123456), "Time 10:20:30.123456  0"),
+    (time(1, fold=1), "Time 01:00:00  0"),                                    # without a zone no fold
+    (time(1, tzinfo=zone(7200)), "Time 01:00:00+02:00 UTC+02:00 0"),
+    (time(1, tzinfo=zone(86399, "far"), fold=1), "Time 01:00:00+23:59:59 far 1"),
+    (time(1, tzinfo=zone(86340)), "Time 01:00:00+23:59 UTC+23:59 0"),
+    (time(1, tzinfo=zone(-18000)), "Time 01:00:00  0"),                       # west of UTC
+    (time(1, tzinfo=zone(0.5)), "Time 01:00:00  0"),                          # not by whole seconds
+    (time(1, tzinfo=Odd(None)), "Time 01:00:00  0"),
+    (time(1, tzinfo=Odd(KeyError)), "Time 01:00:00  0"),
+    (time(1, tzinfo=Odd(timedelta(1), "a day")), "Time 01:00:00  0"),         # which Python itself refuses
+    (time(1, tzinfo=Odd(timedelta(hours=1), SystemExit)), "Time 01:00:00+01:00  0"),
+    (time(1, tzinfo=Odd(timedelta(hours=1), None)), "Time 01:00:00+01:00  0"),
+    (odd_offset(60), "Time 01:00:00+00:01 odd 0"),
+    (odd_offset(60.0), "Time 01:00:00+00:01 odd 0"),
+    (odd_offset(-1), "Time 01:00:00  0"),
+    (odd_offset(2**70), "Time 01:00:00  0"),
+    (odd_offset("60"), "Time 01:00:00  0"),
+    (odd_offset(float("nan")), "Time 01:00:00  0"),
+    (odd_name(lambda: 5), "Time 01:00:00+01:00  0"),
+    (itself(), "Time 01:00:00+01:00  0"),
+    (OddTime(fold="?"), "Time 01:00:00  0"),
+    (OddTime(month=3, hour=256 + 7), "Time 07:00:00  0"),
+    (Decimal("1.50"), "Decimal 1.50"),
+    (Decimal("-0E+5"), "Decimal -0E+5"),
+    (Decimal("sNaN123"), "Decimal sNaN123"),
+]
+for value, text in SEEN_BY_HOST:
+    expect(described(value), text, repr(value))
+
+# Fields that cannot be read leave the object what it is; fields that do not exist are an error.
+for fields in ({"hour": AttributeError}, {"minute": "5"}, {"second": 2**70}, {"microsecond": KeyboardInterrupt}):
+    assert ling.class_of(OddTime(**fields)).name == "CPythonObject", fields
+for value, message in [
+    (OddTime(hour=25), "The hour 25 is not between 0 and 23."),
+    (OddTime(microsecond=2**62), "The nanosecond 10000000000 is not between 0 and 999999999."),
+    (odd_offset(float("inf")), "The offset 1000000000000000 is not between 0 and 86399."),
+]:
+    try:
+        ling.display(value)
+    except RuntimeError as error:
+        assert message in str(error), error
+    else:
+        raise AssertionError(message)
+
+# From the host: microseconds, the fold, never a zone.
+expect(ling.Time(1, 2, 3, 999), time(1, 2, 3))
+expect(ling.Time(1, 2, 3, 999_999_999), time(1, 2, 3, 999999))
+expect(ling.Time(1, 2, 3, 4000, 7200, "CEST", 1), time(1, 2, 3, 4, fold=1))
+expect(ling.DateTime(date(1, 1, 1), time(0, 0, tzinfo=timezone.utc)), datetime.datetime(1, 1, 1))
+expect(ling.DateTime.fromString("2020-02-29T10:20:30.5+02:00"), datetime.datetime(2020, 2, 29, 10, 20, 30, 500000))
+for year in (0, 10000, -5):
+    try:
+        ling.Date(year, 1, 1)
+    except ValueError as error:
+        assert str(year) in str(error)
+    else:
+        raise AssertionError(year)
+
+
+class Claim:
+    """Claims to be a decimal with the text that a function gives."""
+
+    __class__ = Decimal
+
+    def __init__(self, text):
+        self.text = text
+
+    def __str__(self):
+        return self.text(self)
+
+
+class TextClaim(Claim, str):
+    """A text besides."""
+
+    def __new__(cls, text):
+        return str.__new__(cls)
+
+
+expect(described(Claim(lambda _: "12.50")), "Decimal 12.50")
+for value, message in [
+    (Claim(lambda _: {}["no text"]), "no text"),
+    (Claim(lambda _: 12), "__str__ returned non-string"),
+    (Claim(lambda _: "twelve"), "The text 'twelve' is not a number for Decimal."),
+    (TextClaim(lambda itself: itself), "maximum recursion depth exceeded"),
+]:
+    try:
+        ling.display(value)
+    except RuntimeError as error:
+        assert message in str(error), error
+    else:
+        raise AssertionError(message)
+
+for python_type, name in [(date, "Date"), (time, "Time"), (datetime.datetime, "DateTime"), (Decimal, "Decimal")]:
+    assert ling.qualname(python_type) == f"ling.{name}", name
+
+
+# --- a hundred thousand of each --------------------------------------------------------------------------------------
+def random_time(zoned=False):
+    microsecond = random.choice((0, 999999, random.randrange(10**6)))
+    fields = random.randrange(24), random.randrange(60), random.randrange(60), microsecond
+    return time(*fields, tzinfo=zone(60 * random.randrange(24 * 60)) if zoned else None)
+
+
+def random_decimal(digits=40):
+    sign, size = random.choice(("", "-")), random.randrange(1, digits)
+    text = str(random.randrange(10**size))
+    shape = random.randrange(10)
+    if shape == 0:
+        return Decimal(sign + random.choice(("Infinity", "NaN", "sNaN", "NaN" + text, "sNaN" + text)))
+    exponent = random.choice((0, -2, random.randrange(-50, 50), random.randrange(-10**17, 10**17)))
+    return Decimal(f"{sign}{text}E{exponent}")
+
+
+def check_round_trip(values, text):
+    for value, back in zip(values, through_host(values)):
+        expect(back, value)
+    for value in random.sample(values, 10_000):
+        expect(ling.display(value), text(value), repr(value))
+
+
+dates = [date.fromordinal(random.randrange(1, date.max.toordinal() + 1)) for _ in range(COUNT)]
+dates[:4] = date.min, date.max, date(2000, 2, 29), date(1900, 2, 28)
+times = [random_time() for _ in range(COUNT)]
+moments = [datetime.datetime.combine(*pair) for pair in zip(dates, times)]
+decimals = [random_decimal() for _ in range(COUNT)]
+decimals[:2] = Decimal("7" * 10_000), Decimal("-0." + "3" * 10_000)
+for values in (dates, times, moments):
+    check_round_trip(values, operator.methodcaller("isoformat"))
+check_round_trip(decimals, str)
+for value in (random_time(zoned=True) for _ in range(10_000)):
+    expect(ling.display(value), value.isoformat())
+
+# --- what the runtime makes of them ----------------------------------------------------------------------------------
+def method(value, name):
+    return ling.method_of(value, name)
+
+
+def judge(operation, *operands):
+    """The same by Python: the value, or None for what it cannot say either."""
+    try:
+        return operation(*operands)
+    except (ArithmeticError, ValueError):
+        return None
+
+
+add_days, weekday, day_of_year = (
+    method(date.min, "addDays"), ling.property_of(date.min, "weekday"), ling.property_of(date.min, "dayOfYear"))
+add_seconds, seconds_since = method(moments[0], "addSeconds"), method(moments[0], "secondsSince")
+for day, other, moment in zip(dates[:10_000], reversed(dates), moments):
+    expect(add_days(day, (other - day).days), other)
+    expect((weekday.getter(day), day_of_year.getter(day)), (day.isoweekday(), day.timetuple().tm_yday))
+    expect(ling.Date.fromString(day.isoformat()), day)
+    expect(seconds_since(moment, moments[-1]), (moment - moments[-1]) // timedelta(seconds=1))
+    seconds = random.randrange(-10**9, 10**9)
+    moved = judge(operator.add, moment, timedelta(seconds=seconds))
+    if moved is not None:
+        expect(add_seconds(moment, seconds), moved)
+
+exact = decimal.Context(prec=decimal.MAX_PREC, Emax=decimal.MAX_EMAX, Emin=decimal.MIN_EMIN, traps=[])
+operations = [(method(Decimal(), "add"), exact.add), (method(Decimal(), "subtract"), exact.subtract),
+              (method(Decimal(), "multiply"), exact.multiply)]
+near = [Decimal(random.randrange(-10**random.randrange(1, 60), 10**60)).scaleb(random.randrange(-60, 60), exact)
+        for _ in range(4_000)]
+near += [Decimal(random.choice(("0", "-0", "1.00", "-1", "0.5", "2.50", "1E+5", "-0.00"))) for _ in range(1_000)]
+random.shuffle(near)
+
+
+def order(a, b):
+    return "Less" if a < b else "Greater" if a > b else "Equal"
+
+
+with decimal.localcontext(exact):
+    for a, b in zip(near, reversed(near)):
+        for by_host, by_python in operations:
+            expect(by_host(a, b), by_python(a, b), f"{a} and {b}")
+        expect(str(ling.compare_objects(a, b)), order(a, b), f"{a} and {b}")
+        assert ling.hash_of(a) == ling.hash_of(a + Decimal("0.000")), a
+        number = float(random.choice((a, b)))
+        if number % 1:  # one without a fraction would arrive as an Integer
+            expect(str(ling.compare_objects(a, number)), order(a, number), f"{a} and {number}")
+            assert ling.hash_of(Decimal(number)) == ling.hash_of(number), number
+    long_a, long_b = (Decimal(random.randrange(10**9_999, 10**10_000)) for _ in range(2))
+    for by_host, by_python in operations:
+        expect(by_host(long_a, long_b), by_python(long_a, long_b))
