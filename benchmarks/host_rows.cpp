@@ -23,6 +23,7 @@ constexpr char five_lines[] =
 constexpr std::int64_t limit = 3;
 constexpr std::int64_t expected_result = 8;
 constexpr int calls_per_loop = 10'000;
+constexpr char function_text[] = "lambda number: number + 1";
 
 const std::string method_loop = "for _ in range(" + std::to_string(calls_per_loop) + "): w.add(1)";
 // In a function, as the language module does it by itself.
@@ -47,6 +48,11 @@ bool is_number(const Any& value, std::int64_t expected) {
 
 bool ling_evaluate_expr() { return is_number(evaluate_expr(expression), 3); }
 
+bool ling_call_function() {
+  static const auto function = ling::I_Callable_Generic::unchecked(evaluate_expr(function_text));
+  return is_number(function(large_number), large_number + 1);
+}
+
 bool ling_evaluate() {
   const ling::HashMap_Generic locals;
   locals.set("limit", limit);
@@ -69,6 +75,13 @@ bool ling_method_loop() {
 bool pybind11_evaluate_expr() {
   const py::gil_scoped_acquire lock;
   return py::eval(expression, py::dict()).cast<std::int64_t>() == 3;
+}
+
+bool pybind11_call_function() {
+  const py::gil_scoped_acquire lock;
+  // Never released: at the end of the process nobody holds the lock.
+  static const py::object& function = *new py::object(py::eval(function_text, py::dict()));
+  return function(large_number).cast<std::int64_t>() == large_number + 1;
 }
 
 bool pybind11_evaluate() {
@@ -110,6 +123,20 @@ bool raw_evaluate_expr() {
   const bool right = is_number(result, 3);
   Py_XDECREF(result);
   Py_DECREF(names);
+  return right;
+}
+
+bool raw_call_function() {
+  const raw_lock lock;
+  static PyObject* const function = [] {
+    PyObject* names = PyDict_New();
+    return PyRun_String(function_text, Py_eval_input, names, names);
+  }();
+  PyObject* number = PyLong_FromLongLong(large_number);
+  PyObject* result = PyObject_CallOneArg(function, number);
+  const bool right = is_number(result, large_number + 1);
+  Py_XDECREF(result);
+  Py_DECREF(number);
   return right;
 }
 
@@ -177,6 +204,7 @@ struct row {
 constexpr row rows[] = {
     {"evaluate_expr", {ling_evaluate_expr, pybind11_evaluate_expr, raw_evaluate_expr}, 1             },
     {"evaluate",      {ling_evaluate, pybind11_evaluate, raw_evaluate},                1             },
+    {"call_function", {ling_call_function, pybind11_call_function, raw_call_function}, 1             },
     {"method_loop",   {ling_method_loop, pybind11_method_loop, raw_method_loop},       calls_per_loop},
 };
 

@@ -51,7 +51,10 @@ void run(benchmark::State& state, const row& of, const char* module) {
   const py::gil_scoped_acquire lock;
   try {
     const py::object loop = compile(of);
-    const py::object object = of.object != nullptr ? py::module_::import(module).attr(of.object) : py::none();
+    py::object object = py::none();
+    if (of.object != nullptr) {
+      object = py::module_::import(module).attr(of.object);
+    }
     loop(object, static_cast<int>(item_count));  // fails here, if it fails
     while (state.KeepRunningBatch(batch)) {
       loop(object, batch);

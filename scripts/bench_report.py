@@ -17,7 +17,7 @@ UNITS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 
 
 def read(results):
-    """(row, contestant) -> nanoseconds, in the order of the program; the rows that run inside a Python loop; failures."""
+    """(row, contestant) -> nanoseconds; the rows that run inside a Python loop; failures."""
     samples = collections.defaultdict(list)
     in_loop = set()
     failed = []
@@ -61,7 +61,8 @@ def main():
     times, in_loop, failed = read(results)
     loop = times.pop(LOOP, None)
     lines = [list(HEADER)]
-    for row in dict.fromkeys(row for row, _ in times):
+    # The order of the results is that of the run, which is random.
+    for row in sorted({row for row, _ in times}, key=lambda row: (row not in in_loop, row)):
         lines.append(line(row, times, loop if row in in_loop else None))
     widths = [max(map(len, column)) for column in zip(*lines)]
     lines.insert(1, ["-" * (width - (i > 0)) + ":" * (i > 0) for i, width in enumerate(widths)])
