@@ -4,6 +4,7 @@
 #include "bridge/convert.h"
 #include "bridge/instance_test.h"
 #include "bridge/module_attribute.h"
+#include "bridge/python_name.h"
 
 #include <algorithm>
 #include <cmath>
@@ -36,15 +37,22 @@ int microseconds(const Time& time) noexcept { return static_cast<int>(time.nanoS
 
 // --- from Python -----------------------------------------------------------------------------------------------------
 
+constinit const struct {
+  python_name year{"year"}, month{"month"}, day{"day"};
+  python_name hour{"hour"}, minute{"minute"}, second{"second"}, microsecond{"microsecond"}, fold{"fold"};
+  python_name utcoffset{"utcoffset"}, tzname{"tzname"}, total_seconds{"total_seconds"};
+} names;
+
 // What an attribute or a method of a hostile object raises says only that there is no such field.
-PyObjectPtr cleared_unless(PyObject* result) noexcept {
+PyObjectPtr taken(PyObject* result) noexcept {
   if (result == nullptr) {
     PyErr_Clear();
   }
   return PyObjectPtr(result);
 }
-PyObjectPtr call(PyObject* object, const char* method) noexcept {
-  return cleared_unless(PyObject_CallMethod(object, method, nullptr));
+PyObjectPtr call(PyObject* object, const python_name& method) noexcept {
+  PyObject* const name = method.get();
+  return taken(name == nullptr ? nullptr : PyObject_CallMethodObjArgs(object, name, nullptr));
 }
 
 std::optional<long> integer_of(PyObject* object) noexcept {
@@ -56,8 +64,9 @@ std::optional<long> integer_of(PyObject* object) noexcept {
   return value;
 }
 
-std::optional<long> field_of(PyObject* object, const char* name) noexcept {
-  const PyObjectPtr value = cleared_unless(PyObject_GetAttrString(object, name));
+std::optional<long> field_of(PyObject* object, const python_name& field) noexcept {
+  PyObject* const name = field.get();
+  const PyObjectPtr value = taken(name == nullptr ? nullptr : PyObject_GetAttr(object, name));
   return value ? integer_of(value.get()) : std::nullopt;
 }
 
@@ -66,7 +75,7 @@ std::int64_t narrowed(long value) noexcept { return static_cast<std::uint8_t>(va
 
 // The seconds of a time difference, when they are a number.
 std::optional<double> total_seconds(PyObject* difference) noexcept {
-  const PyObjectPtr seconds = call(difference, "total_seconds");
+  const PyObjectPtr seconds = call(difference, names.total_seconds);
   if (!seconds) {
     return std::nullopt;
   }
@@ -80,7 +89,7 @@ std::optional<double> total_seconds(PyObject* difference) noexcept {
 // The offset from UTC in seconds. A time with an offset that the runtime cannot express becomes one without: scripts
 // rely on zones west of UTC being dropped, not refused.
 std::optional<std::int64_t> offset_of(PyObject* object) noexcept {
-  const PyObjectPtr difference = call(object, "utcoffset");
+  const PyObjectPtr difference = call(object, names.utcoffset);
   const auto seconds = difference && difference.get() != Py_None ? total_seconds(difference.get()) : std::nullopt;
   double whole = 0;
   if (!seconds || !(*seconds >= 0) || std::modf(*seconds, &whole) != 0.0) {
@@ -92,7 +101,7 @@ std::optional<std::int64_t> offset_of(PyObject* object) noexcept {
 
 // Only a text is converted: another object could again be a time, whose zone is named by a time, and so on.
 String zone_name_of(PyObject* object) {
-  const PyObjectPtr name = call(object, "tzname");
+  const PyObjectPtr name = call(object, names.tzname);
   const auto text = String::cast(name && PyUnicode_Check(name.get()) ? from_python_locked(name.get()) : Any());
   return text ? *text : String();
 }
@@ -100,21 +109,21 @@ String zone_name_of(PyObject* object) {
 // What a step of the conversion yields: a value, an Error, or nothing when a field cannot be read.
 
 Any date_from(PyObject* object) {
-  const auto year = field_of(object, "year");
-  const auto month = field_of(object, "month");
-  const auto day = field_of(object, "day");
+  const auto year = field_of(object, names.year);
+  const auto month = field_of(object, names.month);
+  const auto day = field_of(object, names.day);
   return year && month && day ? Any(Date::from(*year, narrowed(*month), narrowed(*day))) : Any();
 }
 
 Any time_from(PyObject* object) {
-  const auto hour = field_of(object, "hour");
-  const auto minute = field_of(object, "minute");
-  const auto second = field_of(object, "second");
-  const auto microsecond = field_of(object, "microsecond");
+  const auto hour = field_of(object, names.hour);
+  const auto minute = field_of(object, names.minute);
+  const auto second = field_of(object, names.second);
+  const auto microsecond = field_of(object, names.microsecond);
   if (!hour || !minute || !second || !microsecond) {
     return {};
   }
-  const long fold = field_of(object, "fold").value_or(0);
+  const long fold = field_of(object, names.fold).value_or(0);
   constexpr std::int64_t too_many = 10'000'000;
   const std::int64_t nanoseconds = std::clamp<std::int64_t>(*microsecond, -too_many, too_many) * 1'000;
   const auto offset = offset_of(object);
