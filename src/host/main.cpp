@@ -1,13 +1,13 @@
 // ling: a small host that runs Python inside the runtime.
+#include "host/commands.h"
+#include "host/platform.h"
+
+#include <CLI/CLI.hpp>
+
 #include <cstdint>
 #include <map>
 #include <string>
 #include <vector>
-
-#include <CLI/CLI.hpp>
-
-#include "host/commands.h"
-#include "host/platform.h"
 
 namespace {
 
@@ -43,7 +43,12 @@ void add_file_option(CLI::App& app, const char* name, const char* what, auto& va
 }
 
 const std::map<std::string, std::int64_t> log_levels = {
-    {"debug", 10}, {"info", 20}, {"warning", 30}, {"error", 40}, {"critical", 50}, {"off", INT64_MAX},
+    {"debug",    10       },
+    {"info",     20       },
+    {"warning",  30       },
+    {"error",    40       },
+    {"critical", 50       },
+    {"off",      INT64_MAX},
 };
 
 void add_log_level(CLI::App& app, std::int64_t& level) {
@@ -76,21 +81,22 @@ std::vector<std::string> program_of(const CLI::App& run) {
 
 int run_command(int argc, char** argv) {
   command_line given;
-  given.options.module_file = (ling::host::program_directory(argv[0]) / CORVANTIS_MODULE_PATH).lexically_normal().string();
+  given.options.module_file =
+      (ling::host::program_directory(argv[0]) / CORVANTIS_MODULE_PATH).lexically_normal().string();
 
   CLI::App app("Runs and evaluates Python inside the object runtime ling.", "ling");
   app.set_version_flag("--version", "ling " LING_VERSION, "Print the version and exit");
   app.set_help_flag("-h,--help", "Print this help and exit");
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
   add_file_option(app, "--load", "Load this plug-in first; repeatable", given.options.plug_ins);
-  add_file_option(app, "--module", "The language module, when it is not where the build puts it", given.options.module_file);
+  add_file_option(app, "--module", "The language module, when it is not where the build puts it",
+                  given.options.module_file);
   add_log_level(app, given.options.log_level);
   app.require_subcommand(1);
   app.footer("ling COMMAND --help says more about a command.");
 
   const CLI::App* run = add_run(app);
-  const CLI::App* eval =
-      add_text_command(app, "eval", "Print the value of a Python expression", "EXPR", given.text);
+  const CLI::App* eval = add_text_command(app, "eval", "Print the value of a Python expression", "EXPR", given.text);
   const CLI::App* exec =
       add_text_command(app, "exec", "Run code as the body of a function and print what it returns", "CODE", given.text);
 

@@ -1,8 +1,6 @@
 // Running Python through the language module.
 #include "host/python_session.h"
 
-#include <cstdio>
-
 #include "host/session_source.h"
 #include "ling/byte_array.h"
 #include "ling/evaluation_scope.h"
@@ -12,6 +10,8 @@
 #include "ling/module.h"
 #include "ling/registration.h"
 #include "ling/tuple.h"
+
+#include <cstdio>
 
 namespace ling::host {
 
@@ -78,12 +78,22 @@ int python_session::begin(const std::vector<std::string>& arguments) const {
   for (const std::string& argument : arguments) {
     row.push_back(ByteArray(argument));
   }
-  return call_for_status("begin(arguments)", {{"arguments", Tuple_Generic(std::move(row))}});
+  return call_for_status("begin(arguments)", {
+                                                 {"arguments", Tuple_Generic(std::move(row))}
+  });
 }
 
-int python_session::finish(int status) const { return call_for_status("finish(status)", {{"status", status}}); }
+int python_session::finish(int status) const {
+  return call_for_status("finish(status)", {
+                                               {"status", status}
+  });
+}
 int python_session::run_file() const { return call_for_status("run_file()"); }
-int python_session::show(const String& text) const { return call_for_status("show(text)", {{"text", text}}); }
+int python_session::show(const String& text) const {
+  return call_for_status("show(text)", {
+                                           {"text", text}
+  });
+}
 
 Any python_session::evaluate(const String& code) const { return call_evaluator(evaluate_, code, None()); }
 Any python_session::evaluate_expression(const String& code) const {
@@ -91,7 +101,9 @@ Any python_session::evaluate_expression(const String& code) const {
 }
 
 int python_session::report(const Error& error) const {
-  if (const auto status = Integer::cast(call("stop_status(value)", {{"value", error.value()}}))) {
+  if (const auto status = Integer::cast(call("stop_status(value)", {
+                                                                       {"value", error.value()}
+  }))) {
     return static_cast<int>(status->value());
   }
   const String text = error.stack().empty() ? error.message() : error.stack();

@@ -2,17 +2,17 @@
 // then on Python is two callables of the module `ling.cpython`.
 #pragma once
 
+#include "ling/any.h"
+#include "ling/error.h"
+#include "ling/none.h"
+#include "ling/union.h"
+
 #include <cstdint>
 #include <initializer_list>
 #include <limits>
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "ling/any.h"
-#include "ling/error.h"
-#include "ling/none.h"
-#include "ling/union.h"
 
 namespace ling::host {
 
