@@ -19,6 +19,7 @@ FLOORS = [
     ("bridge/python_text.h",     2),  #   texts,
     ("bridge/python_call.h",     2),  #   calls,
     ("bridge/python_source.h",   2),  #   source text,
+    ("bridge/python_modules.h",  2),  #   modules,
     ("bridge/python_helper.h",   2),  #   functions of our own,
     ("bridge/module_attribute.h",2),  #   attributes of modules
     ("extension/interpreter.h",  2),  #   and the running interpreter: declarations only
@@ -28,6 +29,7 @@ FLOORS = [
     ("lingobject/*",             3),
     ("bridge/*",                 4),  # the dispatch tables, which see every room
     ("extension/*",              5),  # start sequence and entry points
+    ("corvantis/*",              1),  # for hosts, which know only the runtime
     ("host/*",                   1),  # the command: a host like any other, so it knows only the runtime
 ]
 

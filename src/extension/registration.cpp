@@ -4,11 +4,14 @@
 #include "extension/logging_bridge.h"
 #include "extension/search_paths.h"
 #include "function/python_function.h"
+#include "language/cpython_language.h"
 #include "language/evaluation.h"
+#include "language/import_all.h"
 #include "ling/class_builder.h"
 #include "ling/detail/try.h"
 #include "ling/property.h"
 #include "proxies/collection_proxies.h"
+#include "proxies/python_module.h"
 
 namespace ling::cpython {
 
@@ -16,8 +19,11 @@ namespace {
 
 constexpr const char* module_name = "ling.cpython";
 
-const class_registration classes{cpython_function_class, cpython_object_class, cpython_proxy_iterable_class, cpython_proxy_iterator_class,
-                                 cpython_proxy_mapping_class,   cpython_proxy_sequence_class, cpython_proxy_set_class};
+const class_registration classes{
+    cpython_language_class,      cpython_function_class,       cpython_module_class,
+    cpython_object_class,        cpython_proxy_iterable_class, cpython_proxy_iterator_class,
+    cpython_proxy_mapping_class, cpython_proxy_sequence_class, cpython_proxy_set_class,
+};
 
 Result<None> register_properties() {
   return register_property(module_name, "doc", Property::constant("Interface to Python language."));
@@ -27,6 +33,7 @@ Result<None> register_functions() {
   const I_Callable_Generic functions[] = {
       make_function("evaluate", "code, scope", "Evaluates Python code.", &evaluate, {None()}),
       make_function("evaluate_expr", "code, scope", "Evaluates Python expression.", &evaluate_expr, {None()}),
+      make_function("importAllModules", "", "Imports all standard python modules.", &import_all_modules),
       make_function("cpython_add_sys_path", "path", "Adds a path to sys.path once.", &cpython_add_sys_path),
   };
   for (const I_Callable_Generic& function : functions) {

@@ -2,8 +2,10 @@
 #include "extension/importer.h"
 #include "extension/interpreter.h"
 #include "extension/interpreter_library.h"
+#include "extension/module_tree.h"
 #include "extension/pyobject_ptr.h"
 #include "extension/search_paths.h"
+#include "language/cpython_language.h"
 
 #include <atomic>
 #include <thread>
@@ -36,6 +38,9 @@ void start_own_interpreter() {
   // 3. From here on the lock belongs to nobody; each entry takes it. The thread state stays that of this thread, which
   //    finds it again.
   static_cast<void>(PyEval_SaveThread());
+  // 4. The host's view of Python's own modules.
+  const GilGuard lock;
+  build_module_tree();
 }
 
 void start_interpreter() {
@@ -46,7 +51,8 @@ void start_interpreter() {
     const GilGuard lock;
     pin_singletons();
   }
-  // 4. Python code may now ask for the host's modules.
+  static_cast<void>(cpython_language_class.get());
+  // 5. Python code may now ask for the host's modules.
   const GilGuard lock;
   install_importer();
 }

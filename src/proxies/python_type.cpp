@@ -9,6 +9,7 @@
 #include "extension/type_layout.h"
 #include "ling/class_builder.h"
 #include "ling/spinlock.h"
+#include "proxies/public_members.h"
 #include "proxies/python_method.h"
 
 #include <mutex>
@@ -54,28 +55,6 @@ Property attribute_property(PyObject* type, const String& name) {
   return Property(make_function(name, "", "", [type, name] { return read_attribute(type, name); }), String());
 }
 
-// The accessor of a `property`; empty when it has none.
-Any accessor(PyObject* property, const char* name) {
-  const PyObjectPtr function(PyObject_GetAttrString(property, name));
-  PyErr_Clear();
-  if (!function || PyCallable_Check(function.get()) == 0) {
-    return {};
-  }
-  return make_python_method(String(), function.get(), receiver::first_argument);
-}
-
-void add_property(object_value_class& of_class, const String& name, PyObject* property) {
-  const Any getter = accessor(property, "fget");
-  if (getter.empty()) {
-    return;
-  }
-  const Any setter = accessor(property, "fset");
-  const String doc = text_attribute(property, "__doc__");
-  const auto get = I_Callable_Generic::unchecked(getter);
-  of_class.add_property_unsafe(
-      name, setter.empty() ? Property(get, doc) : Property(get, I_Callable_Generic::unchecked(setter), doc));
-}
-
 void add_member(object_value_class& of_class, PyObject* type, const String& name, PyObject* value) {
   switch (kind_of(value)) {
     case member_kind::method: {
@@ -89,7 +68,9 @@ void add_member(object_value_class& of_class, PyObject* type, const String& name
       break;
     }
     case member_kind::property:
-      add_property(of_class, name, value);
+      if (const auto property = make_python_property(value, text_attribute(value, "__doc__"))) {
+        of_class.add_property_unsafe(name, property.value());
+      }
       break;
     case member_kind::attribute:
       of_class.add_class_property_unsafe(name, attribute_property(type, name));
@@ -97,23 +78,9 @@ void add_member(object_value_class& of_class, PyObject* type, const String& name
   }
 }
 
-// A snapshot of the type's own members; null, with no exception left, when it has none to show.
-PyObjectPtr items_of(PyObject* type) {
-  const PyObjectPtr dictionary(PyObject_GetAttrString(type, "__dict__"));
-  PyObjectPtr items(dictionary ? PyMapping_Items(dictionary.get()) : nullptr);
-  PyErr_Clear();
-  return items;
-}
-
 void add_members(object_value_class& of_class, PyObject* type) {
-  const PyObjectPtr items = items_of(type);
-  for (Py_ssize_t i = 0; items && i < PyList_Size(items.get()); ++i) {
-    PyObject* const pair = PyList_GetItem(items.get(), i);
-    const auto name = String::cast(from_python_locked(PyTuple_GetItem(pair, 0)));
-    if (name && !name->empty() && !name->startsWith("_")) {
-      add_member(of_class, type, name.value(), PyTuple_GetItem(pair, 1));
-    }
-  }
+  for_each_public_member(
+      type, [&](const String& name, PyObject* value) { add_member(of_class, type, name, value); });
 }
 
 void add_bases(object_value_class& of_class, PyObject* type) {

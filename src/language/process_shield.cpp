@@ -1,0 +1,91 @@
+// The shield is Python code: it guards what Python code can reach.
+#include "language/process_shield.h"
+
+#include "bridge/python_helper.h"
+
+namespace ling::cpython {
+
+namespace {
+
+// Returns a function that restores what was found.
+constinit const python_helper shield_helper("shield", R"(def shield():
+    import os, signal, sys
+
+    def attempt(function, *arguments):
+        try:
+            return function(*arguments)
+        except (OSError, ValueError):
+            return None
+
+    class Stream:
+        def __init__(self, target):
+            self.target = target
+        def __getattr__(self, name):
+            return getattr(self.target, name)
+        def __iter__(self):
+            return iter(self.target)
+        def __next__(self):
+            return next(self.target)
+        def close(self):
+            pass
+
+    names = "stdin", "stdout", "stderr"
+    real = {name: getattr(sys, name, None) for each in names for name in (each, f"__{each}__")}
+    kept = [attempt(os.dup, number) for number in range(3)]
+    arguments, environment, variables = sys.argv, os.environ, dict(os.environ)
+    directory = attempt(os.getcwd)
+    handlers = {number: signal.getsignal(number) for number in signal.valid_signals()}
+
+    shown = []
+    for name in names:
+        mode = "r" if name == "stdin" else "w"
+        for each in name, f"__{name}__":
+            stream = Stream(open(os.devnull, mode, encoding="utf-8", errors="replace"))
+            shown.append((stream, real[each]))
+            setattr(sys, each, stream)
+    sys.argv = [""]
+
+    def restore_file(number, file):
+        now = attempt(os.fstat, number)
+        if now is None or not os.path.samestat(now, os.fstat(file)):
+            os.dup2(file, number)
+        os.close(file)
+
+    def restore():
+        for stream, target in shown:
+            stream.target = target
+        for name, stream in real.items():
+            setattr(sys, name, stream)
+        for number, file in enumerate(kept):
+            if file is not None:
+                restore_file(number, file)
+        sys.argv, os.environ = arguments, environment
+        for name in environment.keys() - variables.keys():
+            del environment[name]
+        for name, value in variables.items():
+            if environment.get(name) != value:
+                environment[name] = value
+        if directory is not None:
+            attempt(os.chdir, directory)
+        for number, handler in handlers.items():
+            if handler is not None and signal.getsignal(number) != handler:
+                attempt(signal.signal, number, handler)
+    return restore
+)");
+
+}  // namespace
+
+process_shield::process_shield() noexcept {
+  PyObject* const shield = shield_helper.get();
+  restore_ = PyObjectPtr(shield == nullptr ? nullptr : PyObject_CallObject(shield, nullptr));
+  PyErr_Clear();
+}
+
+process_shield::~process_shield() {
+  if (restore_) {
+    const PyObjectPtr done(PyObject_CallObject(restore_.get(), nullptr));
+    PyErr_Clear();
+  }
+}
+
+}  // namespace ling::cpython
