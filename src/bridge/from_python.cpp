@@ -119,7 +119,7 @@ Any from_python_by_protocol(PyObject* object, PyTypeObject* type) {
     return make_python_function(object);
   }
   // 13. Texts, those of derived classes included.
-  if (type == &PyUnicode_Type || PyUnicode_Check(object)) {
+  if (PyUnicode_Check(object)) {
     return text_of(object, surrogates::refuse);
   }
   // 14. Dates and times, unless what they say of themselves cannot be read.

@@ -7,12 +7,12 @@
 
 namespace ling::cpython {
 
-namespace {
-
 Error error_not_convertible(const Any& argument) {
   const auto captured = capture_error();
   return captured ? captured.value() : Error(String("Unable to convert an argument: {}.").arg(display_text(argument)));
 }
+
+namespace {
 
 // The arguments as a tuple; null with `failure` filled.
 PyObjectPtr make_arguments(std::span<const Any> arguments, Any& failure) {

@@ -1,6 +1,7 @@
 // The class CPythonObject.
 #include "proxies/cpython_object.h"
 
+#include "bridge/pending_exception.h"
 #include "proxies/object_members.h"
 #include "proxies/object_order.h"
 
@@ -8,7 +9,17 @@ namespace ling::cpython {
 
 namespace {
 
-std::uint64_t hash_object(const CPythonObject& self) { return reinterpret_cast<std::uintptr_t>(self.address()); }
+// Python's own, because what Python compares as equal must be one key; the address of what Python does not hash.
+std::uint64_t hash_object(const CPythonObject& self) {
+  const auto address = reinterpret_cast<std::uintptr_t>(self.address());
+  if (address == 0) {
+    return address;
+  }
+  const GilGuard gil;
+  const pending_exception_aside pending;
+  const Py_hash_t hash = PyObject_Hash(self.python_object().get());
+  return hash == -1 ? address : static_cast<std::uint64_t>(hash);
+}
 
 constexpr dynamic_member_hooks hooks = {&method_hook, &getter_hook, &setter_hook};
 

@@ -1,6 +1,7 @@
 // Method calls by name.
 #include "proxies/method_call.h"
 
+#include "bridge/error_bridge.h"
 #include "bridge/python_call.h"
 #include "ling/reflection.h"
 
@@ -10,6 +11,9 @@ Any call_python_method(const CPythonObject& target, const char* name, std::span<
   return with_python_object(target, [&](PyObjectPtr_Borrowed object) -> Any {
     const PyObjectPtr method(PyObject_GetAttrString(object.get(), name));
     if (!method || PyCallable_Check(method.get()) == 0) {
+      if (!method && PyErr_ExceptionMatches(PyExc_Exception) == 0) {
+        return capture_error_or("Unable to read an attribute.");  // an interrupt is no missing method
+      }
       PyErr_Clear();
       return Error(String("The method is missing: {}, target object: {}.").arg(name, display_text(target)));
     }

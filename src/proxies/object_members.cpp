@@ -7,6 +7,7 @@
 #include "ling/detail/try.h"
 #include "ling/reflection.h"
 #include "proxies/method_call.h"
+#include "proxies/python_method.h"
 
 namespace ling::cpython {
 
@@ -42,22 +43,6 @@ Result<None> write_attribute(const CPythonObject& self, const String& name, cons
   });
 }
 
-// The accessor of a `property`; empty when it is missing or nothing that can be called.
-Any accessor(PyObjectPtr_Borrowed property, const char* name) {
-  const PyObjectPtr function(PyObject_GetAttrString(property.get(), name));
-  if (!function) {
-    PyErr_Clear();
-    return {};
-  }
-  const auto callable = I_Callable_Generic::cast(from_python_locked(function.get()));
-  if (!callable) {
-    return {};
-  }
-  // It takes the object, which the property passes to it.
-  callable->setIndependent(false);
-  return callable;
-}
-
 Any describe_property(PyObjectPtr_Borrowed object, const String& name) {
   const PyObjectPtr attribute = get_attribute(object, name);
   if (!attribute) {
@@ -67,14 +52,7 @@ Any describe_property(PyObjectPtr_Borrowed object, const String& name) {
   if (PyType_IsSubtype(Py_TYPE(attribute.get()), &PyProperty_Type) == 0) {
     return {};
   }
-  const Any getter = accessor(attribute.get(), "fget");
-  if (getter.empty()) {
-    return {};
-  }
-  const Any setter = accessor(attribute.get(), "fset");
-  return setter.empty()
-             ? Property(I_Callable_Generic::unchecked(getter), String())
-             : Property(I_Callable_Generic::unchecked(getter), I_Callable_Generic::unchecked(setter), String());
+  return make_python_property(attribute.get(), String());
 }
 
 }  // namespace

@@ -82,10 +82,30 @@ Any object_value_python_method::call_named(std::span<const Any> positional,
   return call_python(function_.get(), positional, named);
 }
 
+// One of the functions of a `property`, which passes the object to it; empty when it is missing or cannot be called.
+Any accessor(PyObjectPtr_Borrowed property, const char* name) {
+  const PyObjectPtr function(PyObject_GetAttrString(property.get(), name));
+  PyErr_Clear();
+  if (!function || PyCallable_Check(function.get()) == 0) {
+    return {};
+  }
+  return make_python_method(String(), function.get(), receiver::first_argument);
+}
+
 }  // namespace
 
 I_Callable_Generic make_python_method(const String& name, PyObjectPtr_Borrowed function, receiver takes) {
   return I_Callable_Generic::unchecked(make<object_value_python_method>(name, PyObjectPtr::share(function), takes));
+}
+
+Union<Property, None> make_python_property(PyObjectPtr_Borrowed property, const String& doc) {
+  const Any getter = accessor(property, "fget");
+  if (getter.empty()) {
+    return None();
+  }
+  const Any setter = accessor(property, "fset");
+  const auto get = I_Callable_Generic::unchecked(getter);
+  return setter.empty() ? Property(get, doc) : Property(get, I_Callable_Generic::unchecked(setter), doc);
 }
 
 }  // namespace ling::cpython

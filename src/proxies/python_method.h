@@ -2,7 +2,7 @@
 #pragma once
 
 #include "extension/pyobject_ptr.h"
-#include "ling/callable.h"
+#include "ling/property.h"
 
 namespace ling::cpython {
 
@@ -11,5 +11,7 @@ enum class receiver { none, first_argument };
 
 // A callable that hands its arguments, at most twelve, to a Python callable, which it shares. The lock must be held.
 I_Callable_Generic make_python_method(const String& name, PyObjectPtr_Borrowed function, receiver takes);
+// What a Python `property` does, read-only without a setter; None when it has no getter. The lock must be held.
+Union<Property, None> make_python_property(PyObjectPtr_Borrowed property, const String& doc);
 
 }  // namespace ling::cpython

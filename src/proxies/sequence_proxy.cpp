@@ -1,6 +1,7 @@
 // Python's sequences.
 #include "bridge/convert.h"
 #include "bridge/error_bridge.h"
+#include "bridge/python_call.h"
 #include "ling/detail/try.h"
 #include "proxies/collection_members.h"
 #include "proxies/collection_proxies.h"
@@ -41,7 +42,7 @@ Result<Integer> index_of(const CPythonObject& self, const Any& value, std::int32
   return with_python_object(self, [&](PyObjectPtr_Borrowed object) -> Result<Integer> {
     const PyObjectPtr wanted = to_python_locked(value);
     if (!wanted) {
-      return capture_error_or("Unable to convert an argument.");
+      return error_not_convertible(value);
     }
     const PyObjectPtr index(PyObject_CallMethod(object.get(), "index", "Oi", wanted.get(), from));
     if (index) {
