@@ -68,6 +68,17 @@ Result<None> read_names(const optional_mutable_map& map, std::vector<String>& na
   return None();
 }
 
+// Whether the pending exception comes from the lines behind the code, which hand over its results: no function of the
+// code is among those that it passed through.
+bool failed_behind_code() {
+  PyObject *type, *value, *traceback;
+  PyErr_Fetch(&type, &value, &traceback);
+  const PyObjectPtr next(traceback == nullptr ? nullptr : PyObject_GetAttrString(traceback, "tb_next"));
+  PyErr_Clear();
+  PyErr_Restore(type, value, traceback);
+  return next.get() == Py_None;
+}
+
 // The namespaces of one run, never used again.
 struct run_dicts {
   PyObjectPtr globals{PyDict_New()};
@@ -103,6 +114,9 @@ Result<Any> evaluate_code(const Any& self, const String& code, const optional_ma
 
   const std::string source = function_source(code.view(), names);
   if (!call_builtin("exec", source, dicts.globals.get(), dicts.locals.get())) {
+    if (failed_behind_code()) {
+      return capture_error_or("Unable to take the results of the code.");
+    }
     // Above the code stand the line of `def` and the declarations, before each of its lines a tab. (What follows a
     // literal on the last of its lines comes out one column too small.)
     return exception_to_error(-(1 + static_cast<int>(names.size())), -1);

@@ -96,8 +96,11 @@ ordering_value comparison::compare(const Any& a, const Any& b) {
       return order_of_sign(ByteArray::unchecked(a).view().compare(ByteArray::unchecked(b).view()));
     case ObjectType::Tuple:
       return compare_items(Tuple_Generic::unchecked(a).items(), Tuple_Generic::unchecked(b).items());
-    case ObjectType::List:
-      return compare_items(List_Generic::unchecked(a).copyItems(), List_Generic::unchecked(b).copyItems());
+    case ObjectType::List: {
+      const item_row left = List_Generic::unchecked(a).object().share_items();
+      const item_row right = List_Generic::unchecked(b).object().share_items();
+      return compare_items(left.items(), right.items());
+    }
     case ObjectType::HashMap:
       return compare_maps(HashMap_Generic::unchecked(a), HashMap_Generic::unchecked(b));
     case ObjectType::HashSet:

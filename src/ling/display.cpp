@@ -110,8 +110,10 @@ bool display_writer::write(const Any& value, bool inside_container) {
       const std::span<const Any> items = Tuple_Generic::unchecked(value).items();
       return write_items(value, "(", items.size() == 1 ? ",)" : ")", items);
     }
-    case ObjectType::List:
-      return write_items(value, "[", "]", List_Generic::unchecked(value).copyItems());
+    case ObjectType::List: {
+      const item_row row = List_Generic::unchecked(value).object().share_items();
+      return write_items(value, "[", "]", row.items());
+    }
     case ObjectType::HashMap:
       return write_pairs(value);
     case ObjectType::HashSet: {

@@ -16,59 +16,37 @@
 
 namespace ling {
 
-using internal::equality;
 using internal::error_index_out_of_range;
-
-namespace {
-
-// How far a search comes without leaving the lock.
-struct plain_search {
-  std::size_t position;
-  equality outcome;  // same: it is at the position; unknown: only compare_objects can tell from there on
-
-  plain_search(std::span<const Any> items, std::size_t from, const Any& value)
-      : position(from), outcome(equality::different) {
-    for (; position < items.size(); ++position) {
-      outcome = internal::compare_plain(items[position], value);
-      if (outcome != equality::different) {
-        return;
-      }
-    }
-  }
-};
-
-std::vector<Any> tail_of(const std::vector<Any>& items, std::size_t from) {
-  return {items.begin() + static_cast<std::ptrdiff_t>(from), items.end()};
-}
-
-}  // namespace
 
 std::size_t object_value_list::length() const noexcept {
   const std::lock_guard guard(lock_);
-  return items_.size();
+  return items_.items().size();
 }
 
 std::vector<Any> object_value_list::copy_items() const {
+  // Copied without the lock.
+  const item_row row = share_items();
+  return {row.items().begin(), row.items().end()};
+}
+
+item_row object_value_list::share_items() const noexcept {
   const std::lock_guard guard(lock_);
   return items_;
 }
 
 Any object_value_list::slice(std::int64_t start, std::int64_t stop) const {
-  std::vector<Any> items;
-  {
-    const std::lock_guard guard(lock_);
-    const internal::slice_range range = internal::clamp_slice(start, stop, items_.size());
-    const auto begin = items_.begin();
-    items.assign(begin + static_cast<std::ptrdiff_t>(range.start), begin + static_cast<std::ptrdiff_t>(range.stop));
-  }
-  return make<object_value_list>(class_, std::move(items));
+  const item_row row = share_items();
+  const internal::slice_range range = internal::clamp_slice(start, stop, row.items().size());
+  const std::span<const Any> selected = row.items().subspan(range.start, range.stop - range.start);
+  return make<object_value_list>(class_, std::vector<Any>(selected.begin(), selected.end()));
 }
 
 Any object_value_list::at(std::int64_t index) const {
   std::unique_lock guard(lock_);
-  const std::size_t length = items_.size();
+  const std::span<const Any> items = items_.items();
+  const std::size_t length = items.size();
   if (const auto position = internal::resolve_index(index, length)) {
-    return items_[*position];
+    return items[*position];
   }
   guard.unlock();
   return error_index_out_of_range(index, length);
@@ -76,15 +54,16 @@ Any object_value_list::at(std::int64_t index) const {
 
 Any object_value_list::at_or(std::int64_t index, const Any& otherwise) const {
   const std::lock_guard guard(lock_);
-  const auto position = internal::resolve_index(index, items_.size());
-  return position ? items_[*position] : otherwise;
+  const std::span<const Any> items = items_.items();
+  const auto position = internal::resolve_index(index, items.size());
+  return position ? items[*position] : otherwise;
 }
 
 Any object_value_list::set(std::int64_t index, Any value) {
   std::unique_lock guard(lock_);
-  const std::size_t length = items_.size();
+  const std::size_t length = items_.items().size();
   if (const auto position = internal::resolve_index(index, length)) {
-    items_[*position].swap(value);
+    items_.change()[*position].swap(value);
     return None();
   }
   guard.unlock();
@@ -93,15 +72,16 @@ Any object_value_list::set(std::int64_t index, Any value) {
 
 void object_value_list::append(Any value) {
   const std::lock_guard guard(lock_);
-  items_.push_back(std::move(value));
+  items_.change().push_back(std::move(value));
 }
 
 void object_value_list::append_all(std::vector<Any>&& values) {
   const std::lock_guard guard(lock_);
-  if (items_.empty()) {
-    items_.swap(values);
+  std::vector<Any>& items = items_.change();
+  if (items.empty()) {
+    items.swap(values);
   } else {
-    items_.insert(items_.end(), std::make_move_iterator(values.begin()), std::make_move_iterator(values.end()));
+    items.insert(items.end(), std::make_move_iterator(values.begin()), std::make_move_iterator(values.end()));
   }
 }
 
@@ -120,8 +100,9 @@ Result<None> object_value_list::extend(const Any& iterable) {
 Result<None> object_value_list::insert(std::int64_t index, Any value) {
   TRY(internal::check_type_argument(object_class(), 0, "item", value));
   const std::lock_guard guard(lock_);
-  const std::size_t position = internal::clamp_slice(index, INT64_MAX, items_.size()).start;
-  items_.insert(items_.begin() + static_cast<std::ptrdiff_t>(position), std::move(value));
+  std::vector<Any>& items = items_.change();
+  const std::size_t position = internal::clamp_slice(index, INT64_MAX, items.size()).start;
+  items.insert(items.begin() + static_cast<std::ptrdiff_t>(position), std::move(value));
   return None();
 }
 
@@ -131,13 +112,14 @@ Any object_value_list::remove_at(std::int64_t index, std::int64_t count) {
   }
   std::vector<Any> removed;
   std::unique_lock guard(lock_);
-  const std::size_t length = items_.size();
+  const std::size_t length = items_.items().size();
   const auto position = internal::resolve_index(index, length);
   if (position && static_cast<std::uint64_t>(count) <= length - *position) {
-    const auto first = items_.begin() + static_cast<std::ptrdiff_t>(*position);
+    std::vector<Any>& items = items_.change();
+    const auto first = items.begin() + static_cast<std::ptrdiff_t>(*position);
     const auto last = first + static_cast<std::ptrdiff_t>(count);
     removed.assign(std::make_move_iterator(first), std::make_move_iterator(last));
-    items_.erase(first, last);
+    items.erase(first, last);
     return None();
   }
   guard.unlock();
@@ -147,68 +129,54 @@ Any object_value_list::remove_at(std::int64_t index, std::int64_t count) {
 
 Any object_value_list::pop(std::int64_t index) {
   std::unique_lock guard(lock_);
-  const std::size_t length = items_.size();
+  const std::size_t length = items_.items().size();
   if (const auto position = internal::resolve_index(index, length)) {
-    Any popped = std::move(items_[*position]);
-    items_.erase(items_.begin() + static_cast<std::ptrdiff_t>(*position));
+    std::vector<Any>& items = items_.change();
+    Any popped = std::move(items[*position]);
+    items.erase(items.begin() + static_cast<std::ptrdiff_t>(*position));
     return popped;
   }
   guard.unlock();
   return error_index_out_of_range(index, length);
 }
 
-void object_value_list::clear() noexcept { replace_all({}); }
-
-void object_value_list::replace_all(std::vector<Any> items) noexcept {
+void object_value_list::clear() noexcept {
+  item_row former;
   const std::lock_guard guard(lock_);
-  items_.swap(items);
-  // The former items die with the parameter, after the lock.
+  items_.swap(former);
 }
 
-void object_value_list::reverse() noexcept {
+void object_value_list::replace_all(std::vector<Any> items) {
+  item_row row(std::move(items));
   const std::lock_guard guard(lock_);
-  std::reverse(items_.begin(), items_.end());
+  items_.swap(row);
+  // The former items die with the row, after the lock.
+}
+
+void object_value_list::reverse() {
+  const std::lock_guard guard(lock_);
+  std::ranges::reverse(items_.change());
 }
 
 Result<Integer> object_value_list::index_of(const Any& value, std::int64_t from) const {
-  std::vector<Any> rest;  // what must be compared without the lock
-  std::size_t position = 0;
-  {
-    const std::lock_guard guard(lock_);
-    const plain_search search(items_, internal::clamp_slice(from, INT64_MAX, items_.size()).start, value);
-    if (search.outcome == equality::same) {
-      return Integer(search.position);
-    }
-    position = search.position;
-    rest = tail_of(items_, position);
-  }
-  const Integer further = TRY(internal::index_of_equal(rest, value, 0));
-  return further.value() < 0 ? further : Integer(position + static_cast<std::size_t>(further.value()));
+  // Comparing may run code of the host, so it works on the items of this moment.
+  const item_row row = share_items();
+  return internal::index_of_equal(row.items(), value, from);
 }
 
 Result<Boolean> object_value_list::remove_one(const Any& value) {
-  Any removed;
-  std::vector<Any> rest;
-  {
-    const std::lock_guard guard(lock_);
-    const plain_search search(items_, 0, value);
-    if (search.outcome == equality::same) {
-      removed = std::move(items_[search.position]);
-      items_.erase(items_.begin() + static_cast<std::ptrdiff_t>(search.position));
-      return Boolean(true);
-    }
-    rest = tail_of(items_, search.position);
-  }
-  for (const Any& item : rest) {
+  const item_row row = share_items();
+  for (const Any& item : row.items()) {
     const Boolean equal = TRY(internal::are_equal(item, value));
     if (!equal.value()) {
       continue;
     }
     // Others may have changed the list in the meantime: what is removed is the item that was compared, if it is there.
     const std::lock_guard guard(lock_);
-    const auto place = std::find_if(items_.begin(), items_.end(), [&](const Any& each) { return each.is_same(item); });
-    if (place != items_.end()) {
-      items_.erase(place);  // `rest` holds the item: nothing dies under the lock
+    std::vector<Any>& items = items_.change();
+    const auto place = std::ranges::find_if(items, [&](const Any& each) { return each.is_same(item); });
+    if (place != items.end()) {
+      items.erase(place);  // the row holds the item: nothing dies under the lock
       return Boolean(true);
     }
   }
@@ -216,14 +184,15 @@ Result<Boolean> object_value_list::remove_one(const Any& value) {
 }
 
 Result<None> object_value_list::sort() {
-  const std::vector<Any> before = copy_items();
-  std::vector<Any> sorted = before;
+  const item_row before = share_items();
+  std::vector<Any> sorted(before.items().begin(), before.items().end());
   TRY(internal::merge_sort(sorted));
-  const auto same = [](const Any& a, const Any& b) { return a.is_same(b); };
+  item_row row(std::move(sorted));
   {
     const std::lock_guard guard(lock_);
-    if (std::equal(items_.begin(), items_.end(), before.begin(), before.end(), same)) {
-      items_.swap(sorted);
+    // A change while the row is held makes another one.
+    if (items_.items().data() == before.items().data() && items_.items().size() == before.items().size()) {
+      items_.swap(row);
       return None();
     }
   }
@@ -231,9 +200,9 @@ Result<None> object_value_list::sort() {
 }
 
 Result<None> object_value_list::repeat(std::int64_t count) {
-  std::vector<Any> former;
+  item_row former;
   std::unique_lock guard(lock_);
-  const std::size_t length = items_.size();
+  const std::size_t length = items_.items().size();
   if (count <= 0) {
     items_.swap(former);
     return None();
@@ -242,9 +211,10 @@ Result<None> object_value_list::repeat(std::int64_t count) {
     guard.unlock();
     return internal::error_too_long(length, count);
   }
-  items_.reserve(length * static_cast<std::size_t>(count));
+  std::vector<Any>& items = items_.change();
+  items.reserve(length * static_cast<std::size_t>(count));
   for (std::size_t missing = length * static_cast<std::size_t>(count - 1), i = 0; i < missing; ++i) {
-    items_.push_back(items_[i]);
+    items.push_back(items[i]);
   }
   return None();
 }

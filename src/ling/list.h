@@ -3,11 +3,13 @@
 // A List may be typed: `List<Integer>` refuses other items in its checked operations. Indices count from 0; negative
 // ones count from the end. An index out of range is an Error.
 //
-// Threads: every operation is atomic. Iteration works on a snapshot taken when it starts.
+// Threads: every operation is atomic. Iteration goes through the items of the moment at which it started, which costs
+// nothing unless the list is changed meanwhile.
 #pragma once
 
 #include "ling/boolean.h"
 #include "ling/class.h"
+#include "ling/item_row.h"
 #include "ling/none.h"
 #include "ling/number.h"
 #include "ling/spinlock.h"
@@ -20,9 +22,9 @@ namespace ling {
 
 class LING_API object_value_list final : public object_value {
  public:
-  explicit object_value_list(std::vector<Any> items = {}) noexcept : object_value_list(nullptr, std::move(items)) {}
+  explicit object_value_list(std::vector<Any> items = {}) : object_value_list(nullptr, std::move(items)) {}
   // A typed list; null means untyped.
-  object_value_list(object_value_class* typed_class, std::vector<Any> items) noexcept
+  object_value_list(object_value_class* typed_class, std::vector<Any> items)
       : class_(typed_class), items_(std::move(items)) {}
 
   ObjectType type() const noexcept override { return ObjectType::List; }
@@ -30,6 +32,8 @@ class LING_API object_value_list final : public object_value {
 
   std::size_t length() const noexcept;
   std::vector<Any> copy_items() const;
+  // The items of this moment without a copy; they are copied if the list is changed while the row is held.
+  item_row share_items() const noexcept;
   // An Error when the index is out of range.
   Any at(std::int64_t index) const;
   Any at_or(std::int64_t index, const Any& otherwise) const;
@@ -51,8 +55,8 @@ class LING_API object_value_list final : public object_value {
   Result<Boolean> remove_one(const Any& value);
   // A list of the same class; negative positions count from the end, both are clamped.
   Any slice(std::int64_t start, std::int64_t stop) const;
-  void replace_all(std::vector<Any> items) noexcept;
-  void reverse() noexcept;
+  void replace_all(std::vector<Any> items);
+  void reverse();
   // Ascending; equal items keep their order. An Error, and the list as it was, when two items cannot be compared or the
   // list is changed while it is sorted.
   Result<None> sort();
@@ -62,7 +66,7 @@ class LING_API object_value_list final : public object_value {
  private:
   object_value_class* const class_;
   mutable spinlock lock_;
-  std::vector<Any> items_;
+  item_row items_;
 };
 
 class LING_API List_Generic : public Handle<List_Generic, object_value_list> {

@@ -74,7 +74,7 @@ void describe_reading(class_builder<List_Generic>& c) {
       .method("concat", "values", "A new list of these items and those.", &concat)
       .method("repeat", "count", "A new list of these items several times in a row.", &repeat)
       .method("iter", "", "Goes through the items of this moment.",
-              [](const List_Generic& self) { return internal::make_iterator(self.copyItems()); })
+              [](const List_Generic& self) { return internal::make_iterator(self.object().share_items()); })
       .method("clone", "", "A new list of the same items.",
               [](const List_Generic& self) { return I_Cloneable::unchecked(self).clone(); })
       .method("deepClone", "", "A new list of copies of the items.",

@@ -65,6 +65,9 @@ Result<I_Iterator_Generic> I_Iterable_Generic::iter() const {
   if (!is_container(type())) {
     return promised<I_Iterator_Generic>(call_member(*this, members::iter));
   }
+  if (const auto* list = as_list(*this)) {
+    return internal::make_iterator(list->share_items());
+  }
   std::vector<Any> items;
   TRY(internal::collect(*this, items));
   return internal::make_iterator(std::move(items));

@@ -25,17 +25,18 @@ namespace internal {
 Any snapshot_iterator::next() {
   // The position stays within the items, so that asking for ever cannot wrap it around.
   std::size_t position = position_.load(std::memory_order_relaxed);
-  while (position < items_.size()) {
+  const std::span<const Any> items = row_.items();
+  while (position < items.size()) {
     if (position_.compare_exchange_weak(position, position + 1, std::memory_order_relaxed)) {
-      return items_[position];
+      return items[position];
     }
   }
   return StopIteration();
 }
 
-I_Iterator_Generic make_iterator(std::vector<Any> items) {
+I_Iterator_Generic make_iterator(item_row row) {
   return I_Iterator_Generic::unchecked(
-      make<object_value_native<snapshot_iterator>>(iterator_class.required(), std::move(items)));
+      make<object_value_native<snapshot_iterator>>(iterator_class.required(), std::move(row)));
 }
 
 namespace {

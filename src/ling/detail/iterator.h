@@ -12,16 +12,17 @@ namespace ling::internal {
 // What an instance of the class Iterator carries. Threads that share one get different items.
 class snapshot_iterator {
  public:
-  explicit snapshot_iterator(std::vector<Any> items) noexcept : items_(std::move(items)) {}
+  explicit snapshot_iterator(item_row row) noexcept : row_(std::move(row)) {}
   // The next item, StopIteration at the end and ever after.
   Any next();
 
  private:
-  const std::vector<Any> items_;
+  const item_row row_;
   std::atomic<std::size_t> position_{0};
 };
 
-I_Iterator_Generic make_iterator(std::vector<Any> items);
+I_Iterator_Generic make_iterator(item_row row);
+inline I_Iterator_Generic make_iterator(std::vector<Any> items) { return make_iterator(item_row(std::move(items))); }
 
 // The items of an I_Iterable, or those an I_Iterator has left, appended to `items`; of a map its keys. A BadArgument
 // for another value; the first Error of an iteration ends it.
