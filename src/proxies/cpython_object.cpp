@@ -9,16 +9,15 @@ namespace ling::cpython {
 
 namespace {
 
-// Python's own, because what Python compares as equal must be one key; the address of what Python does not hash.
+// Python's own, because tuples that hold equal objects must have equal hashes. What Python does not hash may equal any
+// other such object.
 std::uint64_t hash_object(const CPythonObject& self) {
-  const auto address = reinterpret_cast<std::uintptr_t>(self.address());
-  if (address == 0) {
-    return address;
+  if (self.address() == nullptr) {
+    return 0;
   }
   const GilGuard gil;
   const pending_exception_aside pending;
-  const Py_hash_t hash = PyObject_Hash(self.python_object().get());
-  return hash == -1 ? address : static_cast<std::uint64_t>(hash);
+  return static_cast<std::uint64_t>(PyObject_Hash(self.python_object().get()));  // -1 when there is none
 }
 
 constexpr dynamic_member_hooks hooks = {&method_hook, &getter_hook, &setter_hook};

@@ -9,7 +9,13 @@
 
 namespace ling::cpython {
 
-Result<Integer> collection_length(const CPythonObject& self) { return call_python_method_as<Integer>(self, "__len__"); }
+Result<Integer> collection_length(const CPythonObject& self) {
+  const Integer length = TRY(call_python_method_as<Integer>(self, "__len__"));
+  if (length.value() < 0) {
+    return Error(String("The length of {} is negative: {}.").arg(display_text(self), length.value()));
+  }
+  return length;
+}
 
 Result<Boolean> collection_contains(const CPythonObject& self, const Any& value) {
   return call_python_method_as<Boolean>(self, "__contains__", value);

@@ -15,6 +15,10 @@ void for_each_public_member(PyObject* object, F&& take) {
   PyErr_Clear();
   for (Py_ssize_t i = 0; items && i < PyList_Size(items.get()); ++i) {
     PyObject* const pair = PyList_GetItem(items.get(), i);
+    // A metaclass may present anything as the members of its types.
+    if (!PyTuple_Check(pair) || PyTuple_Size(pair) != 2) {
+      continue;
+    }
     const auto name = String::cast(from_python_locked(PyTuple_GetItem(pair, 0)));
     if (name && !name->empty() && !name->startsWith("_")) {
       take(name.value(), PyTuple_GetItem(pair, 1));

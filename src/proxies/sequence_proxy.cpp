@@ -44,7 +44,11 @@ Result<Integer> index_of(const CPythonObject& self, const Any& value, std::int32
     if (!wanted) {
       return error_not_convertible(value);
     }
-    const PyObjectPtr index(PyObject_CallMethod(object.get(), "index", "Oi", wanted.get(), from));
+    PyObjectPtr index(PyObject_CallMethod(object.get(), "index", "Oi", wanted.get(), from));
+    if (!index && from == 0 && PyErr_ExceptionMatches(PyExc_TypeError) != 0) {
+      PyErr_Clear();  // a range, for one, searches from its beginning only
+      index = PyObjectPtr(PyObject_CallMethod(object.get(), "index", "O", wanted.get()));
+    }
     if (index) {
       return internal::promised<Integer>(from_python_locked(index.get()));
     }
