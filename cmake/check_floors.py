@@ -41,6 +41,7 @@ LIBRARIES = [
     ("datetime.h",     "extension/python_api.h"),
     ("spdlog/*",       "ling/*logger*.cpp"),
     ("CLI/*",          "host/*"),
+    ("nlohmann/*",     "host/inspect.cpp"),
     ("boost/*",        "ling/detail/decimal_product.cpp"),
 ]
 

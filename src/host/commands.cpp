@@ -51,4 +51,15 @@ int execute_code(const session_options& options, const std::string& code) {
   });
 }
 
+int inspect(const session_options& options, const std::string& name, description_format format) {
+  return with_program(options, {""}, [&](const python_session& session) {
+    const Result<String> description = describe(name, format);
+    if (description.is_error()) {
+      std::fprintf(stderr, "ling: %s\n", description.error().message().c_str());
+      return int{failure};
+    }
+    return session.show(description.value());
+  });
+}
+
 }  // namespace ling::host

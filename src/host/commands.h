@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "host/inspect.h"
 #include "host/python_session.h"
 
 namespace ling::host {
@@ -14,5 +15,7 @@ int run_file(const session_options& options, const std::vector<std::string>& arg
 int evaluate_expression(const session_options& options, const std::string& expression);
 // Runs code as the body of a function; prints what it returns unless that is None.
 int execute_code(const session_options& options, const std::string& code);
+// Prints what the host sees under a name.
+int inspect(const session_options& options, const std::string& name, description_format format);
 
 }  // namespace ling::host

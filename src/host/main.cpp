@@ -16,7 +16,8 @@ using ling::host::session_options;
 // The command line while it is being read.
 struct command_line {
   session_options options;
-  std::string text;  // of `eval` and `exec`
+  std::string text;  // of `eval` and `exec`, the name for `inspect`
+  bool json = false;
 };
 
 constexpr char run_help[] =
@@ -67,6 +68,13 @@ CLI::App* add_text_command(CLI::App& app, const char* name, const char* what, co
   return command;
 }
 
+CLI::App* add_inspect(CLI::App& app, command_line& given) {
+  CLI::App* inspect = app.add_subcommand("inspect", "Show what the host sees of a module, a class or a callable");
+  inspect->add_option("NAME", given.text, "The full name, such as python.datetime or ling.List")->required();
+  inspect->add_flag("--json", given.json, "Print everything, as JSON");
+  return inspect;
+}
+
 // The program's arguments, or nothing when they are no program's.
 std::vector<std::string> program_of(const CLI::App& run) {
   std::vector<std::string> arguments = run.remaining();
@@ -99,6 +107,7 @@ int run_command(int argc, char** argv) {
   const CLI::App* eval = add_text_command(app, "eval", "Print the value of a Python expression", "EXPR", given.text);
   const CLI::App* exec =
       add_text_command(app, "exec", "Run code as the body of a function and print what it returns", "CODE", given.text);
+  const CLI::App* inspect = add_inspect(app, given);
 
   try {
     app.parse(argc, argv);
@@ -107,6 +116,11 @@ int run_command(int argc, char** argv) {
     }
     if (eval->parsed()) {
       return ling::host::evaluate_expression(given.options, given.text);
+    }
+    if (inspect->parsed()) {
+      using ling::host::description_format;
+      return ling::host::inspect(given.options, given.text,
+                                 given.json ? description_format::json : description_format::text);
     }
     return exec->parsed() ? ling::host::execute_code(given.options, given.text) : ling::host::wrong_usage;
   } catch (const CLI::ParseError& error) {

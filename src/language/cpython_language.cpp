@@ -40,7 +40,8 @@ constinit const class_definition<void> cpython_language_class("CPythonLanguage",
   c.module("ling.cpython")
       .doc("Implementation of 'I_Language' interface for Python language.")
       .parent(I_Language::getClass())
-      .constructor("", "The language: the same object every time.", [](const Class_Generic&) { return language_instance(); })
+      .constructor("", "The language: the same object every time.",
+                   [](const Class_Generic&) { return language_instance(); })
       .class_method("toCode", "value", "The text that stands for a value in Python code.", &to_code)
       .class_method("resolve", "name", "The Python object with a dotted name.", &resolve)
       .class_method("evaluateExpression", "code, scope", "Evaluates Python expression.", &evaluate_expr, {None()})

@@ -6,8 +6,8 @@
 
 namespace ling::cpython {
 
-// Calls `take(name, value)` for each member whose name is a text that neither is empty nor begins with "_", in the order
-// of the object's __dict__. Goes over a snapshot, so `take` may run Python code. Leaves no exception pending.
+// Calls `take(name, value)` for each member whose name is a text that neither is empty nor begins with "_", in the
+// order of the object's __dict__. Goes over a snapshot, so `take` may run Python code. Leaves no exception pending.
 template <class F>
 void for_each_public_member(PyObject* object, F&& take) {
   const PyObjectPtr dictionary(PyObject_GetAttrString(object, "__dict__"));

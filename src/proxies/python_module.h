@@ -1,5 +1,5 @@
-// CPythonModule: an imported Python module as a module of the host. Its classes, callables and values are those that the
-// Python module had when it was exported, those with hidden names left out.
+// CPythonModule: an imported Python module as a module of the host. Its classes, callables and values are those that
+// the Python module had when it was exported, those with hidden names left out.
 #pragma once
 
 #include "extension/pyobject_ptr.h"
