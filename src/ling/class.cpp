@@ -253,8 +253,12 @@ void object_value_class::add_parent_unsafe(object_value_class& parent) {
   }
   parents_.push_back(&parent);
   parent.children_.push_back(this);
+  // The ancestors of one parent are all different: comparing them with each other would make deep chains of classes
+  // expensive.
+  const std::size_t known = ancestors_.size();
   for (object_value_class* ancestor : parent.ancestors_) {
-    if (!is_ancestor(*ancestor)) {
+    const auto known_end = ancestors_.begin() + static_cast<std::ptrdiff_t>(known);
+    if (std::find(ancestors_.begin(), known_end, ancestor) == known_end) {
       ancestors_.push_back(ancestor);
     }
   }

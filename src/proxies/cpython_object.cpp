@@ -1,7 +1,6 @@
 // The class CPythonObject.
 #include "proxies/cpython_object.h"
 
-#include "bridge/pending_exception.h"
 #include "proxies/object_members.h"
 #include "proxies/object_order.h"
 
@@ -9,16 +8,7 @@ namespace ling::cpython {
 
 namespace {
 
-// Python's own, because tuples that hold equal objects must have equal hashes. What Python does not hash may equal any
-// other such object.
-std::uint64_t hash_object(const CPythonObject& self) {
-  if (self.address() == nullptr) {
-    return 0;
-  }
-  const GilGuard gil;
-  const pending_exception_aside pending;
-  return static_cast<std::uint64_t>(PyObject_Hash(self.python_object().get()));  // -1 when there is none
-}
+std::uint64_t hash_object(const CPythonObject& self) { return reinterpret_cast<std::uintptr_t>(self.address()); }
 
 constexpr dynamic_member_hooks hooks = {&method_hook, &getter_hook, &setter_hook};
 

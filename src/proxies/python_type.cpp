@@ -83,19 +83,22 @@ void add_members(object_value_class& of_class, PyObject* type) {
       type, [&](const String& name, PyObject* value) { add_member(of_class, type, name, value); });
 }
 
+// The tuples of the type itself, not its attributes `__bases__` and `__mro__`: a metaclass may answer for those with
+// anything, even with a circle.
+PyObjectPtr bases_of(PyObject* type) {
+  return PyObjectPtr::share(layout_of(reinterpret_cast<PyTypeObject*>(type))->tp_bases);
+}
+PyObjectPtr resolution_order_of(PyObject* type) {
+  return PyObjectPtr::share(layout_of(reinterpret_cast<PyTypeObject*>(type))->tp_mro);
+}
+
 void add_bases(object_value_class& of_class, PyObject* type) {
-  const PyObjectPtr bases(PyObject_GetAttrString(type, "__bases__"));
-  const PyObjectPtr iterator(bases ? PyObject_GetIter(bases.get()) : nullptr);
-  while (iterator) {
-    const PyObjectPtr base(PyIter_Next(iterator.get()));
-    if (!base) {
-      break;
-    }
-    if (const auto parent = Class_Generic::cast(from_python_locked(base.get()))) {
+  const PyObjectPtr bases = bases_of(type);
+  for (Py_ssize_t i = 0; i < PyTuple_Size(bases.get()); ++i) {
+    if (const auto parent = Class_Generic::cast(from_python_locked(PyTuple_GetItem(bases.get(), i)))) {
       of_class.add_parent_unsafe(parent->object());
     }
   }
-  PyErr_Clear();
 }
 
 String class_name(PyObject* type) {
@@ -140,14 +143,10 @@ object_value_class& made_class_of(PyObject* type) {
 // Makes the classes of all ancestors first, the most general one to begin with, so that a long chain of bases is no
 // deep recursion.
 void make_ancestors(PyObject* type) {
-  const PyObjectPtr order(PyObject_GetAttrString(type, "__mro__"));
-  PyErr_Clear();
-  if (!order || !PyTuple_Check(order.get())) {
-    return;
-  }
+  const PyObjectPtr order = resolution_order_of(type);
   for (Py_ssize_t i = PyTuple_Size(order.get()) - 1; i > 0; --i) {
     PyObject* const ancestor = PyTuple_GetItem(order.get(), i);
-    if (PyType_Check(ancestor) && !builtin_class_of(ancestor)) {
+    if (!builtin_class_of(ancestor)) {
       made_class_of(ancestor);
     }
   }
