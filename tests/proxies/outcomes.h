@@ -7,7 +7,9 @@
 namespace ling::cpython {
 
 // The text of a result: of an Error its message behind "Error: ".
-inline std::string outcome_text(const Any& result) { return std::string(display_text(internal::unwrap(result)).view()); }
+inline std::string outcome_text(const Any& result) {
+  return std::string(display_text(internal::unwrap(result)).view());
+}
 
 // An expected text that ends in "…" is the beginning of the one that came.
 inline bool is_expected(const std::string& text, std::string_view expected) {

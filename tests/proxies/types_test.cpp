@@ -66,29 +66,35 @@ TEST_F(PythonTypes, AreCalledAndUsed) {
   const PyObjectPtr type = run(shop);
   const Class_Generic shop_class = class_from(type);
   const Any kiosk = shop_class("kiosk");
-  const named_argument second_floor[] = {{"floor", 2}};
-  const named_argument unknown[] = {{"roof", 2}};
+  const named_argument second_floor[] = {
+      {"floor", 2}
+  };
+  const named_argument unknown[] = {
+      {"roof", 2}
+  };
   const Any row[] = {Any("tower")};
   const auto method = [&](const char* name) { return shop_class.definedMethod(meta_method_untyped(name)).value(); };
-  const auto property = [&](const char* name) { return shop_class.definedProperty(meta_property_untyped(name)).value(); };
+  const auto property = [&](const char* name) {
+    return shop_class.definedProperty(meta_property_untyped(name)).value();
+  };
   const auto attribute = [&](const char* name) { return property(name).read(shop_class); };
   const struct {
     std::string answer;
     const char* expected;
   } rows[] = {
-      {outcome_text(kiosk), "kiosk on 0"},
+      {outcome_text(kiosk),                             "kiosk on 0"  },
       {outcome_text(shop_class.object().call_named(row, second_floor)), "tower on 2"},
-      {outcome_text(shop_class.object().call_named(row, unknown)), "Error: …"},
-      {outcome_text(shop_class()), "Error: …"},
+      {outcome_text(shop_class.object().call_named(row,                                               unknown)),               "Error: …"},
+      {outcome_text(shop_class()),                                   "Error: …"                                  },
       {outcome_text(shop_class.allocateInstance()), "Error: …"},
-      {outcome_text(method("open")()), "new on 0"},
-      {outcome_text(method("open")("own")), "own on 0"},
-      {outcome_text(method("add")(2, 3)), "5"},
-      {outcome_text(property("label").write(kiosk, "stall")), "None"},
-      {outcome_text(property("label").read(kiosk)), "stall"},
-      {outcome_text(property("fixed").read(kiosk)), "Error: integer division or modulo by zero"},
-      {outcome_text(attribute("limit")), "3"},
-      {outcome_text(attribute("Shelf")), "<class Shelf>"},
+      {outcome_text(method("open")()),                                   "new on 0"                                                                    },
+      {outcome_text(method("open")("own")),   "own on 0"},
+      {outcome_text(method("add")(2,                                   3)),                                                                                                     "5"},
+      {outcome_text(property("label").write(kiosk,          "stall")),"None"},
+      {outcome_text(property("label").read(kiosk)),      "stall" },
+      {outcome_text(property("fixed").read(kiosk)),                                               "Error: integer division or modulo by zero"                  },
+      {outcome_text(attribute("limit")),                                               "3"                 },
+      {outcome_text(attribute("Shelf")),                                               "<class Shelf>"           },
   };
   for (const auto& each : rows) {
     EXPECT_TRUE(is_expected(each.answer, each.expected)) << each.answer << "\n  not " << each.expected;
@@ -102,7 +108,7 @@ TEST_F(PythonTypes, AreCalledAndUsed) {
       arguments[0] = kiosk;
     }
     const std::string answer = outcome_text(method("count").callWith(arguments));
-    EXPECT_TRUE(is_expected(answer, count == 0   ? "Error: Shop.count() missing 1 required positional argument…"
+    EXPECT_TRUE(is_expected(answer, count == 0    ? "Error: Shop.count() missing 1 required positional argument…"
                                     : count == 13 ? "BadArgument: Bad call of 'Shop.count': …"
                                                   : std::to_string(count - 1)))
         << count << " " << answer;
@@ -115,14 +121,14 @@ TEST_F(PythonTypes, DescendFromTheirBases) {
     const char* ancestor;
     bool descends;
   } rows[] = {
-      {"KeyError", "LookupError", true},
-      {"IndexError", "LookupError", true},
-      {"LookupError", "KeyError", false},
-      {"type('Lost', (KeyError,), {})", "LookupError", true},
-      {"UnicodeDecodeError", "ValueError", true},
-      {"KeyboardInterrupt", "Exception", false},
-      {"type('Count', (int,), {})", "int", true},
-      {"list", "object", true},
+      {"KeyError",                      "LookupError", true },
+      {"IndexError",                    "LookupError", true },
+      {"LookupError",                   "KeyError",    false},
+      {"type('Lost', (KeyError,), {})", "LookupError", true },
+      {"UnicodeDecodeError",            "ValueError",  true },
+      {"KeyboardInterrupt",             "Exception",   false},
+      {"type('Count', (int,), {})",     "int",         true },
+      {"list",                          "object",      true },
   };
   for (const auto& row : rows) {
     EXPECT_EQ(class_from(eval(row.type)).is_ancestor(class_from(eval(row.ancestor))), row.descends) << row.type;
