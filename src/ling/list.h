@@ -73,6 +73,7 @@ class LING_API List_Generic : public Handle<List_Generic, object_value_list> {
   LING_HANDLE(List_Generic, object_value_list)
   List_Generic() : List_Generic(std::vector<Any>()) {}
   explicit List_Generic(std::vector<Any> items) : Handle(new object_value_list(std::move(items))) {}
+  // With one list in the braces compilers differ: some copy the handle. Append the list instead.
   List_Generic(std::initializer_list<Any> items) : List_Generic(std::vector<Any>(items)) {}
 
   std::size_t length() const noexcept { return object().length(); }

@@ -1,5 +1,5 @@
 // Lists, mostly through the methods that scripts call.
-#include "ling/container_testing.h"
+#include "ling/testing.h"
 
 namespace {
 
@@ -180,7 +180,9 @@ TEST(List, ClonesWithAllItHolds) {
 
   List_Generic deep{1};
   for (int i = 0; i < 100000; ++i) {
-    deep = List_Generic{deep};
+    const List_Generic outer;
+    outer.append(deep);
+    deep = outer;
   }
   EXPECT_EQ(message(call(deep, "deepClone")), "A List is nested too deeply to be cloned: more than 200 levels.");
   list.object().clear();
