@@ -7,6 +7,7 @@ import pkgutil
 import pydoc
 import sys
 import threading
+from concurrent.futures import ThreadPoolExecutor
 
 import ling
 import ling.drawing
@@ -14,8 +15,7 @@ import ling.drawing as drawing
 from ling import List, cpython
 from ling.drawing import Circle, distance
 
-assert drawing is ling.drawing is sys.modules["ling.drawing"] and Circle is drawing.Circle
-assert List is ling.List and distance(drawing.Vector(), drawing.Vector(3, 4)) == 5
+assert drawing is ling.drawing is sys.modules["ling.drawing"] and Circle is drawing.Circle and List is ling.List
 
 # A child that nobody has imported is an attribute all the same: the host's module.
 assert "ling.cpython" not in sys.modules and cpython.evaluate_expr("1 + 2") == 3 and cpython.name == "ling.cpython"
@@ -23,12 +23,29 @@ import ling.cpython  # noqa: E402
 
 assert inspect.ismodule(ling.cpython) and ling.cpython.evaluate == cpython.evaluate
 
-# What is not there is missed in Python's own words.
+# What the importer claims, and what it says when it cannot make a module.
+finder = sys.meta_path[0]
+native = type(finder).find_spec.__globals__
+has_module, create_module = native["_ling_has_module"], native["_ling_create_module"]
+assert all(has_module(name) is True for name in ("ling", "ling.cpython"))
+for name in "ling.nothing", "lingua", "ling.", "", "Ling", "ling\0", None, b"ling", ["ling"]:
+    assert has_module(name) is False, name
+assert has_module.__doc__ is create_module.__doc__ is None
+
+no_module = "ModuleNotFoundError: No module named "
+unable = "RuntimeError: [export_ling_module] Unable to import the module."
+surrogate = "UnicodeEncodeError: 'utf-8' codec can't encode character '\\udc80' in position 0: surrogates not allowed"
 for statement, expected in [
     ("from ling.drawing import Piano", "ImportError: cannot import name 'Piano' from 'ling.drawing' (unknown location)"),
-    ("import ling.drawing.Circle", "ModuleNotFoundError: No module named 'ling.drawing.Circle'"),
-    ("import ling.nothing.at_all", "ModuleNotFoundError: No module named 'ling.nothing'"),
     ("drawing.Piano", "AttributeError: module 'ling.drawing' has no attribute 'Piano'"),
+    ("import ling.drawing.Circle", no_module + "'ling.drawing.Circle'"),
+    ("import ling.nothing.at_all", no_module + "'ling.nothing'"),
+    ("import lingua", no_module + "'lingua'"),
+    ("create_module(1)", "TypeError: Ling module name must be a string."),
+    ("create_module('ling.nothing')", unable),
+    ("create_module('os')", unable),
+    ("create_module('\\udc80')", surrogate),
+    ("has_module('\\udc80')", surrogate),
 ]:
     try:
         exec(statement)
@@ -41,39 +58,42 @@ assert not {"ling.nothing", "ling.drawing.Circle"} & {*sys.modules}
 # Looking around imports nothing and changes nothing.
 spec = importlib.util.find_spec("ling.drawing")
 assert spec.name == "ling.drawing" and spec.submodule_search_locations == [] and spec.origin is None
+assert spec.loader is finder and ling.__path__ == [] and ling.cpython.__package__ == "ling.cpython"
 assert importlib.util.find_spec("ling.nothing") is None and not [*pkgutil.iter_modules(ling.__path__)]
-assert {"Circle", "distance", "__doc__"} <= {*dir(drawing)} and inspect.ismodule(drawing)
+assert {"Circle", "distance", "__doc__"} <= {*dir(drawing)}
 assert inspect.getdoc(drawing) == "Shapes and what to do with them."
 text = pydoc.plain(pydoc.render_doc(drawing))
 assert "ling.drawing - Shapes and what to do with them." in text and "Circle = <class ling.drawing.Circle>" in text
-for shown in Circle, drawing.Circle(1), drawing.Circle(1).move, distance:
+for shown in Circle, Circle(1), Circle(1).move, distance, List(), type(List()), ling:
     assert pydoc.plain(pydoc.render_doc(shown))
+assert type(List).__name__ == "ling~ling`Class" and type(ling.object_id).__name__ == ">LingObject"
+assert List.__module__ == ling.object_id.__module__ == "ling"
+assert not any(name.startswith("@") for name in vars(ling)) and "importance" not in vars(ling)
 
 # Star-imports take what has no underscore.
 names = {}
 exec("from ling.drawing import *", names)
-assert {name for name in names if name[0] != "_"} == {name for name in vars(drawing) if name[0] != "_"} >= {"Grid", "distance"}
+assert {*names} - {"__builtins__"} == {name for name in vars(drawing) if name[0] != "_"} >= {"Grid", "distance"}
 
-# A reload keeps the module, its values and what was put into it.
+# A reload keeps the module, its values and what was put into it; one that was forgotten is made anew.
 drawing.mine = 1
 before = dict(vars(drawing))
 assert importlib.reload(drawing) is drawing and {**vars(drawing), "__spec__": spec} == {**before, "__spec__": spec}
+former = sys.modules.pop("ling.drawing")
+again = importlib.import_module("ling.drawing")
+assert again is not former and again.distance == former.distance and not hasattr(again, "mine")
+
 
 # Threads that import at once get one module, filled to the end.
+def import_drawing(barrier):
+    barrier.wait()
+    module = importlib.import_module("ling.drawing")
+    assert sys.modules["ling"].drawing is module
+    return module, module.distance
+
+
 for _ in range(20):
     for name in "ling.drawing", "ling":
         sys.modules.pop(name)
-    seen = []
-    barrier = threading.Barrier(8)
-
-    def work():
-        barrier.wait()
-        module = importlib.import_module("ling.drawing")
-        seen.append((module, module.distance, sys.modules["ling"].drawing is module))
-
-    threads = [threading.Thread(target=work) for _ in range(8)]
-    for thread in threads:
-        thread.start()
-    for thread in threads:
-        thread.join()
-    assert len(seen) == 8 and len({id(module) for module, _, _ in seen}) == 1 and all(linked for _, _, linked in seen)
+    with ThreadPoolExecutor(8) as pool:
+        assert len({id(module) for module, _ in pool.map(import_drawing, [threading.Barrier(8)] * 8)}) == 1
