@@ -21,7 +21,7 @@ inline bool is_expected(const std::string& text, std::string_view expected) {
 // A member of the object that an expression gives, called with the arguments (a property, whose name begins with a dot
 // here, is read), what it answers, and the `repr` of the object afterwards where it changes.
 struct member_row {
-  const char* object;
+  std::string object;
   const char* member;
   std::vector<Any> arguments;
   const char* answer;
@@ -35,7 +35,7 @@ inline Any ask_member(const Any& value, const member_row& row) {
 
 inline void expect_answers(std::initializer_list<member_row> rows) {
   for (const member_row& row : rows) {
-    const std::string what = std::string(row.object) + " " + row.member;
+    const std::string what = row.object + " " + row.member;
     const PyObjectPtr object = eval(row.object);
     ASSERT_TRUE(object) << what;
     const Py_ssize_t references = Py_REFCNT(object.get());
