@@ -10,6 +10,7 @@
 #include "ling/callable.h"
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 namespace benchmarks {
@@ -48,5 +49,10 @@ ling::I_Callable_Generic language_function(const char* name);
 // The rows of the table.
 void register_host_rows();
 void register_python_rows();
+void register_start_rows(const char* program);
+
+// For the processes that `register_start_rows` starts: whether this is one, and what it does.
+bool is_start(const std::string& argument);
+int measure_start(const std::string& argument);
 
 }  // namespace benchmarks

@@ -8,6 +8,9 @@
 #include <cstdio>
 
 int main(int count, char** arguments) {
+  if (count == 2 && benchmarks::is_start(arguments[1])) {
+    return benchmarks::measure_start(arguments[1]);
+  }
   benchmark::Initialize(&count, arguments);
   if (benchmark::ReportUnrecognizedArguments(count, arguments)) {
     return 2;
@@ -24,5 +27,6 @@ int main(int count, char** arguments) {
   benchmarks::publish_ling_module();
   benchmarks::register_host_rows();
   benchmarks::register_python_rows();
+  benchmarks::register_start_rows(arguments[0]);
   benchmark::RunSpecifiedBenchmarks();
 }

@@ -1,7 +1,8 @@
 // The smallest useful host: loads the language module, evaluates Python code with variables in and out, lets Python use
-// a class of its own, and shows where a faulty script is faulty.
+// a class of its own, shows where a faulty script is faulty, and uses one of Python's modules without any Python.
 //
 //   build/release/bin/embed [MODULE_FILE]
+#include "corvantis/python_language.h"
 #include "ling/ling.h"
 
 #include <cstdio>
@@ -110,6 +111,22 @@ void report_fault(const ling::I_Callable_Generic& evaluate) {
   expect(error->line() == 2, "the fault is in line 2");
 }
 
+// Python's own modules are modules of the host, too; nothing of this is written in Python.
+void use_python_module() {
+  const auto datetime = ling::find_module("python.datetime");
+  expect(datetime.has_value(), "the module python.datetime is there");
+  const ling::Any date = datetime->propertyValue(ling::meta_property_untyped("date"));
+  const ling::Any day = ling::I_Callable_Generic::unchecked(date)(2020, 2, 29);
+  const auto isoformat = day.boundMethod(ling::meta_method_untyped("isoformat"));
+  expect(isoformat.has_value(), "a date can be formatted");
+  const ling::Any text = isoformat.value()();
+  std::printf("leap day: %s\n", ling::display_text(text).c_str());
+  expect(ling::display_text(text) == "2020-02-29", "the date is formatted");
+
+  const auto list = ling::CPythonLanguage::evaluateExpression("[1, 2, 3]");
+  expect(ling::display_text(list) == "[1, 2, 3]", "the language evaluates");
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
@@ -117,4 +134,5 @@ int main(int count, char** arguments) {
   evaluate_with_variables(evaluate);
   use_host_class(evaluate);
   report_fault(evaluate);
+  use_python_module();
 }

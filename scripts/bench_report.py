@@ -33,6 +33,8 @@ def read(results):
         if "real_time" in options:
             time = run["real_time"]
             row += f", {run['threads']} thread" + "s" * (run["threads"] > 1)
+        elif "manual_time" in options:
+            time = run["real_time"]
         else:
             time = run["cpu_time"]
             in_loop.add(row)

@@ -1,4 +1,5 @@
 # The command: what it prints, where, and with which exit status. `run` is held against the interpreter that is embedded.
+import json
 import os
 import re
 import signal
@@ -268,6 +269,53 @@ class EvalAndExec(CommandTest):
                 self.assertIn(last_line, (err.splitlines() or [""])[-1])
 
 
+class Inspect(CommandTest):
+    def describe(self, name):
+        status, out, err = self.ling("inspect", name, "--json")
+        self.assertEqual((status, err), (0, ""))
+        return json.loads(out)
+
+    def test_describes_modules(self):
+        described = self.describe("python.datetime")
+        self.assertEqual(described["name"], "python.datetime")
+        classes = {each["name"]: each for each in described["classes"]}
+        self.assertEqual(list(classes), ["timedelta", "date", "tzinfo", "time", "datetime", "timezone"])
+        for of_class in classes.values():
+            self.assertTrue(of_class["doc"] and of_class["parents"] and of_class["methods"], of_class["name"])
+        self.assertEqual(classes["timezone"]["parents"], ["python.datetime.tzinfo"])
+        self.assertIn("isoformat", [each["name"] for each in classes["date"]["methods"]])
+        total = classes["timedelta"]["methods"][0]
+        self.assertEqual((total["name"], total["doc"]), ("total_seconds", "Total seconds in the duration."))
+        self.assertIn(total["signature"], (None, "(self)"))  # some versions cannot tell
+        values = {each["name"]: each["value"] for each in described["properties"]}
+        self.assertEqual((values["MINYEAR"], values["MAXYEAR"]), ("1", "9999"))
+
+    def test_describes_the_hosts_own(self):
+        described = self.describe("ling.cpython")
+        self.assertEqual(described["doc"], "Interface to Python language.")
+        functions = {each["name"]: each["signature"] for each in described["callables"]}
+        self.assertEqual(functions["evaluate"], "(code: String, scope=None)")
+        self.assertIn("importAllModules", functions)
+        self.assertEqual(self.describe("ling.cpython.evaluate")["doc"], "Evaluates Python code.")
+        append = [each for each in self.describe("ling.List")["methods"] if each["name"] == "append"]
+        self.assertTrue(append and append[0]["doc"])
+
+    def test_prints_for_people(self):
+        status, out, err = self.ling("inspect", "python.datetime")
+        self.assertEqual((status, err), (0, ""))
+        self.assertIn("\n  class timedelta", out)
+        self.assertIn("\n      Total seconds in the duration.\n", out)
+        self.assertIn("\n  MAXYEAR = 9999\n", out)
+        self.assertEqual(out.count("\n\n"), 0)
+
+    def test_refuses_unknown_names(self):
+        for name in "nothing", "python.nothing", "ling.List.nothing", ".", "":
+            with self.subTest(name):
+                status, out, err = self.ling("inspect", name)
+                self.assertEqual((status, out), (1, ""))
+                self.assertIn(f"name: {name}.", err)
+
+
 class Usage(CommandTest):
     def test_refuses_wrong_usage(self):
         missing = self.path("missing.so")
@@ -278,6 +326,8 @@ class Usage(CommandTest):
             ["run", "--walk"],
             ["eval"],
             ["eval", "1", "2"],
+            ["inspect"],
+            ["inspect", "ling", "--jason"],
             ["--load", missing, "eval", "1"],
             ["--module", missing, "eval", "1"],
             ["--load"],
@@ -297,7 +347,7 @@ class Usage(CommandTest):
             self.assertIn(text, err)
 
     def test_documents_itself(self):
-        for arguments in ["--help"], ["run", "--help"], ["eval", "-h"], ["exec", "--help"], ["--version"]:
+        for arguments in ["--help"], ["run", "--help"], ["eval", "-h"], ["exec", "--help"], ["inspect", "-h"], ["--version"]:
             with self.subTest(arguments):
                 status, out, err = self.ling(*arguments)
                 self.assertEqual((status, err), (0, ""))

@@ -1,7 +1,4 @@
-// The smallest host: holds a value of the installed runtime.
-#include "ling/any.h"
+// The smallest host: asks for a language that it has not loaded.
+#include "corvantis/python_language.h"
 
-int main() {
-  ling::Any value;
-  return 0;
-}
+int main() { return ling::PythonLanguage::evaluateExpression("1 + 2").is_error() ? 0 : 1; }

@@ -1,0 +1,102 @@
+# importAllModules, among modules that do all they should not.
+import faulthandler
+import importlib
+import inspect  # needed while the path does not lead to the library, as is pkgutil
+import os
+import pathlib
+import pkgutil
+import signal
+import subprocess
+import sys
+import tempfile
+
+import ling
+
+faulthandler.dump_traceback_later(100, exit=True)
+
+MODULES = {
+    "good.py": "'A good one.'\nvalue = 42\ndef add(a: int, b): return a + b\nclass Thing:\n  'Some.'",
+    "name_taker.py": "name = doc = 'mine'\nclasses = callables = 3",
+    "prints.py": "import sys\nprint('PRINTED'); sys.stderr.write('PRINTED'); sys.__stdout__.write('PRINTED')\n"
+    "kept = sys.stdout",
+    "reads.py": "input()",
+    "closes.py": "import sys\nsys.stdout.close(); sys.stdin.close(); sys.stderr.detach()",
+    "closes_files.py": "import os\nfor n in range(3): os.close(n)",
+    "replaces.py": "import sys, os, io\nsys.stdout = io.StringIO(); sys.stdin = None; os.environ = {}; sys.argv = None",
+    "duplicates.py": "import os, tempfile\nos.dup2(os.open(tempfile.gettempdir(), os.O_RDONLY), 1)",
+    "leaves.py": "import sys\nsys.exit(3)",
+    "raises.py": "raise BaseException('no')",
+    "generator_exit.py": "raise GeneratorExit",
+    "recurses.py": "def f(): f()\nf()",
+    "faulty.py": "def (",
+    "missing.py": "import no_such_module",
+    "moves.py": "import os\nos.chdir('/')",
+    "environs.py": "import os\nos.environ['ADDED'] = '1'; os.environ['PATH'] = 'x'; del os.environ['KEPT']",
+    "signals.py": "import signal\nsignal.signal(signal.SIGINT, signal.SIG_IGN)",
+    "spawns.py": "import subprocess, sys\nsubprocess.run([sys.executable, '-c', 'pass'], stdout=sys.stdout)",
+    "threads.py": "import threading\nt = threading.Thread(target=int); t.start(); t.join()",
+    "again.py": "import ling\nling.cpython.importAllModules()\ndone = True",
+    "strange.py": "import sys\nclass Strange:\n  __path__ = 5\n  def __getattr__(self, n): raise KeyError(n)\n"
+    "sys.modules[__name__] = Strange()",
+    "_hidden.py": "",
+    "this.py": "raise AssertionError('imported')",
+    "antigravity.py": "import os\nos._exit(9)",
+    "box/__init__.py": "'A package.'\nfrom . import inner\ninner = 'replaced by the module'",
+    "box/inner.py": "value = 1",
+    "box/_hidden.py": "",
+    "box/this.py": "value = 2",
+    "box/deep/__init__.py": "",
+    "box/deep/er.py": "value = 3",
+    "box/fails/__init__.py": "1 / 0",
+    "box/fails/below.py": "",
+}
+IMPORTED = set("""good name_taker prints closes closes_files replaces duplicates moves environs signals spawns threads again
+    strange box box.inner box.this box.deep box.deep.er""".split())
+
+
+def state():
+    files = [os.fstat(number) for number in range(3)]
+    return {
+        "streams": [sys.stdin, sys.stdout, sys.stderr, sys.__stdin__, sys.__stdout__, sys.__stderr__, sys.argv],
+        "files": [(each.st_dev, each.st_ino) for each in files],
+        "environment": (os.environ, dict(os.environ), os.environb[b"PATH"]),
+        "directory": os.getcwd(),
+        "interrupt": signal.getsignal(signal.SIGINT),
+    }
+
+
+def main():
+    os.environ["KEPT"] = "1"
+    with tempfile.TemporaryDirectory() as folder:
+        for name, text in MODULES.items():
+            path = pathlib.Path(folder, name)
+            path.parent.mkdir(parents=True, exist_ok=True)
+            path.write_text(text, encoding="utf-8")
+        os.symlink(".", pathlib.Path(folder, "box", "endless"))
+        path, sys.path[:] = list(sys.path), [folder]
+        importlib.invalidate_caches()
+        before = state()
+        assert ling.cpython.CPythonLanguage.importAllModules() is None
+        after = state()
+        assert ling.cpython.importAllModules() is None, "a second time"
+        sys.path[:] = path
+    for what in before:
+        assert before[what] == after[what], (what, before[what], after[what])
+
+    added = {ling.qualname(module)[7:] for module in ling.modules() if ling.qualname(module).startswith("python.")}
+    assert IMPORTED <= added, IMPORTED - added
+    left_out = {name[:-3].replace("/", ".") for name in MODULES if "__init__" not in name} - IMPORTED
+    assert not left_out & added, left_out & added
+    endless = [name for name in added if "endless" in name]
+    assert all(name.count(".") <= 20 for name in endless)
+
+    good = ling.find_module("python.good")
+    assert (good.doc, good.value, good.add(2, b=3), good.Thing.__doc__) == ("A good one.", 42, 5, "Some.")
+    python = ling.find_module("python")
+    assert python.box.inner.value == 1 and python.box.deep.er.value == 3 and python.again.done
+    taker = python.name_taker
+    assert (taker.name, taker.doc, taker.classes, ling.qualname(taker)) == ("mine", "mine", 3, "python.name_taker")
+    sys.modules["prints"].kept.write("")  # leads to the real stream by now
+
+
+main()
