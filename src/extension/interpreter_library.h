@@ -7,4 +7,8 @@ namespace ling::cpython {
 // called before the interpreter starts; without effect where it is not needed.
 void open_interpreter_library() noexcept;
 
+// Lets the interpreter take UTF-8 where python3 does and an embedded interpreter would take ASCII: under a locale that
+// says nothing about the encoding, and when the environment asks for it. To be called before the interpreter starts.
+void choose_text_encoding() noexcept;
+
 }  // namespace ling::cpython

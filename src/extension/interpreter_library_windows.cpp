@@ -5,4 +5,7 @@ namespace ling::cpython {
 
 void open_interpreter_library() noexcept {}
 
+// Texts of the system are Unicode here.
+void choose_text_encoding() noexcept {}
+
 }  // namespace ling::cpython

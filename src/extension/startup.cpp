@@ -30,6 +30,7 @@ void pin_singletons() {
 void start_own_interpreter() {
   // Python's extension modules look for the interpreter's symbols as soon as the first one is imported.
   open_interpreter_library();
+  choose_text_encoding();
   // 1. Signals stay the host's.
   Py_InitializeEx(0);
   pin_singletons();

@@ -5,7 +5,6 @@
 
 import atexit
 import builtins
-import codecs
 import gc
 import importlib.machinery
 import io
@@ -23,10 +22,11 @@ def begin(arguments):
             signal.signal(getattr(signal, name), signal.SIG_IGN)
     if signal.getsignal(signal.SIGINT) == signal.SIG_DFL:
         signal.signal(signal.SIGINT, signal.default_int_handler)
-    for stream in sys.stdin, sys.stdout, sys.stderr:
-        # The plain C locale says nothing about the encoding; python3 takes UTF-8 then, an embedded interpreter ASCII.
-        if stream is not None and codecs.lookup(stream.encoding).name == "ascii":
-            stream.reconfigure(encoding="utf-8")
+    # An embedded interpreter takes the first python3 on PATH for its own program, whatever version that is.
+    if sys.prefix == sys.base_prefix:
+        own = os.path.join(sys.base_exec_prefix, "bin", "python%d.%d" % sys.version_info[:2])
+        if os.path.exists(own) and os.path.dirname(sys.executable) != os.path.dirname(own):
+            sys.executable = own
     return 0
 
 
@@ -43,7 +43,8 @@ def run_file():
     except OSError as error:
         print(f"ling: can't open file {path!r}: [Errno {error.errno}] {error.strerror}", file=sys.stderr)
         return 2
-    sys.path.insert(0, os.path.dirname(os.path.realpath(path)))
+    if sys.version_info < (3, 11) or not os.environ.get("PYTHONSAFEPATH"):
+        sys.path.insert(0, os.path.dirname(os.path.realpath(path)))
     main = types.ModuleType("__main__")
     main.__loader__ = importlib.machinery.SourceFileLoader("__main__", path)
     main.__annotations__ = {}

@@ -97,12 +97,15 @@ Result<Any> I_Map_Generic::pairs(std::vector<std::pair<Any, Any>>& into) const {
     return Any();
   }
   const List_Generic all_keys = TRY(keys());
+  const List_Generic all_values = TRY(values());
+  const std::vector<Any> key_row = all_keys.copyItems();
+  const std::vector<Any> value_row = all_values.copyItems();
+  if (key_row.size() != value_row.size()) {
+    return Error(String("The map changed while it was read: {} keys, {} values.").arg(key_row.size(), value_row.size()));
+  }
   into.clear();
-  for (const Any& key : all_keys.copyItems()) {
-    Any value = TRY(get(key, Undefined()));
-    if (!Undefined::matches(value.get())) {  // else another thread has removed the key
-      into.emplace_back(key, std::move(value));
-    }
+  for (std::size_t i = 0; i < key_row.size(); ++i) {
+    into.emplace_back(key_row[i], value_row[i]);
   }
   return Any();
 }
