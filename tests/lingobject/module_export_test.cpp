@@ -19,10 +19,7 @@ TEST_F(ModuleExport, HoldsMembersOfWhichLaterOnesReplaceEarlierOnes) {
     module.addCallable(name, make_function(name, "", "", [] { return 1; }));
   }
   module.addClass(*new object_value_class("Thing"));
-  const struct {
-    const char* name;
-    Property property;
-  } properties[] = {
+  const std::pair<const char*, Property> properties[] = {
       {"_seen",  Property::constant(2)                                                           },
       {"@note",  Property::constant(3)                                                           },
       {"",       Property::constant(4)                                                           },
@@ -30,16 +27,15 @@ TEST_F(ModuleExport, HoldsMembersOfWhichLaterOnesReplaceEarlierOnes) {
       {"myself", computed([](const Any& self) { return Any(Module::cast(self).value().name()); })},
       {"broken", computed([](const Any&) { return Any(Error("not now")); })                      },
   };
-  for (const auto& each : properties) {
-    module.addProperty(each.name, each.property);
+  for (const auto& [name, property] : properties) {
+    module.addProperty(name, property);
   }
-  EXPECT_EQ(wrong_outcomes(None(), R"(
+  expect_outcomes(None(), R"(
     import warnings; warnings.simplefilter('error'); import ling.exported => RuntimeWarning: The member 'broken' of the module 'ling.exported' is left out: not now
     import warnings; warnings.simplefilter('ignore'); import ling.exported => None
     import ling.exported as m; result = sorted(n for n in vars(m) if n[:2] != '__') => ['Thing', '_act', '_seen', 'act', 'myself', 'twice']
     import ling.exported as m; result = m.__doc__, m.act(), m._seen, m.twice, m.myself => ('For export.', 1, 2, 5, 'ling.exported')
-    import ling.exported as m; result = m.Thing => <class ling.exported.Thing>)"),
-            "");
+    import ling.exported as m; result = m.Thing => <class ling.exported.Thing>)");
 }
 
 }  // namespace
