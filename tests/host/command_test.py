@@ -279,7 +279,7 @@ class Inspect(CommandTest):
         described = self.describe("python.datetime")
         self.assertEqual(described["name"], "python.datetime")
         classes = {each["name"]: each for each in described["classes"]}
-        self.assertEqual(list(classes), ["timedelta", "date", "tzinfo", "time", "datetime", "timezone"])
+        self.assertEqual(sorted(classes), ["date", "datetime", "time", "timedelta", "timezone", "tzinfo"])
         for of_class in classes.values():
             self.assertTrue(of_class["doc"] and of_class["parents"] and of_class["methods"], of_class["name"])
         self.assertEqual(classes["timezone"]["parents"], ["python.datetime.tzinfo"])

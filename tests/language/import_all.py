@@ -1,7 +1,6 @@
 # importAllModules, among modules that do all they should not.
 import faulthandler
-import importlib
-import inspect  # needed while the path does not lead to the library, as is pkgutil
+import inspect  # as pkgutil: needed while the path does not lead to the library
 import os
 import pathlib
 import pkgutil
@@ -33,7 +32,7 @@ MODULES = {
     "moves.py": "import os\nos.chdir('/')",
     "environs.py": "import os\nos.environ['ADDED'] = '1'; os.environ['PATH'] = 'x'; del os.environ['KEPT']",
     "signals.py": "import signal\nsignal.signal(signal.SIGINT, signal.SIG_IGN)",
-    "spawns.py": "import subprocess, sys\nsubprocess.run([sys.executable, '-c', 'pass'], stdout=sys.stdout)",
+    "spawns.py": "import subprocess, sys\nsubprocess.run([sys.executable, '-c', 'pass'], stdout=sys.stdout, stderr=sys.stderr)",
     "threads.py": "import threading\nt = threading.Thread(target=int); t.start(); t.join()",
     "again.py": "import ling\nling.cpython.importAllModules()\ndone = True",
     "strange.py": "import sys\nclass Strange:\n  __path__ = 5\n  def __getattr__(self, n): raise KeyError(n)\n"
@@ -74,7 +73,6 @@ def main():
             path.write_text(text, encoding="utf-8")
         os.symlink(".", pathlib.Path(folder, "box", "endless"))
         path, sys.path[:] = list(sys.path), [folder]
-        importlib.invalidate_caches()
         before = state()
         assert ling.cpython.CPythonLanguage.importAllModules() is None
         after = state()
