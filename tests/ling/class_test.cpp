@@ -1,14 +1,12 @@
 // Classes: description, inheritance, members that come later, lazy building, C++ data.
-#include "ling/ling.h"
+#include "ling/testing.h"
 
-#include <gtest/gtest.h>
-
-#include <barrier>
-#include <thread>
+#include <atomic>
 
 namespace {
 
 using namespace ling;
+using namespace ling::testing;
 
 struct Shape {
   String name;
@@ -60,39 +58,36 @@ constinit const class_definition<Square> square_class("Square", [](class_builder
       .property("tag", "From the other base.", [](const Square& self) { return self.tag; });
 });
 
-String text(const Any& value) { return display_text(value); }
-Any get(const Any& value, const char* property) { return value.propertyValue(meta_property_untyped(property)); }
-Any call(const Any& value, const char* method, std::initializer_list<Any> arguments) {
-  return call_method(value, meta_method_untyped(method), {arguments.begin(), arguments.size()});
-}
+const meta_field_untyped note("note");
 
 TEST(Class, MembersAnswerAsDescribed) {
   const Class_Generic shape(shape_class.required());
-  EXPECT_EQ(qualname(shape), "test.shapes.Shape");
-  EXPECT_EQ(shape.doc(), "Something with an area.");
-  const Any unnamed = shape();
-  EXPECT_EQ(text(get(unnamed, "name")), "unnamed");
   const Any round = shape("circle");
-  EXPECT_EQ(text(call(round, "describe", {})), "a circle");
-  EXPECT_EQ(text(call(round, "describe", {"the"})), "the circle");
-  EXPECT_EQ(text(call(round, "unit", {})), "m2");
-  EXPECT_EQ(text(get(round, "LIMIT")), "100");
-  EXPECT_EQ(text(round.fieldValue(meta_field_untyped("note"))), "empty");
-  EXPECT_TRUE(is_none(round.setFieldValue(meta_field_untyped("note"), 3)));
-  EXPECT_EQ(text(round.fieldValue(meta_field_untyped("note"))), "3");
-  EXPECT_EQ(text(shape().fieldValue(meta_field_untyped("note"))), "empty") << "fields belong to one object";
+  EXPECT_TRUE(is_none(round.setFieldValue(note, 3)));
+  expect_outcomes({
+      {qualname(shape), "test.shapes.Shape"},
+      {shape.doc(), "Something with an area."},
+      {property(shape(), "name"), "unnamed"},
+      {call(round, "describe"), "a circle"},
+      {call(round, "describe", "the"), "the circle"},
+      {call(round, "unit"), "m2"},
+      {property(round, "LIMIT"), "100"},
+      {round.fieldValue(note), "3"},
+      {shape().fieldValue(note), "empty"},
+  });
 }
 
 TEST(Class, DescendantsInheritHideAndConvert) {
   const Any square = Class_Generic(square_class.required())(3);
-  EXPECT_EQ(text(get(square, "name")), "square") << "a getter of the parent reads the parent's part of the data";
-  EXPECT_EQ(text(get(square, "area")), "9.5");
-  EXPECT_EQ(text(get(square, "tag")), "7");
+  EXPECT_EQ(text(property(square, "name")), "square") << "a getter of the parent reads the parent's part of the data";
   EXPECT_TRUE(is_none(square.setPropertyValue(meta_property_untyped("name"), "other")));
-  EXPECT_EQ(text(call(square, "describe", {})), "a other");
-  EXPECT_EQ(text(square.fieldValue(meta_field_untyped("corner"))), "4");
-  EXPECT_EQ(text(square.fieldValue(meta_field_untyped("note"))), "empty");
-  EXPECT_TRUE(class_of(square).is_ancestor(shape_class.required()));
+  expect_outcomes({
+      {property(square, "area"), "9.5"},
+      {property(square, "tag"), "7"},
+      {call(square, "describe"), "a other"},
+      {square.fieldValue(meta_field_untyped("corner")), "4"},
+      {square.fieldValue(note), "empty"},
+  });
   EXPECT_NE(native_cast<Shape>(square), nullptr);
   EXPECT_EQ(native_cast<Square>(Class_Generic(shape_class.required())()), nullptr);
 }
@@ -100,38 +95,27 @@ TEST(Class, DescendantsInheritHideAndConvert) {
 TEST(Class, ErrorsNameTheCulprit) {
   const Class_Generic shape(shape_class.required());
   const Any round = shape("circle");
-  const struct {
-    Any outcome;
-    const char* message;
-  } cases[] = {
-      {shape(1), "Bad call of 'test.shapes.Shape.__init__': the argument 'name' must be String, not Integer: 1"},
-      {shape("a", "b"), "Bad call of 'test.shapes.Shape.__init__': expected 0 to 1 arguments, got 2."},
-      {call(round, "describe", {2}),
-       "Bad call of 'test.shapes.Shape.describe': the argument 'prefix' must be String, not Integer: 2"},
-      {call(round, "missing", {}), "The method 'missing' is missing in 'Shape'."},
-      {get(round, "missing"), "The property 'missing' is missing in 'Shape'."},
-      {round.fieldValue(meta_field_untyped("missing")), "The field 'missing' is missing in 'Shape'."},
+  const class_member* describe = shape_class.required().find_member(meta_method_untyped("describe").entry());
+  ASSERT_NE(describe, nullptr);
+  expect_outcomes({
+      {shape(1),
+       "BadArgument: Bad call of 'test.shapes.Shape.__init__': the argument 'name' must be String, not Integer: 1"},
+      {shape("a", "b"), "BadArgument: Bad call of 'test.shapes.Shape.__init__': expected 0 to 1 arguments, got 2."},
+      {call(round, "describe", 2),
+       "BadArgument: Bad call of 'test.shapes.Shape.describe': the argument 'prefix' must be String, not Integer: 2"},
+      {call(round, "missing"), "Error: The method 'missing' is missing in 'Shape'."},
+      {property(round, "missing"), "Error: The property 'missing' is missing in 'Shape'."},
+      {round.fieldValue(meta_field_untyped("missing")), "Error: The field 'missing' is missing in 'Shape'."},
       {round.setPropertyValue(meta_property_untyped("area"), 1),
-       "The property 'area' is read-only for '<test.shapes.Shape>'."},
+       "Error: The property 'area' is read-only for '<test.shapes.Shape>'."},
       {round.setPropertyValue(meta_property_untyped("name"), 1),
-       "Bad call of 'name': the argument 'value' must be String, not Integer: 1"},
-      {shape_class.required().find_member(meta_method_untyped("describe").entry()) != nullptr
-           ? I_Callable_Generic::unchecked(
-                 shape_class.required().find_member(meta_method_untyped("describe").entry())->method)(5, "x")
-           : Any(),
-       "Bad call of 'test.shapes.Shape.describe': the argument 'self' must be Shape, not Integer: 5"},
-      {square_class.required().allocate_instance(), nullptr},
-      {I_Immutable::getClass()(), "The interface ling.I_Immutable has no instances."},
-      {Error::getClass().allocateInstance(), "The class ling.Error has no default instance."},
-  };
-  for (const auto& each : cases) {
-    if (each.message == nullptr) {
-      EXPECT_FALSE(is_error_result(each.outcome));
-      continue;
-    }
-    ASSERT_TRUE(is_error_result(each.outcome)) << each.message;
-    EXPECT_EQ(Error::unchecked(each.outcome).message().view(), each.message);
-  }
+       "BadArgument: Bad call of 'name': the argument 'value' must be String, not Integer: 1"},
+      {I_Callable_Generic::unchecked(describe->method)(5, "x"),
+       "BadArgument: Bad call of 'test.shapes.Shape.describe': the argument 'self' must be Shape, not Integer: 5"},
+      {square_class.required().allocate_instance(), "<test.shapes.Square>"},
+      {I_Immutable::getClass()(), "Error: The interface ling.I_Immutable has no instances."},
+      {Error::getClass().allocateInstance(), "Error: The class ling.Error has no default instance."},
+  });
 }
 
 TEST(Class, MembersAddedLaterReachDescendantsThatDoNotHideThem) {
@@ -145,10 +129,12 @@ TEST(Class, MembersAddedLaterReachDescendantsThatDoNotHideThem) {
   }
   parent.add_property_unsafe("own", Property::constant("parent"));
   parent.add_property_unsafe("p0", Property::constant("replaced"));
-  EXPECT_EQ(text(get(instance, "p199")), "199");
-  EXPECT_EQ(text(get(instance, "p0")), "replaced");
-  EXPECT_EQ(text(get(instance, "own")), "child");
-  EXPECT_EQ(child.properties().size(), 201u);
+  expect_outcomes({
+      {property(instance, "p199"), "199"},
+      {property(instance, "p0"), "replaced"},
+      {property(instance, "own"), "child"},
+      {child.properties().size(), "201"},
+  });
 }
 
 constinit const class_definition<void> recursive_class("Recursive", [](class_builder<void>& c) {
@@ -183,20 +169,11 @@ constinit const class_definition<void> contested_class("Contested", [](class_bui
 });
 
 TEST(Class, EightThreadsGetTheSameLazyClass) {
-  constexpr int count = 8;
-  std::barrier start(count);
-  object_value_class* built[count] = {};
-  std::vector<std::thread> threads;
-  for (int i = 0; i < count; ++i) {
-    threads.emplace_back([&, i] {
-      start.arrive_and_wait();
-      built[i] = &contested_class.required();
-      EXPECT_EQ(text(get(built[i]->allocate_instance(), "x")), "1");
-    });
-  }
-  for (std::thread& each : threads) {
-    each.join();
-  }
+  object_value_class* built[8] = {};
+  on_eight_threads([&](int thread) {
+    built[thread] = &contested_class.required();
+    EXPECT_EQ(text(property(built[thread]->allocate_instance(), "x")), "1");
+  });
   for (object_value_class* each : built) {
     EXPECT_EQ(each, built[0]);
   }
@@ -208,22 +185,16 @@ TEST(Class, LookupsGoOnWhileMembersAreAdded) {
   growing.add_property_unsafe("first", Property::constant(1));
   const Any instance = growing.allocate_instance();
   std::atomic<bool> done = false;
-  std::vector<std::thread> readers;
-  for (int i = 0; i < 4; ++i) {
-    readers.emplace_back([&] {
-      while (!done) {
-        ASSERT_EQ(text(get(instance, "first")), "1");
-        ASSERT_LE(growing.properties().size(), 1001u);
-      }
-    });
-  }
-  for (int i = 0; i < 1000; ++i) {
-    growing.add_property_unsafe(String("p{}").arg(i), Property::constant(i));
-  }
-  done = true;
-  for (std::thread& each : readers) {
-    each.join();
-  }
+  on_eight_threads([&](int thread) {
+    for (int i = 0; thread == 0 && i < 1000; ++i) {
+      growing.add_property_unsafe(String("p{}").arg(i), Property::constant(i));
+    }
+    while (thread != 0 && !done) {
+      ASSERT_EQ(text(property(instance, "first")), "1");
+      ASSERT_LE(growing.properties().size(), 1001u);
+    }
+    done = true;
+  });
   EXPECT_EQ(growing.properties().size(), 1001u);
 }
 

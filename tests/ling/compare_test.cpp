@@ -1,7 +1,5 @@
 // Order, equality and hashes, which must agree.
-#include "ling/ling.h"
-
-#include <gtest/gtest.h>
+#include "ling/testing.h"
 
 #include <algorithm>
 #include <cmath>
@@ -10,20 +8,14 @@
 namespace {
 
 using namespace ling;
+using namespace ling::testing;
+using enum ordering_value;
 
 constexpr double inf = std::numeric_limits<double>::infinity();
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr double two_to_53 = 9007199254740992.0;
 constexpr double two_to_63 = 9223372036854775808.0;
 constexpr double two_to_64 = 18446744073709551616.0;
-
-Any nested_tuple(int depth) {
-  Any value = 1;
-  for (int i = 0; i < depth; ++i) {
-    value = Tuple_Generic{value};
-  }
-  return value;
-}
 
 HashMap_Generic map_of(std::initializer_list<std::pair<Any, Any>> pairs) {
   HashMap_Generic map;
@@ -33,159 +25,93 @@ HashMap_Generic map_of(std::initializer_list<std::pair<Any, Any>> pairs) {
   return map;
 }
 
-HashSet_Generic set_of(std::initializer_list<Any> items) {
-  HashSet_Generic set;
-  for (const Any& item : items) {
-    EXPECT_FALSE(is_error_result(set.insert(item)));
-  }
-  return set;
-}
+Any set_of(const List_Generic& items) { return construct(HashSet_Generic::getClass(), items); }
 
 // What has no order in one direction has none in the other; Less one way is Greater the other way.
 void expect_order(const Any& a, const Any& b, ordering_value expected) {
-  const auto what = [&] { return std::string(String("{} ? {}").arg(a, b).view()); };
-  const ordering_value back = expected == ordering_value::Less      ? ordering_value::Greater
-                              : expected == ordering_value::Greater ? ordering_value::Less
-                                                                    : expected;
-  EXPECT_EQ(compare_objects_value(a, b), expected) << what();
-  EXPECT_EQ(compare_objects_value(b, a), back) << what();
+  SCOPED_TRACE(text(Tuple_Generic{a, b}));
+  const ordering_value back = expected == Less ? Greater : expected == Greater ? Less : expected;
+  EXPECT_EQ(compare_objects_value(a, b), expected);
+  EXPECT_EQ(compare_objects_value(b, a), back);
   const auto result = compare_objects(a, b);
-  ASSERT_FALSE(result.is_error()) << what();
-  EXPECT_EQ(result->value(), static_cast<int>(expected)) << what();
-  if (expected == ordering_value::Equal) {
-    EXPECT_EQ(hash_of(Tuple_Generic{a}), hash_of(Tuple_Generic{b})) << what();
+  ASSERT_FALSE(result.is_error());
+  EXPECT_EQ(result->value(), static_cast<int>(expected));
+  if (expected == Equal) {
+    EXPECT_EQ(hash_of(Tuple_Generic{a}), hash_of(Tuple_Generic{b}));
   }
 }
 
 TEST(Compare, OrdersNumbersOfAllKindsExactly) {
-  // Strictly ascending.
-  const Any numbers[] = {-inf,
-                         -two_to_64,
-                         INT64_MIN,
-                         -two_to_53 - 2,
-                         -9007199254740993,
-                         -two_to_53,
-                         -1.5,
-                         -1,
-                         0,
-                         std::numeric_limits<double>::denorm_min(),
-                         1,
-                         1.5,
-                         two_to_53,
-                         9007199254740993,
-                         two_to_53 + 2,
-                         std::nextafter(two_to_63, 0),
-                         INT64_MAX,
-                         two_to_63,
-                         std::uint64_t{INT64_MAX} + 2,
-                         UINT64_MAX,
-                         two_to_64,
-                         inf};
-  for (std::size_t i = 0; i < std::size(numbers); ++i) {
-    for (std::size_t j = i + 1; j < std::size(numbers); ++j) {
-      expect_order(numbers[i], numbers[j], ordering_value::Less);
+  const auto ascending = values(-inf, -two_to_64, INT64_MIN, -two_to_53 - 2, -9007199254740993, -two_to_53, -1.5, -1, 0,
+                                std::numeric_limits<double>::denorm_min(), 1, 1.5, two_to_53, 9007199254740993,
+                                two_to_53 + 2, std::nextafter(two_to_63, 0), INT64_MAX, two_to_63,
+                                std::uint64_t{INT64_MAX} + 2, UINT64_MAX, two_to_64, inf);
+  for (std::size_t i = 0; i < ascending.size(); ++i) {
+    for (std::size_t j = i + 1; j < ascending.size(); ++j) {
+      expect_order(ascending[i], ascending[j], Less);
     }
-    expect_order(numbers[i], nan, ordering_value::Incomparable);
+    expect_order(ascending[i], nan, Incomparable);
   }
 }
 
-TEST(Compare, FindsEqualValuesOfOneHash) {
-  const std::pair<Any, Any> pairs[] = {
-      {1,                                             1.0                               },
-      {0,                                             -0.0                              },
-      {70000,                                         70000                             },
-      {std::uint64_t{1} << 63,                        two_to_63                         },
-      {INT64_MIN,                                     -two_to_63                        },
-      {9007199254740992,                              two_to_53                         },
-      {Any(),                                         None()                            },
-      {"text",                                        String("text")                    },
-      {ByteArray("ab"),                               ByteArray("ab")                   },
-      {Tuple_Generic({1, "a"}),                       Tuple_Generic({1.0, "a"})         },
-      {Tuple_Generic({List_Generic{1}}),              Tuple_Generic({List_Generic{1.0}})},
-      {List_Generic({1, List_Generic{2}}),            List_Generic({1, List_Generic{2}})},
-      {map_of({{1, "a"}, {"b", 2}}),                  map_of({{"b", 2.0}, {1.0, "a"}})  },
-      {set_of({1, "a"}),                              set_of({"a", 1.0})                },
-      {make_computed<Integer>([] { return Any(5); }), 5                                 },
+TEST(Compare, FollowsContent) {
+  const std::tuple<Any, Any, ordering_value> pairs[] = {
+      {1,                                             1.0,                                     Equal       },
+      {0,                                             -0.0,                                    Equal       },
+      {std::uint64_t{1} << 63,                        two_to_63,                               Equal       },
+      {INT64_MIN,                                     -two_to_63,                              Equal       },
+      {9007199254740992,                              two_to_53,                               Equal       },
+      {Any(),                                         None(),                                  Equal       },
+      {"text",                                        String("text"),                          Equal       },
+      {ByteArray("ab"),                               ByteArray("ab"),                         Equal       },
+      {Tuple_Generic({List_Generic{1}, "a"}),         Tuple_Generic({List_Generic{1.0}, "a"}), Equal       },
+      {List_Generic({1, List_Generic{2}}),            List_Generic({1, List_Generic{2}}),      Equal       },
+      {map_of({{1, "a"}, {"b", 2}}),                  map_of({{"b", 2.0}, {1.0, "a"}}),        Equal       },
+      {set_of(List_Generic{1, "a"}),                  set_of(List_Generic{"a", 1.0}),          Equal       },
+      {make_computed<Integer>([] { return Any(5); }), 5,                                       Equal       },
+      {false,                                         true,                                    Less        },
+      {"",                                            "a",                                     Less        },
+      {"z",                                           "é",                                    Less        },
+      {"\uFFFF",                                      "\U00010000",                            Less        },
+      {ByteArray("\x7f"),                             ByteArray("\x80"),                       Less        },
+      {Tuple_Generic(),                               Tuple_Generic{0},                        Less        },
+      {Tuple_Generic({1, 2}),                         Tuple_Generic({1, 3}),                   Less        },
+      {List_Generic({1, "b"}),                        List_Generic({2, 0}),                    Less        },
+      {1,                                             "1",                                     Incomparable},
+      {1,                                             true,                                    Incomparable},
+      {None(),                                        Undefined(),                             Incomparable},
+      {None(),                                        false,                                   Incomparable},
+      {"ab",                                          ByteArray("ab"),                         Incomparable},
+      {Tuple_Generic{1},                              List_Generic{1},                         Incomparable},
+      {Tuple_Generic{1},                              Tuple_Generic{"1"},                      Incomparable},
+      {map_of({{1, 2}}),                              map_of({{1, 3}}),                        Incomparable},
+      {map_of({{1, 2}}),                              map_of({}),                              Incomparable},
+      {set_of(List_Generic{1}),                       set_of(List_Generic{2}),                 Incomparable},
+      {Error("same"),                                 Error("same"),                           Incomparable},
+      {Integer::getClass(),                           Float::getClass(),                       Incomparable},
+      {nan,                                           nan,                                     Incomparable},
   };
-  for (const auto& [a, b] : pairs) {
-    expect_order(a, b, ordering_value::Equal);
-  }
-}
-
-TEST(Compare, OrdersTextsAndRowsItemByItem) {
-  const std::pair<Any, Any> pairs[] = {
-      {false,                  true                 },
-      {"",                     "a"                  },
-      {"Z",                    "a"                  },
-      {"z",                    "é"                 },
-      {"\uFFFF",               "\U00010000"         },
-      {ByteArray("\x7f"),      ByteArray("\x80")    },
-      {Tuple_Generic(),        Tuple_Generic{0}     },
-      {Tuple_Generic({1, 2}),  Tuple_Generic({1, 3})},
-      {List_Generic({1, "b"}), List_Generic({2, 0}) },
-  };
-  for (const auto& [less, greater] : pairs) {
-    expect_order(less, greater, ordering_value::Less);
-  }
-}
-
-TEST(Compare, GivesNoOrderToValuesThatHaveNone) {
-  const std::pair<Any, Any> pairs[] = {
-      {1,                   "1"               },
-      {1,                   true              },
-      {None(),              Undefined()       },
-      {None(),              false             },
-      {"ab",                ByteArray("ab")   },
-      {Tuple_Generic{1},    List_Generic{1}   },
-      {Tuple_Generic{1},    Tuple_Generic{"1"}},
-      {map_of({{1, 2}}),    map_of({{1, 3}})  },
-      {map_of({{1, 2}}),    map_of({})        },
-      {set_of({1}),         set_of({2})       },
-      {Error("same"),       Error("same")     },
-      {Integer::getClass(), Float::getClass() },
-      {nan,                 nan               },
-  };
-  for (const auto& [a, b] : pairs) {
-    expect_order(a, b, ordering_value::Incomparable);
+  for (const auto& [a, b, expected] : pairs) {
+    expect_order(a, b, expected);
   }
   const Any number = nan;
-  EXPECT_EQ(compare_objects_value(number, number), ordering_value::Incomparable);
+  EXPECT_EQ(compare_objects_value(number, number), Incomparable);
+}
+
+TEST(Hash, SpreadsAndEnds) {
   EXPECT_NE(hash_of("1"), hash_of(1));
   EXPECT_NE(hash_of(Tuple_Generic({1, 2})), hash_of(Tuple_Generic({2, 1})));
-}
-
-TEST(Compare, EndsDeepNestingWithAnError) {
-  const Any a = nested_tuple(100000);
-  const Any b = nested_tuple(100000);
-  const auto result = compare_objects(a, b);
-  ASSERT_TRUE(result.is_error());
-  EXPECT_EQ(result.error().message(), "[compare_objects] The values are nested too deeply.");
-  EXPECT_EQ(hash_of(a), hash_of(b));
-  List_Generic left;
-  left.append(left);
-  List_Generic right;
-  right.append(right);
-  EXPECT_TRUE(compare_objects(left, right).is_error());
-  EXPECT_EQ(compare_objects_value(left, left), ordering_value::Equal);
-  left.object().clear();
-  right.object().clear();
-}
-
-// Tuples that hold the one below twice: as many paths as there are atoms in the world.
-TEST(Hash, DoesNotWalkSharedItemsWithoutEnd) {
-  Any value = 1;
-  for (int i = 0; i < 200; ++i) {
-    value = Tuple_Generic{value, value};
-  }
-  EXPECT_EQ(hash_of(value), hash_of(value));
-}
-
-TEST(Hash, SpreadsSmallIntegersOverSmallTables) {
   std::vector<int> buckets(64);
   for (int i = 0; i < 1024; ++i) {
     ++buckets[hash_of(i * 64) % buckets.size()];
   }
   EXPECT_LT(*std::max_element(buckets.begin(), buckets.end()), 40) << "16 each would be even";
+  // Tuples that hold the one below twice: as many paths as there are atoms in the world.
+  Any value = 1;
+  for (int i = 0; i < 200; ++i) {
+    value = Tuple_Generic{value, value};
+  }
+  EXPECT_EQ(hash_of(value), hash_of(value));
 }
 
 // Compared by its amount; `kind` says how it answers.
@@ -195,38 +121,32 @@ struct Coin {
 };
 constinit const class_definition<Coin> coin_class("Coin", [](class_builder<Coin>& c) {
   c.module("test.compare")
-      .constructor("amount, kind", "",
-                   [](std::int64_t amount, const std::string& kind) {
-                     return Coin{amount, kind};
-                   },
-                   {"ordering"})
       .method(Any::__compare__, "other",
               [](const Coin& self, const Any& other) -> Any {
                 const Coin* coin = native_cast<Coin>(other);
-                const Any amount = coin != nullptr ? Any(coin->amount) : other;
-                if (self.kind == "ordering") {
-                  return compare_objects(self.amount, amount);
-                }
                 return self.kind == "sign"    ? Any(std::int64_t{-1000})
                        : self.kind == "none"  ? Any(Undefined())
                        : self.kind == "error" ? Any(Error("worthless"))
-                                              : Any("nonsense");
+                       : self.kind == "wrong" ? Any("nonsense")
+                                              : compare_objects(self.amount, coin ? Any(coin->amount) : other);
               })
       .method(Any::__hash__, "", [](const Coin& self) { return self.amount; });
 });
+Any coin(std::int64_t amount, const char* kind = "ordering") {
+  return make<object_value_native<Coin>>(coin_class.required(), Coin{amount, kind});
+}
 
 TEST(Compare, AsksInstancesOnEitherSide) {
-  const Class_Generic coin(coin_class.required());
-  expect_order(coin(5), coin(5), ordering_value::Equal);
-  expect_order(coin(5), 7.5, ordering_value::Less);
-  expect_order(Tuple_Generic{coin(9)}, Tuple_Generic{7}, ordering_value::Greater);
-  expect_order(coin(5, "none"), "x", ordering_value::Incomparable);
-  EXPECT_EQ(compare_objects_value(coin(5, "none"), coin(5)), ordering_value::Equal) << "the right one knows";
-  EXPECT_EQ(compare_objects_value(coin(5, "sign"), coin(5)), ordering_value::Less);
+  expect_order(coin(5), coin(5), Equal);
+  expect_order(coin(5), 7.5, Less);
+  expect_order(Tuple_Generic{coin(9)}, Tuple_Generic{7}, Greater);
+  expect_order(coin(5, "none"), "x", Incomparable);
+  EXPECT_EQ(compare_objects_value(coin(5, "none"), coin(5)), Equal) << "the right one knows";
+  EXPECT_EQ(compare_objects_value(coin(5, "sign"), coin(5)), Less);
   EXPECT_EQ(compare_objects(List_Generic{coin(5, "error")}, List_Generic{1}).error().message(), "worthless");
   EXPECT_EQ(compare_objects(1, coin(5, "wrong")).error().message(),
             "The method '__compare__' of test.compare.Coin returned ling.String instead of an Ordering.");
-  EXPECT_EQ(compare_objects_value(1, coin(5, "wrong")), ordering_value::Incomparable);
+  EXPECT_EQ(compare_objects_value(1, coin(5, "wrong")), Incomparable);
 }
 
 // A chain that compares link by link, as deep as the data goes.
@@ -241,18 +161,31 @@ constinit const class_definition<Link> link_class("Link", [](class_builder<Link>
   c.method(Any::__display__, "", [](const Link& self) { return display(self.next); });
 });
 
-TEST(Compare, BoundsRecursionThroughMetaMethods) {
+TEST(Compare, BoundsRecursionThroughDataAndMetaMethods) {
   const Class_Generic link(link_class.required());
-  Any a = link(1);
-  Any b = link(1);
-  EXPECT_EQ(hash_of(a), hash_of(b));
+  Any links[] = {link(1), link(1)};
+  Any tuples[] = {1, 1};
+  EXPECT_EQ(hash_of(links[0]), hash_of(links[1]));
   for (int i = 0; i < 100000; ++i) {
-    a = link(a);
-    b = link(b);
+    for (const int side : {0, 1}) {
+      links[side] = link(links[side]);
+      tuples[side] = Tuple_Generic{tuples[side]};
+    }
   }
-  EXPECT_TRUE(compare_objects(a, b).is_error());
-  EXPECT_EQ(hash_of(a), hash_of(b));
-  EXPECT_EQ(display(a).value(), "<test.compare.Link>");
+  EXPECT_TRUE(compare_objects(links[0], links[1]).is_error());
+  EXPECT_EQ(hash_of(links[0]), hash_of(links[1]));
+  EXPECT_EQ(display(links[0]).value(), "<test.compare.Link>");
+  EXPECT_EQ(message(compare_objects(tuples[0], tuples[1])), "[compare_objects] The values are nested too deeply.");
+  EXPECT_EQ(hash_of(tuples[0]), hash_of(tuples[1]));
+
+  const List_Generic left;
+  const List_Generic right;
+  left.append(left);
+  right.append(right);
+  EXPECT_TRUE(compare_objects(left, right).is_error());
+  EXPECT_EQ(compare_objects_value(left, left), Equal);
+  left.object().clear();
+  right.object().clear();
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // Containers that eight threads use at once.
-#include "ling/container_testing.h"
+#include "ling/testing.h"
 
 #include <atomic>
 
@@ -45,37 +45,20 @@ TEST(ContainerThreads, GiveEveryItemToOneThread) {
 TEST(ContainerThreads, MayDoAnythingToAListAtOnce) {
   const List_Generic list{1, 2, 3};
   const auto sequence = I_MutableSequence_Generic::unchecked(list);
+  const std::function<void(int)> uses[] = {
+      [&](int i) { list.append(String("item {}").arg(i)); },
+      [&](int i) { list.set(-1, Tuple_Generic{i}); },
+      [&](int) { list.object().pop(0); },
+      [&](int) { EXPECT_FALSE(sequence.toList().is_error()); },
+      [&](int i) { EXPECT_FALSE(sequence.contains(Tuple_Generic{i - 1}).is_error()); },
+      [&](int) { EXPECT_FALSE(sequence.extend(sequence).is_error() && list.length() > 1000); },
+      [&](int) { list.object().reverse(); },
+      [&](int i) { EXPECT_FALSE(sequence.removeOne(Tuple_Generic{i - 6}).is_error()); },
+      [&](int) { list.length() > 100 ? list.object().clear() : void(); },
+  };
   on_eight_threads([&](int thread) {
     for (int i = 0; i < rounds; ++i) {
-      switch ((thread + i) % 8) {
-        case 0:
-          list.append(String("item {}").arg(i));
-          break;
-        case 1:
-          list.set(-1, Tuple_Generic{i});
-          break;
-        case 2:
-          list.object().pop(0);
-          break;
-        case 3:
-          EXPECT_FALSE(sequence.toList().is_error());
-          break;
-        case 4:
-          EXPECT_FALSE(sequence.contains(Tuple_Generic{i - 1}).is_error());
-          break;
-        case 5:
-          EXPECT_FALSE(sequence.extend(sequence).is_error() && list.length() > 1000);
-          break;
-        case 6:
-          list.object().reverse();
-          break;
-        case 7:
-          EXPECT_FALSE(sequence.removeOne(Tuple_Generic{i - 6}).is_error());
-          if (list.length() > 100) {
-            list.object().clear();
-          }
-          break;
-      }
+      uses[static_cast<std::size_t>(thread + i) % std::size(uses)](i);
     }
   });
 }

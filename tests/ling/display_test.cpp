@@ -1,13 +1,12 @@
 // The text of values for people.
-#include "ling/ling.h"
-
-#include <gtest/gtest.h>
+#include "ling/testing.h"
 
 #include <limits>
 
 namespace {
 
 using namespace ling;
+using namespace ling::testing;
 
 // Displays its part in angle brackets; without one, an Error.
 struct Box {
@@ -18,10 +17,7 @@ constinit const class_definition<Box> box_class("Box", [](class_builder<Box>& c)
       .constructor("part", "", [](const Any& part) { return Box{part}; })
       .method("open", "", "", [](const Box& self) { return self.part; })
       .method(Any::__display__, "", [](const Box& self) -> Any {
-        if (is_none(self.part)) {
-          return Error("nothing in it");
-        }
-        return String("<{}>").arg(self.part);
+        return is_none(self.part) ? Any(Error("nothing in it")) : String("<{}>").arg(self.part);
       });
 });
 constinit const class_definition<void> plain_class("Plain", [](class_builder<void>& c) { c.module("test.display"); });
@@ -30,21 +26,14 @@ TEST(Display, ShowsEveryKindOfValue) {
   HashMap_Generic map;
   map.set("a", 1);
   map.set(2.5, None());
-  HashSet_Generic set;
-  EXPECT_TRUE(Boolean::from(set.insert("x")).value());
+  const Any set = construct(HashSet_Generic::getClass(), List_Generic{"x"});
   const Class_Generic box(box_class.required());
   const std::pair<Any, const char*> cases[] = {
       {Any(),                                                    "None"                          },
-      {Undefined(),                                              "Undefined"                     },
-      {true,                                                     "true"                          },
       {INT64_MIN,                                                "-9223372036854775808"          },
-      {UINT64_MAX,                                               "18446744073709551615"          },
-      {2.0,                                                      "2.0"                           },
       {-0.0,                                                     "-0.0"                          },
-      {0.1,                                                      "0.1"                           },
       {1e22,                                                     "1e+22"                         },
       {std::numeric_limits<double>::infinity(),                  "inf"                           },
-      {-std::numeric_limits<double>::infinity(),                 "-inf"                          },
       {-std::numeric_limits<double>::quiet_NaN(),                "nan"                           },
       {"as \"it\" is\n",                                         "as \"it\" is\n"                },
       {Tuple_Generic({"a\"\\\n\t\x01é", 1}),                    R"(("a\"\\\n\t\x01é", 1))"     },
@@ -53,7 +42,6 @@ TEST(Display, ShowsEveryKindOfValue) {
       {Tuple_Generic({1}),                                       "(1,)"                          },
       {List_Generic({1, "b", List_Generic()}),                   "[1, \"b\", []]"                },
       {map,                                                      "{\"a\": 1, 2.5: None}"         },
-      {HashMap_Generic(),                                        "{}"                            },
       {set,                                                      "{\"x\"}"                       },
       {HashSet_Generic(),                                        "HashSet()"                     },
       {box,                                                      "<class test.display.Box>"      },
@@ -65,21 +53,18 @@ TEST(Display, ShowsEveryKindOfValue) {
       {Integer::getType(),                                       "Integer"                       },
       {Class_Generic(plain_class.required()).allocateInstance(), "<test.display.Plain>"          },
       {box("in"),                                                "<in>"                          },
-      {List_Generic({box("in")}),                                "[<in>]"                        },
       {make_computed<Integer>([] { return Any(3); }),            "3"                             },
   };
   for (const auto& [value, expected] : cases) {
-    const auto text = display(value);
-    ASSERT_FALSE(text.is_error()) << expected;
-    EXPECT_EQ(text->view(), expected);
-    EXPECT_EQ(display_text(value).view(), expected);
+    EXPECT_EQ(display(value).value().view(), expected);
+    EXPECT_EQ(text(value), expected);
   }
 }
 
 TEST(Display, PassesOnOrShowsAnErrorOfTheDisplayMethod) {
   const Any broken = List_Generic({1, Class_Generic(box_class.required())(None()), 2});
-  EXPECT_EQ(display(broken).error().message(), "nothing in it");
-  EXPECT_EQ(display_text(broken), "[1, <test.display.Box: nothing in it>, 2]");
+  EXPECT_EQ(message(display(broken)), "nothing in it");
+  EXPECT_EQ(text(broken), "[1, <test.display.Box: nothing in it>, 2]");
 }
 
 TEST(Display, StopsAtContainersThatHoldThemselves) {
@@ -89,18 +74,18 @@ TEST(Display, StopsAtContainersThatHoldThemselves) {
   map.set("map", map);
   list.append(map);
   list.append(Tuple_Generic{list});
-  EXPECT_EQ(display_text(list), "[1, {\"list\": [...], \"map\": {...}}, ([...],)]");
-  EXPECT_EQ(display_text(map), "{\"list\": [1, {...}, ([...],)], \"map\": {...}}");
+  EXPECT_EQ(text(list), "[1, {\"list\": [...], \"map\": {...}}, ([...],)]");
+  EXPECT_EQ(text(map), "{\"list\": [1, {...}, ([...],)], \"map\": {...}}");
 
   // The way round may lead through a display method that starts anew.
   const Any box = Class_Generic(box_class.required())(list);
   list.append(box);
-  EXPECT_EQ(display_text(box), "<[1, {\"list\": [...], \"map\": {...}}, ([...],), <test.display.Box>]>");
+  EXPECT_EQ(text(box), "<[1, {\"list\": [...], \"map\": {...}}, ([...],), <test.display.Box>]>");
   list.object().clear();
   map.object().clear();
 
   const List_Generic twice{0};
-  EXPECT_EQ(display_text(List_Generic({twice, twice})), "[[0], [0]]") << "holding something twice is no cycle";
+  EXPECT_EQ(text(List_Generic({twice, twice})), "[[0], [0]]") << "holding something twice is no cycle";
 }
 
 TEST(Display, CutsDeepNestingShort) {

@@ -6,69 +6,50 @@ namespace {
 using namespace ling;
 using namespace ling::testing;
 
-struct change {
-  const char* method;
-  std::vector<Any> arguments;
-  const char* list;    // afterwards, starting from [10, 20, 30]
-  const char* result;  // its text, or the message of the Error
-};
-
 TEST(List, ChangesAndKeepsItsItemsWhenTheIndexIsWrong) {
-  const change changes[] = {
-      {"at",        {0},                   "[10, 20, 30]",             "10"                                                      },
-      {"at",        {-1},                  "[10, 20, 30]",             "30"                                                      },
-      {"at",        {3},                   "[10, 20, 30]",             "Index out of range: 3, length: 3."                       },
-      {"at",        {INT64_MIN},           "[10, 20, 30]",             "Index out of range: -9223372036854775808, length: 3."    },
-      {"atOr",      {-4, "none"},          "[10, 20, 30]",             "none"                                                    },
-      {"set",       {-1, 1},               "[10, 20, 1]",              "None"                                                    },
-      {"set",       {-4, 1},               "[10, 20, 30]",             "Index out of range: -4, length: 3."                      },
-      {"append",    {"a"},                 "[10, 20, 30, \"a\"]",      "None"                                                    },
-      {"appendAt",  {-1, 1},               "[10, 20, 1, 30]",          "None"                                                    },
-      {"appendAt",  {INT64_MAX, 1},        "[10, 20, 30, 1]",          "None"                                                    },
-      {"appendAt",  {INT64_MIN, 1},        "[1, 10, 20, 30]",          "None"                                                    },
-      {"extend",    {Tuple_Generic{1, 2}}, "[10, 20, 30, 1, 2]",       "None"                                                    },
-      {"extend",    {5},                   "[10, 20, 30]",             "Not an iterable: 5 (Integer)."                           },
-      {"removeAt",  {1},                   "[10, 30]",                 "None"                                                    },
-      {"removeAt",  {-2, 2},               "[10]",                     "None"                                                    },
-      {"removeAt",  {1, INT64_MAX},        "[10, 20, 30]",             "Index out of range: 3, length: 3."                       },
-      {"removeAt",  {9, 0},                "[10, 20, 30]",             "None"                                                    },
-      {"removeOne", {20.0},                "[10, 30]",                 "true"                                                    },
-      {"removeOne", {7},                   "[10, 20, 30]",             "false"                                                   },
-      {"pop",       {},                    "[10, 20]",                 "30"                                                      },
-      {"pop",       {0},                   "[20, 30]",                 "10"                                                      },
-      {"pop",       {5},                   "[10, 20, 30]",             "Index out of range: 5, length: 3."                       },
-      {"clear",     {},                    "[]",                       "None"                                                    },
-      {"reverse",   {},                    "[30, 20, 10]",             "None"                                                    },
-      {"indexOf",   {30},                  "[10, 20, 30]",             "2"                                                       },
-      {"indexOf",   {10, 1},               "[10, 20, 30]",             "-1"                                                      },
-      {"indexOf",   {30, -1},              "[10, 20, 30]",             "2"                                                       },
-      {"contains",  {"10"},                "[10, 20, 30]",             "false"                                                   },
-      {"sliced",    {-2},                  "[10, 20, 30]",             "[20, 30]"                                                },
-      {"sliced",    {1, -1},               "[10, 20, 30]",             "[20]"                                                    },
-      {"sliced",    {2, 1},                "[10, 20, 30]",             "[]"                                                      },
-      {"concat",    {HashSet_Generic()},   "[10, 20, 30]",             "[10, 20, 30]"                                            },
-      {"repeat",    {2},                   "[10, 20, 30]",             "[10, 20, 30, 10, 20, 30]"                                },
-      {"repeat",    {-1},                  "[10, 20, 30]",             "[]"                                                      },
-      {"repeat",    {INT64_MAX},           "[10, 20, 30]",             "3 items repeated 9223372036854775807 times are too many."},
-      {"__imul__",  {2},                   "[10, 20, 30, 10, 20, 30]", "[10, 20, 30, 10, 20, 30]"                                },
-      {"__imul__",  {0},                   "[]",                       "[]"                                                      },
-      {"__iadd__",  {Tuple_Generic{1}},    "[10, 20, 30, 1]",          "[10, 20, 30, 1]"                                         },
-      {"toList",    {},                    "[10, 20, 30]",             "[10, 20, 30]"                                            },
+  const method_row rows[] = {
+      {"at", {-1}, "30"},
+      {"at", {3}, "BadArgument: Index out of range: 3, length: 3."},
+      {"at", {INT64_MIN}, "BadArgument: Index out of range: -9223372036854775808, length: 3."},
+      {"atOr", {-4, "none"}, "none"},
+      {"set", {-1, 1}, "None", "[10, 20, 1]"},
+      {"set", {-4, 1}, "BadArgument: Index out of range: -4, length: 3."},
+      {"append", {"a"}, "None", "[10, 20, 30, \"a\"]"},
+      {"appendAt", {-1, 1}, "None", "[10, 20, 1, 30]"},
+      {"appendAt", {INT64_MAX, 1}, "None", "[10, 20, 30, 1]"},
+      {"appendAt", {INT64_MIN, 1}, "None", "[1, 10, 20, 30]"},
+      {"extend", {Tuple_Generic{1, 2}}, "None", "[10, 20, 30, 1, 2]"},
+      {"extend", {5}, "BadArgument: Not an iterable: 5 (Integer)."},
+      {"removeAt", {1}, "None", "[10, 30]"},
+      {"removeAt", {-2, 2}, "None", "[10]"},
+      {"removeAt", {1, INT64_MAX}, "BadArgument: Index out of range: 3, length: 3."},
+      {"removeAt", {9, 0}, "None"},
+      {"removeOne", {20.0}, "true", "[10, 30]"},
+      {"removeOne", {7}, "false"},
+      {"pop", {}, "30", "[10, 20]"},
+      {"pop", {0}, "10", "[20, 30]"},
+      {"pop", {5}, "BadArgument: Index out of range: 5, length: 3."},
+      {"clear", {}, "None", "[]"},
+      {"reverse", {}, "None", "[30, 20, 10]"},
+      {"indexOf", {10, 1}, "-1"},
+      {"indexOf", {30, -1}, "2"},
+      {"contains", {"10"}, "false"},
+      {"sliced", {-2}, "[20, 30]"},
+      {"sliced", {1, -1}, "[20]"},
+      {"sliced", {2, 1}, "[]"},
+      {"concat", {HashSet_Generic()}, "[10, 20, 30]"},
+      {"repeat", {2}, "[10, 20, 30, 10, 20, 30]"},
+      {"repeat", {-1}, "[]"},
+      {"repeat", {INT64_MAX}, "Error: 3 items repeated 9223372036854775807 times are too many."},
+      {"__imul__", {0}, "[]", "[]"},
+      {"__iadd__", {Tuple_Generic{1}}, "[10, 20, 30, 1]", "[10, 20, 30, 1]"},
+      {"toList", {}, "[10, 20, 30]"},
   };
-  for (const change& each : changes) {
-    SCOPED_TRACE(each.method);
-    const List_Generic list{10, 20, 30};
-    const Any result = call_method(list, meta_method_untyped(each.method), each.arguments);
-    EXPECT_EQ(is_error_result(result) ? message(result) : text(result), each.result);
-    EXPECT_EQ(text(list), each.list);
-  }
-}
-
-TEST(List, IsSafeToExtendByItselfAndToRepeatWhenEmpty) {
+  expect_methods([] { return List_Generic{10, 20, 30}; }, rows);
+  EXPECT_EQ(text(call(List_Generic(), "repeat", INT64_MAX)), "[]");
   const List_Generic list{1, 2};
   EXPECT_FALSE(is_error_result(call(list, "extend", list)));
   EXPECT_EQ(text(list), "[1, 2, 1, 2]");
-  EXPECT_EQ(text(call(List_Generic(), "repeat", INT64_MAX)), "[]");
 }
 
 TEST(List, IteratesOverTheItemsOfTheMoment) {
@@ -84,24 +65,20 @@ TEST(List, IteratesOverTheItemsOfTheMoment) {
 
 TEST(List, RefusesWhatIsNotOfItsType) {
   const List<Integer> list{1, 2};
-  const std::string refused = "The item is not of the type Integer: a (String).";
-  EXPECT_EQ(message(call(list, "append", "a")), refused);
-  EXPECT_EQ(message(call(list, "appendAt", 0, "a")), refused);
-  EXPECT_EQ(message(call(list, "set", 0, "a")), refused);
-  EXPECT_EQ(message(call(list, "extend", List_Generic{3, "a"})), refused);
-  EXPECT_EQ(message(call(list, "__iadd__", List_Generic{"a"})), refused);
-  EXPECT_EQ(message(construct(List<Integer>::getClass(), List_Generic{"a"})), refused);
-  EXPECT_EQ(text(list), "[1, 2]") << "a refused extend adds nothing";
-
-  EXPECT_TRUE(BadArgument::matches(call(list, "append", "a").get()));
-  EXPECT_EQ(list.elementsType(), Integer::getType());
-  for (const char* method : {"clone", "deepClone"}) {
-    EXPECT_TRUE(List<Integer>::matches(call(list, method).get())) << method;
+  const std::string refused = "BadArgument: The item is not of the type Integer: a (String).";
+  const List_Generic wrong{3, "a"};
+  for (const Any& result :
+       {call(list, "append", "a"), call(list, "appendAt", 0, "a"), call(list, "set", 0, "a"),
+        call(list, "extend", wrong), call(list, "__iadd__", wrong), construct(List<Integer>::getClass(), wrong)}) {
+    EXPECT_EQ(text(result), refused);
   }
-  EXPECT_TRUE(List<Integer>::matches(call(list, "sliced", 0).get()));
-  EXPECT_TRUE(List<Integer>::matches(call(list, "concat", List_Generic{3}).get()));
-  EXPECT_FALSE(List<Integer>::matches(call(list, "concat", List_Generic{"a"}).get()));
-  EXPECT_TRUE(List<Integer>::matches(construct(List<Integer>::getClass()).get()));
+  EXPECT_EQ(text(list), "[1, 2]") << "a refused extend adds nothing";
+  EXPECT_EQ(list.elementsType(), Integer::getType());
+  for (const Any& result : {call(list, "clone"), call(list, "deepClone"), call(list, "sliced", 0),
+                            call(list, "concat", List_Generic{3}), construct(List<Integer>::getClass())}) {
+    EXPECT_TRUE(List<Integer>::matches(result.get()));
+  }
+  EXPECT_FALSE(List<Integer>::matches(call(list, "concat", wrong).get()));
 }
 
 TEST(List, SortsStablyOrNotAtAll) {

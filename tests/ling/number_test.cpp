@@ -1,14 +1,12 @@
 // Numbers, booleans and the other shared objects: representation, construction by scripts, truth.
-#include "ling/ling.h"
+#include "ling/testing.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
 #include <limits>
 
 namespace {
 
 using namespace ling;
+using namespace ling::testing;
 
 constexpr double inf = std::numeric_limits<double>::infinity();
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
@@ -46,81 +44,37 @@ TEST(Integer, HasOneRepresentationPerNumber) {
 }
 
 TEST(Numbers, AreMadeByScripts) {
-  struct {
-    Class_Generic of_class;
-    Any from;
-    const char* expected;
-  } const cases[] = {
-      {Integer::getClass(),   "42",                   "42"                                                     },
-      {Integer::getClass(),   " +7\n",                "7"                                                      },
-      {Integer::getClass(),   "-9223372036854775808", "-9223372036854775808"                                   },
-      {Integer::getClass(),   "18446744073709551615", "18446744073709551615"                                   },
-      {Integer::getClass(),   "18446744073709551616",
-       "Error: The number '18446744073709551616' is out of the range of Integer."                              },
-      {Integer::getClass(),   "-9223372036854775809",
-       "Error: The number '-9223372036854775809' is out of the range of Integer."                              },
-      {Integer::getClass(),   "12x",                  "Error: The text '12x' is not a number for Integer."     },
-      {Integer::getClass(),   "+-1",                  "Error: The text '+-1' is not a number for Integer."     },
-      {Integer::getClass(),   "",                     "Error: The text '' is not a number for Integer."        },
-      {Integer::getClass(),   3.0,                    "3"                                                      },
-      {Integer::getClass(),   3.5,                    "Error: Unable to convert '3.5' to Integer."             },
-      {Integer::getClass(),   true,                   "1"                                                      },
-      {Float::getClass(),     "2.5e3",                "2500.0"                                                 },
-      {Float::getClass(),     "1e999",                "Error: The number '1e999' is out of the range of Float."},
-      {Float::getClass(),     "pi",                   "Error: The text 'pi' is not a number for Float."        },
-      {Float::getClass(),     UINT64_MAX,             "1.8446744073709552e+19"                                 },
-      {Float::getClass(),     None(),                 "Error: Unable to convert 'None' to Float."              },
-      {Boolean::getClass(),   "",                     "false"                                                  },
-      {String::getClass(),    12,                     "12"                                                     },
-      {String::getClass(),    "as it is",             "as it is"                                               },
-      {ByteArray::getClass(), "é",                   "b\"\\xc3\\xa9\""                                        },
-      {ByteArray::getClass(), List_Generic({0, 255}), "b\"\\x00\\xff\""                                        },
-      {ByteArray::getClass(), List_Generic({0, 256}),
-       "BadArgument: The item 256 at index 1 is not a byte: an Integer from 0 to 255 was expected."            },
-      {ByteArray::getClass(), 3,                      "Error: Unable to convert '3' to ByteArray."             },
-  };
-  for (const auto& each : cases) {
-    EXPECT_EQ(display_text(each.of_class(each.from)).view(), each.expected) << each.of_class.name().view();
-  }
-}
-
-TEST(Boolean, TellsTheTruthOfAnyValue) {
-  HashMap_Generic map;
-  map.set("k", 1);
-  const Any truths[] = {true,
-                        1,
-                        -1,
-                        UINT64_MAX,
-                        0.5,
-                        inf,
-                        nan,
-                        "x",
-                        ByteArray("x"),
-                        Tuple_Generic{None()},
-                        List_Generic{None()},
-                        map,
-                        Error("an error is something"),
-                        Integer::getClass()};
-  for (const Any& value : truths) {
-    EXPECT_TRUE(Boolean::from(value).value()) << display_text(value).view();
-  }
-  const Any untruths[] = {Any(),
-                          None(),
-                          Undefined(),
-                          false,
-                          0,
-                          0.0,
-                          -0.0,
-                          "",
-                          ByteArray(),
-                          Tuple_Generic(),
-                          List_Generic(),
-                          HashMap_Generic(),
-                          HashSet_Generic(),
-                          make_computed<Integer>([] { return Any(0); })};
-  for (const Any& value : untruths) {
-    EXPECT_FALSE(Boolean::from(value).value()) << display_text(value).view();
-  }
+  const Class_Generic integer = Integer::getClass();
+  const Class_Generic real = Float::getClass();
+  const Class_Generic bytes = ByteArray::getClass();
+  const Class_Generic ordering = Ordering::getClass();
+  expect_outcomes({
+      {integer("42"), "42"},
+      {integer(" +7\n"), "7"},
+      {integer("-9223372036854775808"), "-9223372036854775808"},
+      {integer("18446744073709551615"), "18446744073709551615"},
+      {integer("18446744073709551616"), "Error: The number '18446744073709551616' is out of the range of Integer."},
+      {integer("-9223372036854775809"), "Error: The number '-9223372036854775809' is out of the range of Integer."},
+      {integer("12x"), "Error: The text '12x' is not a number for Integer."},
+      {integer("+-1"), "Error: The text '+-1' is not a number for Integer."},
+      {integer(""), "Error: The text '' is not a number for Integer."},
+      {integer(3.5), "Error: Unable to convert '3.5' to Integer."},
+      {real("2.5e3"), "2500.0"},
+      {real("1e999"), "Error: The number '1e999' is out of the range of Float."},
+      {real("pi"), "Error: The text 'pi' is not a number for Float."},
+      {real(UINT64_MAX), "1.8446744073709552e+19"},
+      {real(None()), "Error: Unable to convert 'None' to Float."},
+      {Boolean::getClass()(""), "false"},
+      {String::getClass()(12), "12"},
+      {bytes("é"), "b\"\\xc3\\xa9\""},
+      {bytes(List_Generic{0, 255}), "b\"\\x00\\xff\""},
+      {bytes(List_Generic{0, 256}),
+       "BadArgument: The item 256 at index 1 is not a byte: an Integer from 0 to 255 was expected."},
+      {bytes(3), "Error: Unable to convert '3' to ByteArray."},
+      {property(ordering, "Greater"), "Greater"},
+      {property(Ordering::fromSign(-5), "value"), "-1"},
+      {ordering(1), "Error: The class ling.Ordering has no constructor."},
+  });
 }
 
 struct Crate {
@@ -129,25 +83,25 @@ struct Crate {
 constinit const class_definition<Crate> crate_class("Crate", [](class_builder<Crate>& c) {
   c.module("test.numbers").constructor("count", "", [](int count) { return Crate{count}; });
   c.property("__length__", "How many there are.", [](const Crate& self) -> Result<Integer> {
-    if (self.count < 0) {
-      return Error("uncounted");
-    }
-    return Integer(self.count);
+    return self.count < 0 ? Result<Integer>(Error("uncounted")) : Integer(self.count);
   });
 });
 
-TEST(Boolean, AsksInstancesForTheirLength) {
+TEST(Boolean, TellsTheTruthOfAnyValue) {
+  HashMap_Generic map;
+  map.set("k", 1);
   const Class_Generic crate(crate_class.required());
-  EXPECT_FALSE(Boolean::from(crate(0)).value());
-  EXPECT_TRUE(Boolean::from(crate(2)).value());
-  EXPECT_TRUE(Boolean::from(crate(-1)).value()) << "a length that cannot be told is not 0";
-}
-
-TEST(Ordering, IsReadFromItsClass) {
-  const Class_Generic ordering = Ordering::getClass();
-  EXPECT_EQ(display_text(ordering.propertyValue(meta_property_untyped("Greater"))).view(), "Greater");
-  EXPECT_EQ(display_text(Ordering::fromSign(-5).propertyValue(meta_property_untyped("value"))), "-1");
-  EXPECT_TRUE(is_error_result(ordering(1))) << "there are four of them, nobody makes another";
+  // A length that cannot be told is not 0.
+  for (const Any& value :
+       values(true, 1, -1, UINT64_MAX, 0.5, inf, nan, "x", ByteArray("x"), Tuple_Generic{None()}, List_Generic{None()},
+              map, Error("an error is something"), Integer::getClass(), crate(2), crate(-1))) {
+    EXPECT_TRUE(Boolean::from(value).value()) << text(value);
+  }
+  const Any lazy = make_computed<Integer>([] { return Any(0); });
+  for (const Any& value : values(Any(), None(), Undefined(), false, 0, 0.0, -0.0, "", ByteArray(), Tuple_Generic(),
+                                 List_Generic(), HashMap_Generic(), HashSet_Generic(), lazy, crate(0))) {
+    EXPECT_FALSE(Boolean::from(value).value()) << text(value);
+  }
 }
 
 }  // namespace

@@ -1,26 +1,10 @@
 // Texts and byte arrays: validity, positions in code points, and what scripts can do with them.
-#include "ling/ling.h"
-
-#include <gtest/gtest.h>
-
-#include <barrier>
-#include <thread>
+#include "ling/testing.h"
 
 namespace {
 
 using namespace ling;
-
-std::vector<std::string> texts(const std::vector<String>& pieces) {
-  std::vector<std::string> result;
-  for (const String& piece : pieces) {
-    result.emplace_back(piece.view());
-  }
-  return result;
-}
-
-Any call(const Any& value, const char* method, std::initializer_list<Any> arguments) {
-  return call_method(value, meta_method_untyped(method), std::span(arguments.begin(), arguments.size()));
-}
+using namespace ling::testing;
 
 TEST(String, ReplacesEveryMaximalPartOfIllFormedBytes) {
   struct {
@@ -91,17 +75,14 @@ TEST(String, CountsPositionsInCodePoints) {
 }
 
 TEST(String, TakesTextApartAndPutsItTogether) {
-  EXPECT_EQ(texts(String(",a,,ü,").split(',')), (std::vector<std::string>{"", "a", "", "ü", ""}));
-  EXPECT_EQ(texts(String("").split(',')), (std::vector<std::string>{""}));
+  EXPECT_EQ(text(call(",a,,ü,", "split", ",")), "[\"\", \"a\", \"\", \"ü\", \"\"]");
+  EXPECT_EQ(text(call("", "split", ",")), "[\"\"]");
   EXPECT_EQ(String("aXbXX").replaced("X", "--"), "a--b----");
   EXPECT_EQ(String("aaa").replaced("aa", "b"), "ba");
   EXPECT_EQ(String("abc").replaced("", "-"), "abc");
   EXPECT_EQ(String(" \t\nä b\r\v\f ").trimmed(), "ä b");
   EXPECT_EQ(String(" \n ").trimmed(), "");
   EXPECT_EQ(string_builder().append("a").append(String("é")).append('!').build(), "aé!");
-}
-
-TEST(String, FillsPlaceholdersFromLeftToRight) {
   EXPECT_EQ(String("{} of {}: {}").arg(1, "x", List_Generic{"y"}), "1 of x: [\"y\"]");
   EXPECT_EQ(String("{} and {}").arg("{}"), "{} and {}") << "what was filled in is no placeholder";
   EXPECT_EQ(String("{{}").arg(1, 2), "{1");
@@ -116,47 +97,34 @@ TEST(String, SharesTheEmptyText) {
 TEST(String, HashesTheSameOnAllThreads) {
   const String text("the hash is made on first request");
   const std::uint64_t expected = hash_of(String(text.view()));
-  std::barrier start(8);
-  std::vector<std::jthread> threads;
-  for (int i = 0; i < 8; ++i) {
-    threads.emplace_back([&] {
-      start.arrive_and_wait();
-      EXPECT_EQ(hash_of(text), expected);
-    });
-  }
+  on_eight_threads([&](int) { EXPECT_EQ(hash_of(text), expected); });
 }
 
 TEST(String, AnswersScripts) {
-  const String text("smörgås");
-  EXPECT_EQ(Integer::unchecked(text.propertyValue(meta_property_untyped("__length__"))).value(), 7);
-  struct {
-    const char* method;
-    std::initializer_list<Any> arguments;
-    const char* expected;
-  } const cases[] = {
+  const method_row rows[] = {
       {"at",       {2},      "ö"                                                             },
       {"at",       {-2},     "å"                                                             },
       {"at",       {7},      "Error: The index 7 is out of range for a text of length 7."     },
       {"contains", {"rg"},   "true"                                                           },
-      {"find",     {"s"},    "0"                                                              },
       {"find",     {"s", 1}, "6"                                                              },
       {"sliced",   {-3},     "gås"                                                           },
       {"split",    {"r"},    "[\"smö\", \"gås\"]"                                           },
       {"split",    {""},     "BadArgument: The separator must be one ASCII character, not ''."},
       {"toUtf8",   {},       "b\"sm\\xc3\\xb6rg\\xc3\\xa5s\""                                 },
   };
-  for (const auto& each : cases) {
-    EXPECT_EQ(display_text(call(text, each.method, each.arguments)), each.expected) << each.method;
-  }
+  expect_methods([] { return "smörgås"; }, rows);
+  EXPECT_EQ(text(property("smörgås", "__length__")), "7");
 }
 
 TEST(ByteArray, AnswersScripts) {
-  const ByteArray bytes(std::string_view("\x00z\xFF", 3));
-  EXPECT_EQ(display_text(call(bytes, "at", {-1})), "255");
-  EXPECT_EQ(display_text(call(bytes, "at", {3})), "Error: The index 3 is out of range for 3 bytes.");
-  EXPECT_EQ(display_text(call(bytes, "sliced", {1})), "b\"z\\xff\"");
-  EXPECT_EQ(display_text(call(bytes, "toString", {})), "Error: The 3 bytes are not valid UTF-8.");
-  EXPECT_EQ(display_text(call(String("ä").toUtf8(), "toString", {})), "ä");
+  const method_row rows[] = {
+      {"at",       {-1}, "255"                                            },
+      {"at",       {3},  "Error: The index 3 is out of range for 3 bytes."},
+      {"sliced",   {1},  "b\"z\\xff\""                                    },
+      {"toString", {},   "Error: The 3 bytes are not valid UTF-8."        },
+  };
+  expect_methods([] { return ByteArray(std::string_view("\x00z\xFF", 3)); }, rows);
+  EXPECT_EQ(text(call(String("ä").toUtf8(), "toString")), "ä");
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // Tuples, and the packs of variadic arguments.
-#include "ling/container_testing.h"
+#include "ling/testing.h"
 
 namespace {
 
@@ -7,43 +7,29 @@ using namespace ling;
 using namespace ling::testing;
 
 TEST(Tuple, AnswersTheMethodsOfScripts) {
-  struct row {
-    const char* method;
-    std::vector<Any> arguments;
-    const char* result;
+  const method_row rows[] = {
+      {"at",       {-1},              "b"                                                              },
+      {"at",       {2},               "BadArgument: Index out of range: 2, length: 2."                 },
+      {"at",       {-3},              "BadArgument: Index out of range: -3, length: 2."                },
+      {"atOr",     {7, 0},            "0"                                                              },
+      {"contains", {1.0},             "true"                                                           },
+      {"indexOf",  {"b"},             "1"                                                              },
+      {"indexOf",  {1, 1},            "-1"                                                             },
+      {"sliced",   {0, -1},           "(1,)"                                                           },
+      {"sliced",   {5, 9},            "()"                                                             },
+      {"concat",   {List_Generic{2}}, "(1, \"b\", 2)"                                                  },
+      {"repeat",   {2},               "(1, \"b\", 1, \"b\")"                                           },
+      {"repeat",   {-2},              "()"                                                             },
+      {"repeat",   {INT64_MAX},       "Error: 2 items repeated 9223372036854775807 times are too many."},
+      {"toList",   {},                "[1, \"b\"]"                                                     },
   };
-  const row rows[] = {
-      {"at",       {-1},              "\"b\""                                                   },
-      {"at",       {2},               "Index out of range: 2, length: 2."                       },
-      {"at",       {-3},              "Index out of range: -3, length: 2."                      },
-      {"atOr",     {7, 0},            "0"                                                       },
-      {"contains", {1.0},             "true"                                                    },
-      {"indexOf",  {"b"},             "1"                                                       },
-      {"indexOf",  {1, 1},            "-1"                                                      },
-      {"sliced",   {1},               "(\"b\",)"                                                },
-      {"sliced",   {0, -1},           "(1,)"                                                    },
-      {"sliced",   {5, 9},            "()"                                                      },
-      {"concat",   {List_Generic{2}}, "(1, \"b\", 2)"                                           },
-      {"repeat",   {2},               "(1, \"b\", 1, \"b\")"                                    },
-      {"repeat",   {-2},              "()"                                                      },
-      {"repeat",   {INT64_MAX},       "2 items repeated 9223372036854775807 times are too many."},
-      {"toList",   {},                "[1, \"b\"]"                                              },
-  };
-  for (const row& each : rows) {
-    SCOPED_TRACE(each.method);
-    const Any result = call_method(Tuple_Generic{1, "b"}, meta_method_untyped(each.method), each.arguments);
-    EXPECT_EQ(is_error_result(result) ? message(result) : text(Tuple_Generic{result}),
-              is_error_result(result) ? each.result : "(" + std::string(each.result) + ",)");
-  }
-  EXPECT_EQ(text(call(Tuple_Generic(), "repeat", INT64_MAX)), "()");
-}
-
-TEST(Tuple, IsMadeOfAnyIterable) {
+  expect_methods([] { return Tuple_Generic{1, "b"}; }, rows);
   const Class_Generic tuple = Tuple_Generic::getClass();
-  EXPECT_EQ(text(construct(tuple)), "()");
-  EXPECT_EQ(text(construct(tuple, List_Generic{1, 2})), "(1, 2)");
-  EXPECT_EQ(text(construct(tuple, call(List_Generic{1, 2}, "iter"))), "(1, 2)");
-  EXPECT_EQ(message(construct(tuple, 1)), "Not an iterable: 1 (Integer).");
+  expect_outcomes({
+      {call(tuple(), "repeat", INT64_MAX), "()"},
+      {tuple(call(List_Generic{1, 2}, "iter")), "(1, 2)"},
+      {tuple(1), "BadArgument: Not an iterable: 1 (Integer)."},
+  });
 }
 
 TEST(Tuple, IsAKeyOnlyWithImmutableItems) {

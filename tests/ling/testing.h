@@ -1,5 +1,5 @@
-// What the tests of containers share: calls by name as scripts make them, and instances that act up while they are
-// compared or destroyed.
+// What the tests share: calls by name as scripts make them, tables of what comes of them, instances that act up while
+// they are compared or destroyed, and eight threads.
 #pragma once
 
 #include "ling/ling.h"
@@ -20,6 +20,11 @@ Any call(const Any& value, std::string_view method, const Arguments&... argument
   return call_method(value, meta_method_untyped(method), std::span<const Any>(row, sizeof...(Arguments)));
 }
 
+template <class... Values>
+std::vector<Any> values(const Values&... all) {
+  return {Any(all)...};
+}
+
 inline Any property(const Any& value, std::string_view name) {
   return value.propertyValue(meta_property_untyped(name));
 }
@@ -34,6 +39,34 @@ inline std::string text(const Any& value) { return std::string(display_text(valu
 // The message of an Error; for any other value its text, so that a failing expectation says what came instead.
 inline std::string message(const Any& value) {
   return is_error_result(value) ? std::string(Error::unchecked(value).message().view()) : "no error: " + text(value);
+}
+
+// What something gave, and the text that shows it: an Error begins with its class.
+struct outcome {
+  Any value;
+  std::string_view expected;
+};
+inline void expect_outcomes(std::initializer_list<outcome> rows) {
+  for (const outcome& each : rows) {
+    EXPECT_EQ(text(each.value), each.expected);
+  }
+}
+
+// A method that scripts call, and what it gives.
+struct method_row {
+  const char* method;
+  std::vector<Any> arguments;
+  std::string_view result;
+  std::string_view after = {};  // how the receiver is shown then, if the method changes it
+};
+inline void expect_methods(const std::function<Any()>& make_receiver, std::span<const method_row> rows) {
+  for (const method_row& each : rows) {
+    const Any receiver = make_receiver();
+    const std::string before = text(receiver);
+    const Any result = call_method(receiver, meta_method_untyped(each.method), each.arguments);
+    EXPECT_EQ(text(result), each.result) << each.method << text(Tuple_Generic(each.arguments));
+    EXPECT_EQ(text(receiver), each.after.empty() ? before : each.after) << each.method;
+  }
 }
 
 // A value whose behaviour is C++ functions; its hash is always the same, so that keys of it meet in the table, and that
