@@ -57,7 +57,7 @@ constinit const class_definition<Date> internal::date_class("Date", [](class_bui
       .property("isLeapYear", "Whether the year has 366 days.", &Date::isLeapYear)
       .method("addDays", "days", "The day so many days later.", &Date::addDays)
       .method("toString", "", "The text as in \"2020-02-29\".", &Date::toString)
-      .method("isoformat", "", "The same, by the name that Python knows.", &Date::toString)
+      .method("isoformat", "", "The same: the name says that it is the text of ISO 8601.", &Date::toString)
       .method(Any::__add__, "days", &add)
       .method(Any::__sub__, "other", &subtract)
       .method(Any::__compare__, "other", &compare)

@@ -125,7 +125,7 @@ constinit const class_definition<DateTime> internal::date_time_class("DateTime",
       .method("secondsSince", "other", "How much later this is than another one, rounded down.",
               &DateTime::secondsSince)
       .method("toString", "", "The text as in \"2020-02-29T23:59:59\".", &DateTime::toString)
-      .method("isoformat", "", "The same, by the name that Python knows.", &DateTime::toString)
+      .method("isoformat", "", "The same: the name says that it is the text of ISO 8601.", &DateTime::toString)
       .method(Any::__add__, "nanoSeconds", &add)
       .method(Any::__sub__, "other", &subtract)
       .method(Any::__compare__, "other", &compare)

@@ -53,7 +53,7 @@ constinit const class_definition<Time> internal::time_class("Time", [](class_bui
       .property("zoneName", "What the zone is called, if anything.", &Time::zoneName)
       .property("nanoSecondsOfDay", "The nanoseconds since midnight by the clock.", &Time::nanoSecondsOfDay)
       .method("toString", "", "The text as in \"23:59:59.123456\".", &Time::toString)
-      .method("isoformat", "", "The same, by the name that Python knows.", &Time::toString)
+      .method("isoformat", "", "The same: the name says that it is the text of ISO 8601.", &Time::toString)
       .method(Any::__compare__, "other", &compare)
       .method(Any::__hash__, "", &hash)
       .method(Any::__display__, "", &Time::toString);
