@@ -9,118 +9,41 @@
 
 namespace ling::cpython {
 
-#define CHECK_FIELD(mirror, original, field)                                                                    \
+// Checks the fields one by one: what follows a field is put off until the next of the rounds of EXPAND, which are more
+// than any structure has fields.
+#define CHECK_FIELDS(mirror, original, ...) EXPAND(CHECK_FIELD(mirror, original, __VA_ARGS__))
+#define CHECK_FIELD(mirror, original, field, ...)                                                               \
   static_assert(                                                                                                \
       offsetof(mirror, field) == offsetof(original, field) && sizeof(mirror::field) == sizeof(original::field), \
-      #original "." #field)
+      #original "." #field);                                                                                    \
+  __VA_OPT__(CHECK_MORE NOTHING(mirror, original, __VA_ARGS__))
+#define CHECK_MORE() CHECK_FIELD
+#define NOTHING ()
+#define EXPAND(...) EXPAND_16(EXPAND_16(EXPAND_16(EXPAND_16(__VA_ARGS__))))
+#define EXPAND_16(...) EXPAND_4(EXPAND_4(EXPAND_4(EXPAND_4(__VA_ARGS__))))
+#define EXPAND_4(...) EXPAND_1(EXPAND_1(EXPAND_1(EXPAND_1(__VA_ARGS__))))
+#define EXPAND_1(...) __VA_ARGS__
 
 static_assert(sizeof(number_methods) == sizeof(PyNumberMethods));
-CHECK_FIELD(number_methods, PyNumberMethods, nb_add);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_subtract);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_multiply);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_remainder);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_divmod);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_power);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_negative);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_positive);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_absolute);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_bool);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_invert);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_lshift);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_rshift);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_and);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_xor);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_or);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_int);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_reserved);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_float);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_inplace_add);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_inplace_subtract);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_inplace_multiply);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_inplace_remainder);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_inplace_power);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_inplace_lshift);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_inplace_rshift);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_inplace_and);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_inplace_xor);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_inplace_or);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_floor_divide);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_true_divide);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_inplace_floor_divide);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_inplace_true_divide);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_index);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_matrix_multiply);
-CHECK_FIELD(number_methods, PyNumberMethods, nb_inplace_matrix_multiply);
-
 static_assert(sizeof(sequence_methods) == sizeof(PySequenceMethods));
-CHECK_FIELD(sequence_methods, PySequenceMethods, sq_length);
-CHECK_FIELD(sequence_methods, PySequenceMethods, sq_concat);
-CHECK_FIELD(sequence_methods, PySequenceMethods, sq_repeat);
-CHECK_FIELD(sequence_methods, PySequenceMethods, sq_item);
-CHECK_FIELD(sequence_methods, PySequenceMethods, was_sq_slice);
-CHECK_FIELD(sequence_methods, PySequenceMethods, sq_ass_item);
-CHECK_FIELD(sequence_methods, PySequenceMethods, was_sq_ass_slice);
-CHECK_FIELD(sequence_methods, PySequenceMethods, sq_contains);
-CHECK_FIELD(sequence_methods, PySequenceMethods, sq_inplace_concat);
-CHECK_FIELD(sequence_methods, PySequenceMethods, sq_inplace_repeat);
-
 static_assert(sizeof(mapping_methods) == sizeof(PyMappingMethods));
-CHECK_FIELD(mapping_methods, PyMappingMethods, mp_length);
-CHECK_FIELD(mapping_methods, PyMappingMethods, mp_subscript);
-CHECK_FIELD(mapping_methods, PyMappingMethods, mp_ass_subscript);
-
 static_assert(sizeof(type_object) >= sizeof(PyTypeObject), "a version has outgrown the spare bytes");
 static_assert(offsetof(type_object, spare) == offsetof(PyTypeObject, tp_vectorcall) + sizeof(void*));
-CHECK_FIELD(type_object, PyTypeObject, ob_base);
-CHECK_FIELD(type_object, PyTypeObject, tp_name);
-CHECK_FIELD(type_object, PyTypeObject, tp_basicsize);
-CHECK_FIELD(type_object, PyTypeObject, tp_itemsize);
-CHECK_FIELD(type_object, PyTypeObject, tp_dealloc);
-CHECK_FIELD(type_object, PyTypeObject, tp_vectorcall_offset);
-CHECK_FIELD(type_object, PyTypeObject, tp_getattr);
-CHECK_FIELD(type_object, PyTypeObject, tp_setattr);
-CHECK_FIELD(type_object, PyTypeObject, tp_as_async);
-CHECK_FIELD(type_object, PyTypeObject, tp_repr);
-CHECK_FIELD(type_object, PyTypeObject, tp_as_number);
-CHECK_FIELD(type_object, PyTypeObject, tp_as_sequence);
-CHECK_FIELD(type_object, PyTypeObject, tp_as_mapping);
-CHECK_FIELD(type_object, PyTypeObject, tp_hash);
-CHECK_FIELD(type_object, PyTypeObject, tp_call);
-CHECK_FIELD(type_object, PyTypeObject, tp_str);
-CHECK_FIELD(type_object, PyTypeObject, tp_getattro);
-CHECK_FIELD(type_object, PyTypeObject, tp_setattro);
-CHECK_FIELD(type_object, PyTypeObject, tp_as_buffer);
-CHECK_FIELD(type_object, PyTypeObject, tp_flags);
-CHECK_FIELD(type_object, PyTypeObject, tp_doc);
-CHECK_FIELD(type_object, PyTypeObject, tp_traverse);
-CHECK_FIELD(type_object, PyTypeObject, tp_clear);
-CHECK_FIELD(type_object, PyTypeObject, tp_richcompare);
-CHECK_FIELD(type_object, PyTypeObject, tp_weaklistoffset);
-CHECK_FIELD(type_object, PyTypeObject, tp_iter);
-CHECK_FIELD(type_object, PyTypeObject, tp_iternext);
-CHECK_FIELD(type_object, PyTypeObject, tp_methods);
-CHECK_FIELD(type_object, PyTypeObject, tp_members);
-CHECK_FIELD(type_object, PyTypeObject, tp_getset);
-CHECK_FIELD(type_object, PyTypeObject, tp_base);
-CHECK_FIELD(type_object, PyTypeObject, tp_dict);
-CHECK_FIELD(type_object, PyTypeObject, tp_descr_get);
-CHECK_FIELD(type_object, PyTypeObject, tp_descr_set);
-CHECK_FIELD(type_object, PyTypeObject, tp_dictoffset);
-CHECK_FIELD(type_object, PyTypeObject, tp_init);
-CHECK_FIELD(type_object, PyTypeObject, tp_alloc);
-CHECK_FIELD(type_object, PyTypeObject, tp_new);
-CHECK_FIELD(type_object, PyTypeObject, tp_free);
-CHECK_FIELD(type_object, PyTypeObject, tp_is_gc);
-CHECK_FIELD(type_object, PyTypeObject, tp_bases);
-CHECK_FIELD(type_object, PyTypeObject, tp_mro);
-CHECK_FIELD(type_object, PyTypeObject, tp_cache);
-CHECK_FIELD(type_object, PyTypeObject, tp_subclasses);
-CHECK_FIELD(type_object, PyTypeObject, tp_weaklist);
-CHECK_FIELD(type_object, PyTypeObject, tp_del);
-CHECK_FIELD(type_object, PyTypeObject, tp_version_tag);
-CHECK_FIELD(type_object, PyTypeObject, tp_finalize);
-CHECK_FIELD(type_object, PyTypeObject, tp_vectorcall);
 
-#undef CHECK_FIELD
+CHECK_FIELDS(number_methods, PyNumberMethods, nb_add, nb_subtract, nb_multiply, nb_remainder, nb_divmod, nb_power,
+             nb_negative, nb_positive, nb_absolute, nb_bool, nb_invert, nb_lshift, nb_rshift, nb_and, nb_xor, nb_or,
+             nb_int, nb_reserved, nb_float, nb_inplace_add, nb_inplace_subtract, nb_inplace_multiply,
+             nb_inplace_remainder, nb_inplace_power, nb_inplace_lshift, nb_inplace_rshift, nb_inplace_and,
+             nb_inplace_xor, nb_inplace_or, nb_floor_divide, nb_true_divide, nb_inplace_floor_divide,
+             nb_inplace_true_divide, nb_index, nb_matrix_multiply, nb_inplace_matrix_multiply)
+CHECK_FIELDS(sequence_methods, PySequenceMethods, sq_length, sq_concat, sq_repeat, sq_item, was_sq_slice, sq_ass_item,
+             was_sq_ass_slice, sq_contains, sq_inplace_concat, sq_inplace_repeat)
+CHECK_FIELDS(mapping_methods, PyMappingMethods, mp_length, mp_subscript, mp_ass_subscript)
+CHECK_FIELDS(type_object, PyTypeObject, ob_base, tp_name, tp_basicsize, tp_itemsize, tp_dealloc, tp_vectorcall_offset,
+             tp_getattr, tp_setattr, tp_as_async, tp_repr, tp_as_number, tp_as_sequence, tp_as_mapping, tp_hash,
+             tp_call, tp_str, tp_getattro, tp_setattro, tp_as_buffer, tp_flags, tp_doc, tp_traverse, tp_clear,
+             tp_richcompare, tp_weaklistoffset, tp_iter, tp_iternext, tp_methods, tp_members, tp_getset, tp_base,
+             tp_dict, tp_descr_get, tp_descr_set, tp_dictoffset, tp_init, tp_alloc, tp_new, tp_free, tp_is_gc, tp_bases,
+             tp_mro, tp_cache, tp_subclasses, tp_weaklist, tp_del, tp_version_tag, tp_finalize, tp_vectorcall)
 
 }  // namespace ling::cpython
