@@ -35,7 +35,7 @@ MODULES = {
     "spawns.py": "import subprocess, sys\nsubprocess.run([sys.executable, '-c', 'pass'], stdout=sys.stdout, stderr=sys.stderr)",
     "threads.py": "import threading\nt = threading.Thread(target=int); t.start(); t.join()",
     "again.py": "import ling\nling.cpython.importAllModules()\ndone = True",
-    "strange.py": "import sys\nclass Strange:\n  __path__ = 5\n  def __getattr__(self, n): raise KeyError(n)\n"
+    "strange.py": "import sys\nclass Strange:\n  __path__ = 5\n  def __getattr__(self, n): raise AttributeError(n)\n"
     "sys.modules[__name__] = Strange()",
     "_hidden.py": "",
     "this.py": "raise AssertionError('imported')",
