@@ -3,9 +3,8 @@
 #include "contestants.h"
 #include "ling/ling.h"
 
-#include <benchmark/benchmark.h>
-
 #include <Python.h>
+#include <benchmark/benchmark.h>
 
 #include <chrono>
 #include <cstdio>

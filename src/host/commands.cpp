@@ -1,9 +1,9 @@
 // The commands that run Python and end.
 #include "host/commands.h"
 
-#include <cstdio>
-
 #include "ling/reflection.h"
+
+#include <cstdio>
 
 namespace ling::host {
 

@@ -1,11 +1,11 @@
 // The commands: each returns the exit status of the process.
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include "host/inspect.h"
 #include "host/python_session.h"
+
+#include <string>
+#include <vector>
 
 namespace ling::host {
 

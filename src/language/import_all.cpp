@@ -65,6 +65,9 @@ Result<None> export_tree(const String& name, const String& python_name, int dept
   PyObjectPtr module;
   {
     const process_shield shield;
+    if (!shield) {
+      return None();
+    }
     TRY(import(python_name, module));
     if (!module || export_python_module(name, python_name).is_error()) {
       return None();

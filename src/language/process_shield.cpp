@@ -32,7 +32,7 @@ constinit const python_helper shield_helper("shield", R"(def shield():
     names = "stdin", "stdout", "stderr"
     real = {name: getattr(sys, name, None) for each in names for name in (each, f"__{each}__")}
     kept = [attempt(os.dup, number) for number in range(3)]
-    arguments, environment, variables = sys.argv, os.environ, dict(os.environ)
+    arguments, environment, variables = getattr(sys, "argv", [""]), os.environ, dict(os.environ)
     directory = attempt(os.getcwd)
     handlers = {number: signal.getsignal(number) for number in signal.valid_signals()}
 
@@ -41,8 +41,9 @@ constinit const python_helper shield_helper("shield", R"(def shield():
         mode = "r" if name == "stdin" else "w"
         for each in name, f"__{name}__":
             stream = Stream(open(os.devnull, mode, encoding="utf-8", errors="replace"))
-            shown.append((stream, real[each]))
-            setattr(sys, each, stream)
+            shown.append((each, stream))
+    for each, stream in shown:  # from here on nothing fails
+        setattr(sys, each, stream)
     sys.argv = [""]
 
     def restore_file(number, file):
@@ -52,10 +53,9 @@ constinit const python_helper shield_helper("shield", R"(def shield():
         os.close(file)
 
     def restore():
-        for stream, target in shown:
-            stream.target = target
-        for name, stream in real.items():
-            setattr(sys, name, stream)
+        for each, stream in shown:
+            stream.target = real[each]
+            setattr(sys, each, real[each])
         for number, file in enumerate(kept):
             if file is not None:
                 restore_file(number, file)

@@ -15,9 +15,11 @@ class [[nodiscard]] process_shield {
   ~process_shield();
   process_shield(const process_shield&) = delete;
   process_shield& operator=(const process_shield&) = delete;
+  // Whether there is a shield; a process that has run out of files gets none.
+  explicit operator bool() const noexcept { return static_cast<bool>(restore_); }
 
  private:
-  PyObjectPtr restore_;  // null when there was nothing to be done
+  PyObjectPtr restore_;
 };
 
 }  // namespace ling::cpython

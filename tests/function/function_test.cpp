@@ -1,9 +1,8 @@
 // Python callables as the host's: signatures, defaults, calls, identity, and functions from source text.
-#include "function/python_function.h"
-
 #include "bridge/python.h"
 #include "bridge/python_call.h"
 #include "function/annotation.h"
+#include "function/python_function.h"
 #include "ling/ling.h"
 
 namespace ling::cpython {
@@ -29,54 +28,54 @@ class PythonFunction : public PythonTest {
 };
 
 TEST_F(PythonFunction, MapsAnnotationsToTypes) {
-  const PyObjectPtr names = run(
-      "import typing, datetime, decimal, inspect, collections.abc, types\n"
-      "class Own: pass\n"
-      "class String: pass\n"
-      "result = dict(globals())");
+  const PyObjectPtr names =
+      run("import typing, datetime, decimal, inspect, collections.abc, types\n"
+          "class Own: pass\n"
+          "class String: pass\n"
+          "result = dict(globals())");
   const struct {
     const char* annotation;
     const char* type;
   } rows[] = {
-      {"int",                              "Integer"       },
-      {"'int'",                            "Integer"       },
-      {"' builtins.int '",                 "Integer"       },
-      {"bool",                             "Boolean"       },
-      {"float",                            "Float"         },
-      {"str",                              "String"        },
-      {"bytes",                            "ByteArray"     },
-      {"memoryview",                       "ByteArray"     },
-      {"None",                             "None"          },
-      {"type(None)",                       "None"          },
-      {"'None'",                           "None"          },
-      {"inspect.Parameter.empty",          "Any"           },
-      {"typing.Any",                       "Any"           },
-      {"list",                             "List"          },
-      {"list[int]",                        "List"          },
-      {"typing.List[str]",                 "List"          },
-      {"'typing.List[int]'",               "List"          },
-      {"'list [ int ]'",                   "List"          },
-      {"collections.abc.Sequence[int]",    "List"          },
-      {"typing.Mapping[str, int]",         "HashMap"       },
-      {"'collections.abc.MutableMapping'", "HashMap"       },
-      {"typing.Set[int]",                  "HashSet"       },
-      {"frozenset",                        "frozenset"     },
-      {"tuple[int, ...]",                  "Tuple"         },
-      {"typing.Callable[[int], str]",      "I_Callable"    },
-      {"collections.abc.Callable",         "I_Callable"    },
-      {"typing.Optional[int]",             "Any"           },
-      {"'int | None'",                     "Integer"       },
-      {"datetime.date",                    "Date"          },
-      {"datetime.datetime",                "DateTime"      },
-      {"datetime.time",                    "Time"          },
-      {"decimal.Decimal",                  "Decimal"       },
-      {"Own",                              "Own"           },
-      {"'Own'",                            "Any"           },
-      {"String",                           "String"        }, // the host's, by its name
+      {"int",                              "Integer"        },
+      {"'int'",                            "Integer"        },
+      {"' builtins.int '",                 "Integer"        },
+      {"bool",                             "Boolean"        },
+      {"float",                            "Float"          },
+      {"str",                              "String"         },
+      {"bytes",                            "ByteArray"      },
+      {"memoryview",                       "ByteArray"      },
+      {"None",                             "None"           },
+      {"type(None)",                       "None"           },
+      {"'None'",                           "None"           },
+      {"inspect.Parameter.empty",          "Any"            },
+      {"typing.Any",                       "Any"            },
+      {"list",                             "List"           },
+      {"list[int]",                        "List"           },
+      {"typing.List[str]",                 "List"           },
+      {"'typing.List[int]'",               "List"           },
+      {"'list [ int ]'",                   "List"           },
+      {"collections.abc.Sequence[int]",    "List"           },
+      {"typing.Mapping[str, int]",         "HashMap"        },
+      {"'collections.abc.MutableMapping'", "HashMap"        },
+      {"typing.Set[int]",                  "HashSet"        },
+      {"frozenset",                        "frozenset"      },
+      {"tuple[int, ...]",                  "Tuple"          },
+      {"typing.Callable[[int], str]",      "I_Callable"     },
+      {"collections.abc.Callable",         "I_Callable"     },
+      {"typing.Optional[int]",             "Any"            },
+      {"'int | None'",                     "Integer"        },
+      {"datetime.date",                    "Date"           },
+      {"datetime.datetime",                "DateTime"       },
+      {"datetime.time",                    "Time"           },
+      {"decimal.Decimal",                  "Decimal"        },
+      {"Own",                              "Own"            },
+      {"'Own'",                            "Any"            },
+      {"String",                           "String"         }, // the host's, by its name
       {"'EvaluationError'",                "EvaluationError"},
-      {"typing.TypeVar('T')",              "Any"           },
-      {"''",                               "Any"           },
-      {"3",                                "Any"           },
+      {"typing.TypeVar('T')",              "Any"            },
+      {"''",                               "Any"            },
+      {"3",                                "Any"            },
   };
   for (const auto& row : rows) {
     const PyObjectPtr code(Py_CompileString(row.annotation, "<case>", Py_eval_input));
@@ -92,25 +91,25 @@ TEST_F(PythonFunction, TellsItsSignature) {
     const char* statements;
     const char* signature;
   } rows[] = {
-      {"def f(a: int, b=2, *rest): pass",                                   "(a: Integer, b, rest=2)"                 },
-      {"def f(): pass",                                                     "()"                                        },
-      {"def f(a, b, /, c, *, d: str, e=1): pass",                           "(a, b, c, d: String, e)"                   },
-      {"def f(*args: int, **kwargs: str): pass",                            "(args: Integer, kwargs: String)"           },
-      {"def f(a: 'int', b: 'list[str]') -> 'str': pass",                    "(a: Integer, b: List) -> String"           },
-      {"from __future__ import annotations\ndef f(a: int) -> bool: pass",   "(a: Integer) -> Boolean"                   },
-      {"from __future__ import annotations\ndef f(a: nobody) -> int: pass", "(a) -> Integer"                            },
-      {"def f() -> None: pass",                                             "() -> None"                                },
-      {"import functools\ndef g(a, b: int, c): pass\nf = functools.partial(g, 1)", "(b: Integer, c)"                    },
-      {"import functools\ndef d(g):\n @functools.wraps(g)\n def w(*a): return g(*a)\n return w\n@d\ndef f(x: int) -> str: pass",
-                                                                            "(x: Integer) -> String"                    },
-      {"class A:\n def m(self, a: int): pass\nf = A().m",                   "(a: Integer)"                              },
-      {"class A:\n def __call__(self, a: float): pass\nf = A()",            "(a: Float)"                                },
-      {"class f:\n def __init__(self, a: str): pass",                       "(a: String)"                               },
-      {"f = len",                                                           "(obj)"                                     },
-      {"f = min",                                                           "no signature found for builtin <built-in function min>"},
-      {"class A:\n __signature__ = property(lambda s: 1 / 0)\n def __call__(s): pass\nf = A()", "division by zero"      },
+      {"def f(a: int, b=2, *rest): pass",                                          "(a: Integer, b, rest=2)"        },
+      {"def f(): pass",                                                            "()"                             },
+      {"def f(a, b, /, c, *, d: str, e=1): pass",                                  "(a, b, c, d: String, e)"        },
+      {"def f(*args: int, **kwargs: str): pass",                                   "(args: Integer, kwargs: String)"},
+      {"def f(a: 'int', b: 'list[str]') -> 'str': pass",                           "(a: Integer, b: List) -> String"},
+      {"from __future__ import annotations\ndef f(a: int) -> bool: pass",          "(a: Integer) -> Boolean"        },
+      {"from __future__ import annotations\ndef f(a: nobody) -> int: pass",        "(a) -> Integer"                 },
+      {"def f() -> None: pass",                                                    "() -> None"                     },
+      {"import functools\ndef g(a, b: int, c): pass\nf = functools.partial(g, 1)", "(b: Integer, c)"                },
+      {"import functools\ndef d(g):\n @functools.wraps(g)\n def w(*a): return g(*a)\n return w\n@d\ndef f(x: int) -> "
+       "str: pass",                                                                           "(x: Integer) -> String"                                                                                                  },
+      {"class A:\n def m(self, a: int): pass\nf = A().m",                                                                          "(a: Integer)"},
+      {"class A:\n def __call__(self, a: float): pass\nf = A()",                                                                          "(a: Float)"                                                                                           },
+      {"class f:\n def __init__(self, a: str): pass",                                                                          "(a: String)"},
+      {"f = len",                                                                          "(obj)"                                                                                                                               },
+      {"f = min",                                                                          "no signature found for builtin <built-in function min>"},
+      {"class A:\n __signature__ = property(lambda s: 1 / 0)\n def __call__(s): pass\nf = A()",                                                                          "division by zero"                                                 },
       {"class A:\n __signature__ = 3\n def __call__(s): pass\nf = A()",
-                                                "unexpected object 3 in __signature__ attribute"                        },
+       "unexpected object 3 in __signature__ attribute"},
   };
   for (const auto& row : rows) {
     std::string told = signature(row.statements);
@@ -140,7 +139,8 @@ TEST_F(PythonFunction, AsksForItsSignatureUntilItGetsOne) {
 }
 
 TEST_F(PythonFunction, IsCalledWithPositionsAndNames) {
-  const CPythonFunction made = function("def f(a, /, b=2, *rest, c, d=4, **more): return repr((a, b, rest, c, d, more))");
+  const CPythonFunction made =
+      function("def f(a, /, b=2, *rest, c, d=4, **more): return repr((a, b, rest, c, d, more))");
   const auto named = [&](const char* keywords, std::vector<Any> positional) {
     const HashMap_Generic names;
     for (const char* name = keywords; *name != '\0'; ++name) {
@@ -166,7 +166,8 @@ TEST_F(PythonFunction, ReadsAndWritesDefaultsAllOrNothing) {
   EXPECT_TRUE(is_none(made.setPropertyValue(defaults, List_Generic(std::vector<Any>{Any(7)}))));
   EXPECT_EQ(read(), "[7]");
   EXPECT_EQ(made.signature()->requiredParameterCount(), 2u);
-  EXPECT_EQ(text(made.setPropertyValue(defaults, List_Generic(std::vector<Any>{Any(1), Error("no paper")}))), "no paper");
+  EXPECT_EQ(text(made.setPropertyValue(defaults, List_Generic(std::vector<Any>{Any(1), Error("no paper")}))),
+            "no paper");
   EXPECT_EQ(read(), "[7]");
   for (const char* without : {"f = len", "def f(*, a=1): pass", "class f: __defaults__ = 3"}) {
     EXPECT_EQ(text(function(without).propertyValue(defaults)), "[]") << without;
@@ -197,29 +198,30 @@ TEST_F(PythonFunction, IsMadeFromSourceText) {
     const char* source;
     const char* outcome;  // of a call with 20 and 22
   } rows[] = {
-      {"lambda a, b: a + b",                                   "42"                                                },
-      {" def add(a, b) :\n  return a + b\n",                   "42"                                                },
-      {"def\tadd(a: int, b):\n\treturn a + b",                 "42"                                                },
-      {"return args[0] + args[1]",                             "42"                                                },
-      {"x = sum(args)\nif x:\n  return x",                     "42"                                                },
-      {"return ling.List is not None",                         "true"                                              },
-      {"pass",                                                 "None"                                              },
-      {"return __name__",                                      "builtins"                                          },
-      {"default = 3",                                          "None"                                              },
-      {"def (a): pass",                                        "invalid syntax"                                    },
-      {"def",                                                  "invalid syntax"                                    },
-      {"def f(a, b): return a +",                              "invalid syntax"                                    },
-      {"lambda a: a a",                                        "invalid syntax"                                    },
-      {"lambda a: a, 3",                                       "The source object isn't a function."               },
-      {"def f(): pass\ndel f",                                 "Unable to find the function: f."                   },
-      {"def f(): pass\nraise SystemExit('no')",                "no"                                                },
+      {"lambda a, b: a + b",                    "42"                                 },
+      {" def add(a, b) :\n  return a + b\n",    "42"                                 },
+      {"def\tadd(a: int, b):\n\treturn a + b",  "42"                                 },
+      {"return args[0] + args[1]",              "42"                                 },
+      {"x = sum(args)\nif x:\n  return x",      "42"                                 },
+      {"return ling.List is not None",          "true"                               },
+      {"pass",                                  "None"                               },
+      {"return __name__",                       "builtins"                           },
+      {"default = 3",                           "None"                               },
+      {"def (a): pass",                         "invalid syntax"                     },
+      {"def",                                   "invalid syntax"                     },
+      {"def f(a, b): return a +",               "invalid syntax"                     },
+      {"lambda a: a a",                         "invalid syntax"                     },
+      {"lambda a: a, 3",                        "The source object isn't a function."},
+      {"def f(): pass\ndel f",                  "Unable to find the function: f."    },
+      {"def f(): pass\nraise SystemExit('no')", "no"                                 },
   };
   for (const auto& row : rows) {
     const auto made = compile_function(row.source);
     const std::string outcome = made.is_error() ? text(made) : text(made.value()(20, 22));
     // Errors of syntax quote the text before they say what is wrong.
     EXPECT_TRUE(outcome == row.outcome || outcome.ends_with(std::string("SyntaxError: ") + row.outcome + "\n"))
-        << row.source << "\n" << outcome;
+        << row.source << "\n"
+        << outcome;
   }
   const auto of_class = CPythonFunction::getClass();
   EXPECT_EQ(text(I_Callable_Generic::unchecked(of_class(String("lambda *_: 5")))()), "5");

@@ -1,7 +1,6 @@
 // Python as one of the host's languages, through the handle that hosts use.
-#include "corvantis/python_language.h"
-
 #include "bridge/python.h"
+#include "corvantis/python_language.h"
 #include "language/cpython_language.h"
 #include "ling/ling.h"
 
@@ -24,8 +23,8 @@ TEST_F(Language, EvaluatesFromTheClass) {
   const EvaluationScope scope({}, {}, locals, {});
   EXPECT_EQ(text(CPythonLanguage::evaluateExpression("y + 1", scope)), "42");
   EXPECT_EQ(text(CPythonLanguage::evaluate("return y", scope)), "41");
-  EXPECT_EQ(repr(to_python(CPythonLanguage::resolve("math.inf"))), repr(to_python(CPythonLanguage::evaluateExpression(
-                                                                       "__import__('math').inf"))));
+  EXPECT_EQ(repr(to_python(CPythonLanguage::resolve("math.inf"))),
+            repr(to_python(CPythonLanguage::evaluateExpression("__import__('math').inf"))));
   EXPECT_TRUE(CPythonLanguage::resolve("nosuchmodule.x").is_error());
   EXPECT_EQ(text(CPythonLanguage::toCode("it's")), "\"it's\"");
   EXPECT_EQ(text(CPythonLanguage::toCode(List_Generic({1, "a"}))), "[1, \"a\"]");

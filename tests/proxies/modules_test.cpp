@@ -1,7 +1,6 @@
 // Python modules as the host sees them.
-#include "bridge/python_modules.h"
-
 #include "bridge/python.h"
+#include "bridge/python_modules.h"
 #include "ling/ling.h"
 #include "proxies/python_module.h"
 
@@ -17,7 +16,9 @@ class PythonModule : public PythonTest {
     EXPECT_TRUE(made);
     return export_python_module(String("test.{}").arg(name.c_str()), name.c_str());
   }
-  static std::string names(const HashMap_Generic& map) { return std::string(display_text(*I_Map_Generic::unchecked(map).keys()).view()); }
+  static std::string names(const HashMap_Generic& map) {
+    return std::string(display_text(*I_Map_Generic::unchecked(map).keys()).view());
+  }
   static Any member(const Any& value, const char* name) { return value.propertyValue(meta_property_untyped(name)); }
 };
 
@@ -51,8 +52,9 @@ TEST_F(PythonModule, ShowsWhatItHoldsUnderPublicNames) {
 }
 
 TEST_F(PythonModule, IsTheHomeOfTheClassesThatItDefines) {
-  const auto user = exported("user", "import types\nfrom types import SimpleNamespace as Other\n"
-                                     "class Own: pass\nOwn.__module__ = \"owner\"");
+  const auto user = exported("user",
+                             "import types\nfrom types import SimpleNamespace as Other\n"
+                             "class Own: pass\nOwn.__module__ = \"owner\"");
   ASSERT_TRUE(user);
   const Any own = user->classes().get(String("Own"));
   EXPECT_EQ(qualname(own).view(), "test.user.Own") << "the first that shows a homeless class";
@@ -97,8 +99,8 @@ TEST_F(PythonModule, IsMadeOnceByEightThreads) {
 }
 
 TEST_F(PythonModule, TreeIsThereFromTheStart) {
-  for (const char* name : {"python", "python.builtins", "python.collections", "python.collections.abc", "python.datetime",
-                           "python.decimal", "python.sys", "python.types", "python.typing"}) {
+  for (const char* name : {"python", "python.builtins", "python.collections", "python.collections.abc",
+                           "python.datetime", "python.decimal", "python.sys", "python.types", "python.typing"}) {
     const auto module = find_module(name);
     ASSERT_TRUE(module) << name;
     const std::string_view text = name;
