@@ -17,10 +17,7 @@ std::string describe(const Any& value) {
 }
 
 TEST_F(FromPython, TestsInOrder) {
-  const struct {
-    const char* expression;
-    const char* expected;
-  } rows[] = {
+  const std::pair<const char*, const char*> rows[] = {
       {"None",                                             "None None"                                        },
       {"NotImplemented",                                   "ling.Undefined Undefined"                         },
       {"True",                                             "ling.Boolean true"                                },
@@ -57,8 +54,8 @@ TEST_F(FromPython, TestsInOrder) {
       {"KeyboardInterrupt()",                              "ling.cpython.CPythonObject "                      },
       {"ValueError('bad')",                                "ling.Error Error: bad"                            },
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(describe(from_python(eval(row.expression).get())), row.expected) << row.expression;
+  for (const auto& [expression, expected] : rows) {
+    EXPECT_EQ(describe(from_python(eval(expression).get())), expected) << expression;
   }
   EXPECT_TRUE(from_python(nullptr).empty());
   const auto nan = Float::cast(from_python(eval("float('nan')").get()));
@@ -75,10 +72,7 @@ TEST_F(FromPython, CopiesBytesOfAllKinds) {
 }
 
 TEST_F(FromPython, KnowsTheClassesOfBuiltinTypes) {
-  const struct {
-    const char* expression;
-    Class_Generic expected;
-  } rows[] = {
+  const std::pair<const char*, Class_Generic> rows[] = {
       {"bytearray",                       ByteArray::getClass()    },
       {"bytes",                           ByteArray::getClass()    },
       {"memoryview",                      ByteArray::getClass()    },
@@ -90,16 +84,13 @@ TEST_F(FromPython, KnowsTheClassesOfBuiltinTypes) {
       {"__import__('datetime').datetime", DateTime::getClass()     },
       {"__import__('decimal').Decimal",   Decimal::getClass()      },
   };
-  for (const auto& row : rows) {
-    EXPECT_TRUE(from_python(eval(row.expression).get()).is_same(row.expected)) << row.expression;
+  for (const auto& [expression, expected] : rows) {
+    EXPECT_TRUE(from_python(eval(expression).get()).is_same(expected)) << expression;
   }
 }
 
 TEST_F(FromPython, TurnsFailuresIntoErrors) {
-  const struct {
-    const char* expression;
-    const char* message;
-  } rows[] = {
+  const std::pair<const char*, const char*> rows[] = {
       {"2**63",                                             "int too big to convert"            },
       {"-2**63 - 1",                                        "int too big to convert"            },
       {"type('N', (int,), {'__int__': lambda s: 2**70})()", "int too big to convert"            },
@@ -107,10 +98,10 @@ TEST_F(FromPython, TurnsFailuresIntoErrors) {
       {"type('N', (), {'__int__': lambda s: 1 // 0})()",    "integer division or modulo by zero"},
       {"type('N', (), {'__int__': lambda s: 'text'})()",    "__int__ returned non-int"          },
   };
-  for (const auto& row : rows) {
-    const Any value = from_python(eval(row.expression).get());
-    ASSERT_TRUE(is_error_result(value)) << row.expression;
-    EXPECT_TRUE(Error::unchecked(value).message().startsWith(row.message)) << Error::unchecked(value).message().view();
+  for (const auto& [expression, message] : rows) {
+    const Any value = from_python(eval(expression).get());
+    ASSERT_TRUE(is_error_result(value)) << expression;
+    EXPECT_TRUE(Error::unchecked(value).message().startsWith(message)) << Error::unchecked(value).message().view();
   }
 }
 
@@ -149,11 +140,7 @@ TEST_F(FromPython, LeavesAPendingExceptionAlone) {
     const PyObjectPtr mine = eval("KeyError('mine')");
     PyErr_SetObject(PyExc_KeyError, mine.get());
     EXPECT_EQ(describe(from_python(object.get())), expected);
-    PyObject *type = nullptr, *pending = nullptr, *traceback = nullptr;
-    PyErr_Fetch(&type, &pending, &traceback);
-    EXPECT_EQ(pending, mine.get()) << expression;
-    PyErr_Restore(type, pending, traceback);
-    PyErr_Clear();
+    EXPECT_EQ(take_pending().get(), mine.get()) << expression;
   }
 }
 

@@ -32,6 +32,15 @@ inline std::string repr(const PyObjectPtr& object) {
   return bytes ? PyBytes_AsString(bytes.get()) : "";
 }
 
+// The exception that is pending, which then is no more.
+inline PyObjectPtr take_pending() {
+  PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
+  PyErr_Fetch(&type, &value, &traceback);
+  PyErr_NormalizeException(&type, &value, &traceback);
+  const PyObjectPtr owned_type(type), owned_traceback(traceback);
+  return PyObjectPtr(value);
+}
+
 // The memory blocks that Python's own allocator has given out; 0 when another allocator serves.
 inline long long allocated_blocks() {
   const PyObjectPtr count = run("import gc, sys\ngc.collect()\nresult = sys.getallocatedblocks()");

@@ -40,19 +40,16 @@ class LoggingBridge : public PythonTest {
 using lines = std::vector<std::string>;
 
 TEST_F(LoggingBridge, PassesRecordsOnWithLevelAndMessage) {
-  const struct {
-    const char* code;
-    lines expected;
-  } cases[] = {
+  const std::pair<const char*, lines> cases[] = {
       {"logging.info('x')",                                                                      {"20 x"}                   },
       {"logging.getLogger('app').warning('%s of %d', 'a', 1)",                                   {"30 a of 1"}              },
       {"logging.getLogger('app').log(35, 'between')\nlogging.critical('\\u00e9')",               {"35 between", "50 \u00e9"}},
       {"logging.debug('dropped')",                                                               {}                         },
       {"logging.getLogger().setLevel(logging.DEBUG)\nlogging.getLogger('app').debug('lowered')", {"10 lowered"}             },
   };
-  for (const auto& each : cases) {
-    log(each.code);
-    EXPECT_EQ(take_lines(), each.expected) << each.code;
+  for (const auto& [code, expected] : cases) {
+    log(code);
+    EXPECT_EQ(take_lines(), expected) << code;
   }
 }
 

@@ -49,11 +49,7 @@ TEST(SearchPaths, AreTheArchivesAndPackagesBesideTheModule) {
 }
 
 TEST(SearchPaths, EndWithTheFolderThatTheEnvironmentNames) {
-  const struct {
-    const char* local;
-    const char* profile;
-    const char* expected;
-  } rows[] = {
+  const std::tuple<const char*, const char*, const char*> rows[] = {
       {"/local", "/profile", "/local/Corvantis/Python313"                },
       {"",       "/profile", "/profile/AppData/Local/Corvantis/Python313"},
       {nullptr,  "/profile", "/profile/AppData/Local/Corvantis/Python313"},
@@ -63,10 +59,10 @@ TEST(SearchPaths, EndWithTheFolderThatTheEnvironmentNames) {
   const auto set = [](const char* name, const char* value) {
     value == nullptr ? unsetenv(name) : setenv(name, value, 1);
   };
-  for (const auto& row : rows) {
-    set("LOCALAPPDATA", row.local);
-    set("USERPROFILE", row.profile);
-    const auto expected = row.expected == nullptr ? std::nullopt : std::optional<fs::path>(row.expected);
+  for (const auto& [local, profile, folder] : rows) {
+    set("LOCALAPPDATA", local);
+    set("USERPROFILE", profile);
+    const auto expected = folder == nullptr ? std::nullopt : std::optional<fs::path>(folder);
     EXPECT_EQ(user_folder(), expected);
   }
 }

@@ -109,12 +109,6 @@ TEST(StartupDeathTest, HappensOnceWhoeverComesFirst) {
 
 using Startup = PythonTest;
 
-TEST_F(Startup, LeavesSingletonsThatCannotBeReleasedAway) {
-  for (PyObject* singleton : {Py_None, Py_True, Py_False, Py_NotImplemented}) {
-    EXPECT_GE(Py_REFCNT(singleton), Py_ssize_t{1} << 29);
-  }
-}
-
 TEST_F(Startup, LetsPythonImportTheHostsModules) {
   EXPECT_EQ(repr(eval(importers)), "1");
   EXPECT_EQ(repr(eval("__import__('ling.cpython').cpython.doc")), "'Interface to Python language.'");
@@ -126,24 +120,15 @@ TEST_F(Startup, LetsPythonImportTheHostsModules) {
 TEST_F(Startup, RegistersFunctionsWithTheirDescriptions) {
   const auto module = find_module("ling.cpython");
   ASSERT_TRUE(module);
-  const struct {
-    const char* name;
-    const char* parameters;
-    const char* doc;
-  } rows[] = {
-      {"evaluate",             "code scope", "Evaluates Python code."       },
-      {"evaluate_expr",        "code scope", "Evaluates Python expression." },
-      {"cpython_add_sys_path", "path",       "Adds a path to sys.path once."},
+  const std::pair<const char*, const char*> rows[] = {
+      {"evaluate",             "Evaluates Python code."       },
+      {"evaluate_expr",        "Evaluates Python expression." },
+      {"cpython_add_sys_path", "Adds a path to sys.path once."},
   };
-  for (const auto& row : rows) {
-    const auto function = I_Callable_Generic::cast(module->callables().get(row.name));
-    ASSERT_TRUE(function) << row.name;
-    std::string parameters;
-    for (const Parameter& parameter : function->signature()->parameters()) {
-      parameters.append(parameters.empty() ? "" : " ").append(parameter.name().view());
-    }
-    EXPECT_EQ(parameters, row.parameters);
-    EXPECT_EQ(function->doc(), row.doc);
+  for (const auto& [name, doc] : rows) {
+    const auto function = I_Callable_Generic::cast(module->callables().get(name));
+    ASSERT_TRUE(function) << name;
+    EXPECT_EQ(function->doc(), doc);
   }
   EXPECT_EQ(display_text(module->propertyValue(meta_property_untyped("doc"))), "Interface to Python language.");
 }

@@ -17,65 +17,54 @@ class Evaluation : public PythonTest {
     return repr(to_python(result));
   }
   static std::string run_code(const char* code, const Any& scope = {}) { return text(evaluate(code, scope)); }
-  static HashMap_Generic map(std::initializer_list<std::pair<const char*, Any>> entries) {
+  // Of keys and values in turn.
+  static HashMap_Generic map(std::initializer_list<Any> entries) {
     const HashMap_Generic result;
-    for (const auto& [key, value] : entries) {
-      result.set(String(key), value);
+    for (const Any* each = entries.begin(); each != entries.end(); each += 2) {
+      result.set(each[0], each[1]);
     }
     return result;
   }
-  static HashMap_Generic three_names() {
-    return map({
-        {"a", Any(1)},
-        {"b", Any(2)},
-        {"c", Any(3)}
-    });
-  }
+  static EvaluationScope with_locals(const Any& variables) { return EvaluationScope({}, {}, variables, {}); }
+  static EvaluationScope with_out_locals(const Any& variables) { return EvaluationScope({}, {}, {}, variables); }
 };
 
 TEST_F(Evaluation, GivesWhatTheCodeReturns) {
-  const struct {
-    const char* code;
-    const char* result;
-  } rows[] = {
-      {"return 1 + 2",                                                    "3"         },
-      {"x = 1",                                                           "None"      },
-      {"x = 1\n",                                                         "None"      },
-      {"return",                                                          "None"      },
-      {"return self",                                                     "None"      },
-      {"return 1\r\n",                                                    "1"         },
-      {"if True:\n\treturn 'tab'",                                        "'tab'"     },
-      {"if True:\n    return 'spaces'",                                   "'spaces'"  },
-      {"größe = 'ß\\u20ac'\nreturn größe",                           "'ß€'"   },
-      {"",                                                                "None"      },
-      {" # \n\n#",                                                        "None"      },
-      {"x = 1\rreturn x",                                                 "1"         },
+  const std::pair<const char*, const char*> rows[] = {
+      {"return 1 + 2",                                                      "3"                            },
+      {"x = 1",                                                             "None"                         },
+      {"x = 1\n",                                                           "None"                         },
+      {"return",                                                            "None"                         },
+      {"return self",                                                       "None"                         },
+      {"return 1\r\n",                                                      "1"                            },
+      {"if True:\n\treturn 'tab'",                                          "'tab'"                        },
+      {"if True:\n    return 'spaces'",                                     "'spaces'"                     },
+      {"größe = 'ß\\u20ac'\nreturn größe",                             "'ß€'"                      },
+      {"",                                                                  "None"                         },
+      {" # \n\n#",                                                          "None"                         },
+      {"x = 1\rreturn x",                                                   "1"                            },
  // However the code is indented, its literals stay what they are.
-      {"return '''a\nb'''",                                               "'a\\nb'"   },
-      {"x = 'a\\\r\n b'\nreturn x",                                       "'a b'"     },
+      {"return '''a\nb'''",                                                 "'a\\nb'"                      },
+      {"x = 'a\\\r\n b'\nreturn x",                                         "'a b'"                        },
       {"if 1:\n  x = '# \\'', r\"\"\"\"\\\"\"\"\n \"\"\"  # '''\nreturn x", "(\"# '\", '\"\\\\\"\"\"\\n ')"},
-      {"def twice(n):\n  return n * 2\nreturn twice(21)",                 "42"        },
-      {"def f(n):\n  return n and n + f(n - 1)\nreturn f(4) if 0 else 1", "1"         },
+      {"def twice(n):\n  return n * 2\nreturn twice(21)",                   "42"                           },
+      {"def f(n):\n  return n and n + f(n - 1)\nreturn f(4) if 0 else 1",   "1"                            },
       {"def outer():\n  x = 1\n  def inner():\n    nonlocal x\n    x += 1\n    return x\n  return inner()\nreturn "
-       "outer()",                                                  "2"         },
-      {"class C:\n  x = 2\nreturn C().x",                                 "2"         },
-      {"return [n * n for n in range(3)]",                                "[0, 1, 4]" },
-      {"import math\nreturn math.floor(2.5)",                             "2"         },
-      {"return sorted(k for k in locals())",                              "[]"        },
-      {"try:\n  raise ValueError\nexcept ValueError:\n  return 'caught'", "'caught'"  },
+       "outer()",                                                    "2"                            },
+      {"class C:\n  x = 2\nreturn C().x",                                   "2"                            },
+      {"return [n * n for n in range(3)]",                                  "[0, 1, 4]"                    },
+      {"import math\nreturn math.floor(2.5)",                               "2"                            },
+      {"return sorted(k for k in locals())",                                "[]"                           },
+      {"try:\n  raise ValueError\nexcept ValueError:\n  return 'caught'",   "'caught'"                     },
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(run_code(row.code), row.result) << row.code;
+  for (const auto& [code, result] : rows) {
+    EXPECT_EQ(run_code(code), result) << code;
   }
 }
 
 TEST_F(Evaluation, PlacesErrorsInTheCallersText) {
   constexpr std::int64_t none = 0;
-  const struct {
-    const char* code;
-    std::int64_t line, column;
-    const char* message;
-  } rows[] = {
+  const std::tuple<const char*, std::int64_t, std::int64_t, const char*> rows[] = {
       {"return 1 +* 2",                           1, 11,   "SyntaxError"                       },
       {"x = 1\nif x:\n  y = = 2",                 3, 7,    "SyntaxError"                       },
       {"a = 1\nb = 2\nreturn 1 // 0",             3, none, "integer division or modulo by zero"},
@@ -87,15 +76,15 @@ TEST_F(Evaluation, PlacesErrorsInTheCallersText) {
       {"x = '''\n'''\nreturn 1 + \\",             4, 1,    "SyntaxError"                       },
   };
   // The declarations of out-locals stand above the code and must not count.
-  for (const Any& out_locals : {Any(), Any(three_names())}) {
-    const EvaluationScope scope({}, {}, {}, out_locals);
-    for (const auto& row : rows) {
-      const Result<Any> result = evaluate(row.code, scope);
+  for (const Any& out_locals : {Any(), Any(map({"a", 1, "b", 2, "c", 3}))}) {
+    const EvaluationScope scope = with_out_locals(out_locals);
+    for (const auto& [code, line, column, message] : rows) {
+      const Result<Any> result = evaluate(code, scope);
       const auto error = EvaluationError::cast(result);
-      ASSERT_TRUE(error) << row.code << ": " << text(result);
-      EXPECT_EQ(error->line(), row.line) << row.code;
-      EXPECT_EQ(error->column().value_or(none), row.column) << row.code;
-      EXPECT_TRUE(error->message().contains(row.message)) << row.code << ": " << text(result);
+      ASSERT_TRUE(error) << code << ": " << text(result);
+      EXPECT_EQ(error->line(), line) << code;
+      EXPECT_EQ(error->column().value_or(none), column) << code;
+      EXPECT_TRUE(error->message().contains(message)) << code << ": " << text(result);
       EXPECT_EQ(PyErr_Occurred(), nullptr);
     }
   }
@@ -108,18 +97,9 @@ TEST_F(Evaluation, RefusesZeroBytesInsteadOfCuttingTheCodeOff) {
 }
 
 TEST_F(Evaluation, LetsTheNearestVariableWin) {
-  const HashMap_Generic globals = map({
-      {"a", Any(1)},
-      {"b", Any(1)},
-      {"c", Any(1)}
-  });
-  const HashMap_Generic locals = map({
-      {"c", Any(3)}
-  });
-  const HashMap_Generic out_locals = map({
-      {"b", Any(2)},
-      {"c", Any(2)}
-  });
+  const HashMap_Generic globals = map({"a", 1, "b", 1, "c", 1});
+  const HashMap_Generic locals = map({"c", 3});
+  const HashMap_Generic out_locals = map({"b", 2, "c", 2});
   const EvaluationScope scope(Any("me"), globals, locals, out_locals);
   EXPECT_EQ(run_code("return (a, b, c, self)", scope), "(1, 2, 3, 'me')");
   EXPECT_EQ(text(evaluate_expr("(a, b, c)", EvaluationScope({}, globals, locals, out_locals))), "(1, 1, 3)");
@@ -135,21 +115,13 @@ TEST_F(Evaluation, TakesTheHostsGlobalVariablesUnlessOthersAreGiven) {
 }
 
 TEST_F(Evaluation, LeavesOutWhatPythonCannotTake) {
-  const HashMap_Generic locals = map({
-      {"broken", Error("no value")},
-      {"fine",   Any(1)           }
-  });
-  locals.set(Any(7), Any("no name"));
-  EXPECT_EQ(run_code("return fine", EvaluationScope({}, {}, locals, {})), "1");
-  EXPECT_EQ(run_code("return broken", EvaluationScope({}, {}, locals, {})), "name 'broken' is not defined");
+  const HashMap_Generic locals = map({"broken", Error("no value"), "fine", 1, 7, "no name"});
+  EXPECT_EQ(run_code("return fine", with_locals(locals)), "1");
+  EXPECT_EQ(run_code("return broken", with_locals(locals)), "name 'broken' is not defined");
 }
 
 TEST_F(Evaluation, GivesOutLocalsBack) {
-  const struct {
-    const char* code;
-    const char* x;      // afterwards; it was 1
-    const char* error;  // part of the message, if any
-  } rows[] = {
+  const std::tuple<const char*, const char*, const char*> rows[] = {
       {"x = 5",                                   "5",    nullptr                  },
       {"x += 1",                                  "2",    nullptr                  },
       {"pass",                                    "1",    nullptr                  },
@@ -160,36 +132,25 @@ TEST_F(Evaluation, GivesOutLocalsBack) {
       {"x = 5\nraise ValueError('late')",         "1",    "late"                   },
       {"del x",                                   "1",    "name 'x' is not defined"},
   };
-  for (const auto& row : rows) {
-    const HashMap_Generic out_locals = map({
-        {"x", Any(1)}
-    });
-    const Result<Any> result = evaluate(row.code, EvaluationScope({}, {}, {}, out_locals));
-    EXPECT_EQ(repr(to_python(out_locals.get(String("x")))), row.x) << row.code;
-    EXPECT_EQ(result.is_error(), row.error != nullptr) << row.code;
-    if (row.error != nullptr) {
-      EXPECT_NE(text(result).find(row.error), std::string::npos) << text(result);
+  for (const auto& [code, x, error] : rows) {
+    const HashMap_Generic out_locals = map({"x", 1});
+    const Result<Any> result = evaluate(code, with_out_locals(out_locals));
+    EXPECT_EQ(repr(to_python(out_locals.get(String("x")))), x) << code;
+    EXPECT_EQ(result.is_error(), error != nullptr) << code;
+    if (error != nullptr) {
+      EXPECT_NE(text(result).find(error), std::string::npos) << text(result);
     }
   }
 }
 
 TEST_F(Evaluation, RefusesOutLocalsThatAreNoVariables) {
-  const HashMap_Generic unset = map({
-      {"x", Error("no value")}
-  });
-  EXPECT_EQ(run_code("pass", EvaluationScope({}, {}, {}, unset)), "name 'x' is not defined");
-  EXPECT_TRUE(evaluate("pass", EvaluationScope(
-                                   {
-  },
-                                   {}, {}, map({{"no name", Any(1)}})))
-                  .is_error());
-  const HashMap_Generic numbered;
-  numbered.set(Any(7), Any(1));
-  EXPECT_EQ(run_code("pass", EvaluationScope({}, {}, {}, numbered)), "The keys of outLocals must be texts, not 7.");
+  EXPECT_EQ(run_code("pass", with_out_locals(map({"x", Error("no value")}))), "name 'x' is not defined");
+  EXPECT_TRUE(evaluate("pass", with_out_locals(map({"no name", 1}))).is_error());
+  EXPECT_EQ(run_code("pass", with_out_locals(map({7, 1}))), "The keys of outLocals must be texts, not 7.");
 }
 
 TEST_F(Evaluation, CountsAnythingButAScopeAsNone) {
-  for (const Any& scope : {Any(), Any(None()), Any(7), Any("scope"), Any(three_names())}) {
+  for (const Any& scope : {Any(), Any(None()), Any(7), Any("scope"), Any(map({"a", 1}))}) {
     EXPECT_EQ(run_code("return self", scope), "None");
     EXPECT_EQ(text(evaluate_expr("1 + 1", scope)), "2");
   }
@@ -215,10 +176,7 @@ TEST_F(Evaluation, SeesTheHostsModules) {
 }
 
 TEST_F(Evaluation, OfExpressions) {
-  const struct {
-    const char* code;
-    const char* result;
-  } rows[] = {
+  const std::pair<const char*, const char*> rows[] = {
       {"[1, 2, 3]",            "[1, 2, 3]"                    },
       {" \t1 + 1",             "2"                            },
       {"(n := 3) + n",         "6"                            },
@@ -227,8 +185,8 @@ TEST_F(Evaluation, OfExpressions) {
       {"None",                 "None"                         },
       {"missing",              "name 'missing' is not defined"},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(text(evaluate_expr(row.code, {})), row.result) << row.code;
+  for (const auto& [code, result] : rows) {
+    EXPECT_EQ(text(evaluate_expr(code, {})), result) << code;
   }
   for (const char* code : {"x = 1", "import os", "1 +", "1\n2"}) {
     const auto error = EvaluationError::cast(evaluate_expr(code, {}));
@@ -247,11 +205,8 @@ TEST_F(Evaluation, KeepsResultsThatComeAfterTheRunHarmless) {
 TEST_F(Evaluation, KeepsRunsOnDifferentThreadsApart) {
   on_eight_threads([](int i) {
     for (int round = 0; round < 20; ++round) {
-      const HashMap_Generic out_locals = map({
-          {"x", Any(i)}
-      });
-      const EvaluationScope scope({}, {}, {}, out_locals);
-      const auto result = evaluate("for _ in range(100): x += 1\nreturn x", scope);
+      const HashMap_Generic out_locals = map({"x", i});
+      const auto result = evaluate("for _ in range(100): x += 1\nreturn x", with_out_locals(out_locals));
       EXPECT_EQ(display_text(result), display_text(Any(i + 100)));
       EXPECT_EQ(display_text(out_locals.get(String("x"))), display_text(Any(i + 100)));
     }
@@ -271,12 +226,7 @@ TEST_F(Evaluation, NestsAndEndsWhenItNeverEnds) {
 
 TEST_F(Evaluation, LeavesNothingBehind) {
   const char* code = "def f(): return len(x)\nx = x + [1]\nreturn f()";
-  const auto once = [&] {
-    return run_code(code, EvaluationScope(
-                              {
-    },
-                              {}, {}, map({{"x", from_python(eval("[0]").get())}})));
-  };
+  const auto once = [&] { return run_code(code, with_out_locals(map({"x", from_python(eval("[0]").get())}))); };
   EXPECT_EQ(once(), "2");
   const long long before = allocated_blocks();
   for (int i = 0; i < 100; ++i) {
@@ -286,10 +236,7 @@ TEST_F(Evaluation, LeavesNothingBehind) {
 }
 
 TEST_F(Evaluation, ResolvesDottedNames) {
-  const struct {
-    const char* name;
-    const char* test;  // in Python, of `found`
-  } rows[] = {
+  const std::pair<const char*, const char*> rows[] = {
       {"os.path",                 "found is __import__('os').path"     },
       {"os",                      "found is __import__('os')"          },
       {"os.",                     "found is __import__('os')"          },
@@ -297,20 +244,12 @@ TEST_F(Evaluation, ResolvesDottedNames) {
       {"collections.abc.Mapping", "found.__name__ == 'Mapping'"        },
       {"",                        "found is None"                      },
   };
-  for (const auto& row : rows) {
-    const Result<Any> found = resolve(row.name);
-    ASSERT_FALSE(found.is_error()) << row.name << ": " << text(found);
-    EXPECT_EQ(text(evaluate_expr(row.test, EvaluationScope(
-                                               {
-    },
-                                               {}, map({{"found", found}}), {}))),
-              "True")
-        << row.name;
+  for (const auto& [name, test] : rows) {
+    const Result<Any> found = resolve(name);
+    ASSERT_FALSE(found.is_error()) << name << ": " << text(found);
+    EXPECT_EQ(text(evaluate_expr(test, with_locals(map({"found", found})))), "True") << name;
   }
-  const struct {
-    const char* name;
-    const char* message;
-  } failures[] = {
+  const std::pair<const char*, const char*> failures[] = {
       {"nosuchmodule.x",  "No module named 'nosuchmodule'"              },
       {"nosuchmodule",    "No module named 'nosuchmodule'"              },
       {"os.nosuchobject", "Unable to find the object: os.nosuchobject." },
@@ -318,8 +257,8 @@ TEST_F(Evaluation, ResolvesDottedNames) {
       {"not_a_module.x",  "Unable to get the module dict: not_a_module."},
   };
   static_cast<void>(run("import sys\nsys.modules['not_a_module'] = 7"));
-  for (const auto& failure : failures) {
-    EXPECT_EQ(text(resolve(failure.name)), failure.message) << failure.name;
+  for (const auto& [name, message] : failures) {
+    EXPECT_EQ(text(resolve(name)), message) << name;
     EXPECT_EQ(PyErr_Occurred(), nullptr);
   }
 }
