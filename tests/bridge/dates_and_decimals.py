@@ -6,6 +6,7 @@ import operator
 import random
 from datetime import date, time, timedelta, timezone
 from decimal import Decimal
+from types import SimpleNamespace
 
 import ling
 
@@ -18,18 +19,18 @@ def expect(actual, expected, what=""):
     assert same, f"{what}: {actual!r} instead of {expected!r}"
 
 
-def through_host(values):
-    there = ling.List(values)
-    return list(there)
-
-
 def described(value):
     """What the host sees: the class, the text, and what the text leaves out."""
-    text = f"{ling.class_of(value).name} {ling.display(value)}"
-    for name in ("zoneName", "fold"):
-        member = ling.property_of(value, name)
-        text += f" {member.getter(value)}" if member is not None else ""
-    return text
+    members = [ling.property_of(value, name) for name in ("zoneName", "fold")]
+    left_out = "".join(f" {member.getter(value)}" for member in members if member is not None)
+    return f"{ling.class_of(value).name} {ling.display(value)}{left_out}"
+
+
+def given(answer, *arguments):
+    """An answer of an odd object; raises one that is an exception."""
+    if isinstance(answer, type) and issubclass(answer, BaseException):
+        raise answer(*arguments)
+    return answer
 
 
 # --- case by case ----------------------------------------------------------------------------------------------------
@@ -45,18 +46,13 @@ class Odd(datetime.tzinfo):
     """A zone that answers what it was made with, or raises it."""
 
     def __init__(self, offset, name="odd"):
-        self.answers = offset, name
-
-    def answer(self, which):
-        if isinstance(self.answers[which], type) and issubclass(self.answers[which], BaseException):
-            raise self.answers[which]("odd")
-        return self.answers[which]
+        self.offset, self.name = offset, name
 
     def utcoffset(self, moment):
-        return self.answer(0)
+        return given(self.offset, "odd")
 
     def tzname(self, moment):
-        return self.answer(1)
+        return given(self.name, "odd")
 
 
 class OddTime(time):
@@ -69,23 +65,11 @@ class OddTime(time):
 
     def __getattribute__(self, name):
         fields = super().__getattribute__("__dict__").get("fields", {})
-        if name not in fields:
-            return super().__getattribute__(name)
-        if isinstance(fields[name], type) and issubclass(fields[name], BaseException):
-            raise fields[name](name)
-        return fields[name]
-
-
-class Difference:
-    def __init__(self, seconds):
-        self.seconds = seconds
-
-    def total_seconds(self):
-        return self.seconds
+        return given(fields[name], name) if name in fields else super().__getattribute__(name)
 
 
 def odd_offset(seconds):
-    return OddTime(utcoffset=lambda: Difference(seconds), tzname=lambda: "odd")
+    return OddTime(utcoffset=lambda: SimpleNamespace(total_seconds=lambda: seconds), tzname=lambda: "odd")
 
 
 def odd_name(name):
@@ -100,27 +84,22 @@ def itself():
 SEEN_BY_HOST = [
     (date(2020, 2, 29), "Date 2020-02-29"),
     (datetime.datetime(2020, 2, 29, 23, 59, 59, 999999), "DateTime 2020-02-29T23:59:59.999999"),
-    (datetime.datetime(1, 1, 1), "DateTime 0001-01-01T00:00:00"),
     (Stamp(9999, 12, 31, tzinfo=timezone.utc), "DateTime 9999-12-31T00:00:00+00:00"),
     (time(10, 20, 30, 123456), "Time 10:20:30.123456  0"),
     (time(1, fold=1), "Time 01:00:00  0"),                                    # without a zone no fold
     (time(1, tzinfo=zone(7200)), "Time 01:00:00+02:00 UTC+02:00 0"),
     (time(1, tzinfo=zone(86399, "far"), fold=1), "Time 01:00:00+23:59:59 far 1"),
-    (time(1, tzinfo=zone(86340)), "Time 01:00:00+23:59 UTC+23:59 0"),
     (time(1, tzinfo=zone(-18000)), "Time 01:00:00  0"),                       # west of UTC
     (time(1, tzinfo=zone(0.5)), "Time 01:00:00  0"),                          # not by whole seconds
-    (time(1, tzinfo=Odd(None)), "Time 01:00:00  0"),
     (time(1, tzinfo=Odd(KeyError)), "Time 01:00:00  0"),
     (time(1, tzinfo=Odd(timedelta(1), "a day")), "Time 01:00:00  0"),         # which Python itself refuses
     (time(1, tzinfo=Odd(timedelta(hours=1), SystemExit)), "Time 01:00:00+01:00  0"),
     (time(1, tzinfo=Odd(timedelta(hours=1), None)), "Time 01:00:00+01:00  0"),
-    (odd_offset(60), "Time 01:00:00+00:01 odd 0"),
     (odd_offset(60.0), "Time 01:00:00+00:01 odd 0"),
     (odd_offset(-1), "Time 01:00:00  0"),
     (odd_offset(2**70), "Time 01:00:00  0"),
     (odd_offset("60"), "Time 01:00:00  0"),
     (odd_offset(float("nan")), "Time 01:00:00  0"),
-    (odd_name(lambda: 5), "Time 01:00:00+01:00  0"),
     (itself(), "Time 01:00:00+01:00  0"),
     (OddTime(fold="?"), "Time 01:00:00  0"),
     (OddTime(month=3, hour=256 + 7), "Time 07:00:00  0"),
@@ -134,31 +113,12 @@ for value, text in SEEN_BY_HOST:
 # Fields that cannot be read leave the object what it is; fields that do not exist are an error.
 for fields in ({"hour": AttributeError}, {"minute": "5"}, {"second": 2**70}, {"microsecond": KeyboardInterrupt}):
     assert ling.class_of(OddTime(**fields)).name == "CPythonObject", fields
-for value, message in [
-    (OddTime(hour=25), "The hour 25 is not between 0 and 23."),
-    (OddTime(microsecond=2**62), "The nanosecond 10000000000 is not between 0 and 999999999."),
-    (odd_offset(float("inf")), "The offset 1000000000000000 is not between 0 and 86399."),
-]:
-    try:
-        ling.display(value)
-    except RuntimeError as error:
-        assert message in str(error), error
-    else:
-        raise AssertionError(message)
-
 # From the host: microseconds, the fold, never a zone.
 expect(ling.Time(1, 2, 3, 999), time(1, 2, 3))
 expect(ling.Time(1, 2, 3, 999_999_999), time(1, 2, 3, 999999))
 expect(ling.Time(1, 2, 3, 4000, 7200, "CEST", 1), time(1, 2, 3, 4, fold=1))
 expect(ling.DateTime(date(1, 1, 1), time(0, 0, tzinfo=timezone.utc)), datetime.datetime(1, 1, 1))
 expect(ling.DateTime.fromString("2020-02-29T10:20:30.5+02:00"), datetime.datetime(2020, 2, 29, 10, 20, 30, 500000))
-for year in (0, 10000, -5):
-    try:
-        ling.Date(year, 1, 1)
-    except ValueError as error:
-        assert str(year) in str(error)
-    else:
-        raise AssertionError(year)
 
 
 class Claim:
@@ -181,16 +141,22 @@ class TextClaim(Claim, str):
 
 
 expect(described(Claim(lambda _: "12.50")), "Decimal 12.50")
-for value, message in [
-    (Claim(lambda _: {}["no text"]), "no text"),
-    (Claim(lambda _: 12), "__str__ returned non-string"),
-    (Claim(lambda _: "twelve"), "The text 'twelve' is not a number for Decimal."),
-    (TextClaim(lambda itself: itself), "maximum recursion depth exceeded"),
+for action, arguments, message in [
+    (ling.display, [OddTime(hour=25)], "The hour 25 is not between 0 and 23."),
+    (ling.display, [OddTime(microsecond=2**62)], "The nanosecond 10000000000 is not between 0 and 999999999."),
+    (ling.display, [odd_offset(float("inf"))], "The offset 1000000000000000 is not between 0 and 86399."),
+    (ling.display, [Claim(lambda _: {}["no text"])], "no text"),
+    (ling.display, [Claim(lambda _: 12)], "__str__ returned non-string"),
+    (ling.display, [Claim(lambda _: "twelve")], "The text 'twelve' is not a number for Decimal."),
+    (ling.display, [TextClaim(lambda itself: itself)], "maximum recursion depth exceeded"),
+    (ling.Date, [0, 1, 1], "0"),
+    (ling.Date, [10000, 1, 1], "10000"),
+    (ling.Date, [-5, 1, 1], "-5"),
 ]:
     try:
-        ling.display(value)
-    except RuntimeError as error:
-        assert message in str(error), error
+        action(*arguments)
+    except (RuntimeError, ValueError) as error:
+        assert message in str(error) and (action is ling.display) is (type(error) is RuntimeError), error
     else:
         raise AssertionError(message)
 
@@ -216,7 +182,7 @@ def random_decimal(digits=40):
 
 
 def check_round_trip(values, text):
-    for value, back in zip(values, through_host(values)):
+    for value, back in zip(values, ling.List(values)):
         expect(back, value)
     for value in random.sample(values, 10_000):
         expect(ling.display(value), text(value), repr(value))
