@@ -109,14 +109,6 @@ TEST(StartupDeathTest, HappensOnceWhoeverComesFirst) {
 
 using Startup = PythonTest;
 
-TEST_F(Startup, LetsPythonImportTheHostsModules) {
-  EXPECT_EQ(repr(eval(importers)), "1");
-  EXPECT_EQ(repr(eval("__import__('ling.cpython').cpython.doc")), "'Interface to Python language.'");
-  EXPECT_FALSE(eval("__import__('ling.missing')"));
-  EXPECT_TRUE(PyErr_ExceptionMatches(PyExc_ModuleNotFoundError));
-  PyErr_Clear();
-}
-
 TEST_F(Startup, RegistersFunctionsWithTheirDescriptions) {
   const auto module = find_module("ling.cpython");
   ASSERT_TRUE(module);

@@ -73,14 +73,6 @@ PROGRAMS = {
         "import logging\nlogging.basicConfig(force=True, level='WARNING', format='%(levelname)s %(message)s')\n"
         "logging.info('dropped'); logging.warning('x'); logging.getLogger('a').error('y')"
     ),
-    "own logging as data": (
-        "import logging.config\nlogging.config.dictConfig({'version': 1, 'handlers': {'e': {'class': 'logging.StreamHandler'}},\n"
-        "  'root': {'handlers': ['e'], 'level': 'WARNING'}})\nlogging.info('dropped'); logging.warning('x')"
-    ),
-    "logger of its own": (
-        "import logging\nlog = logging.getLogger('a'); log.propagate = False; log.addHandler(logging.StreamHandler())\n"
-        "log.setLevel(logging.DEBUG); log.debug('x')"
-    ),
     "signals": "import signal; print(signal.getsignal(signal.SIGINT), signal.getsignal(signal.SIGPIPE))",
 }
 NEIGHBOUR = "value = 5\ndef fail():\n    raise KeyError('neighbour')\n"
@@ -146,10 +138,8 @@ class Run(CommandTest):
 
     def test_keeps_the_program_name_as_given(self):
         self.write("program.py", "import sys; print(sys.argv, sys.path[0])")
-        self.assertEqual(
-            self.ling("run", "./program.py", cwd=self.folder),
-            (0, "['./program.py'] %s\n" % os.path.realpath(self.folder), ""),
-        )
+        expected = "['./program.py'] %s\n" % os.path.realpath(self.folder)
+        self.assertEqual(self.ling("run", "./program.py", cwd=self.folder), (0, expected, ""))
 
     def test_finds_neighbours_of_the_linked_file(self):
         os.mkdir(self.path("elsewhere"))
@@ -170,11 +160,8 @@ class Run(CommandTest):
         self.assertIn("missing.py': [Errno 2] No such file or directory", err)
 
     def test_ends_with_130_on_interrupt(self):
-        process = subprocess.Popen(
-            [COMMAND, "run", self.write("program.py", "import time\nprint('ready', flush=True)\ntime.sleep(100)")],
-            stdout=subprocess.PIPE,
-            stderr=subprocess.PIPE,
-        )
+        program = self.write("program.py", "import time\nprint('ready', flush=True)\ntime.sleep(100)")
+        process = subprocess.Popen([COMMAND, "run", program], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
         process.stdout.readline()
         process.send_signal(signal.SIGINT)
         _, err = process.communicate(timeout=100)
@@ -200,10 +187,6 @@ class Run(CommandTest):
                 environment = {k: v for k, v in os.environ.items() if not k.startswith(("LC_", "LANG"))}
                 status, out, err = self.run_text("print('\u00e9\u4e2d')", env=dict(environment, **variables))
                 self.assertEqual((status, out, err), (0, "\u00e9\u4e2d\n", ""))
-
-    def test_sees_the_host(self):
-        text = "import ling, ling.cpython\nprint(ling.cpython.evaluate('return 40 + 2', None), ling.find_module('ling').name)"
-        self.assertEqual(self.run_text(text), (0, "42 ling\n", ""))
 
 
 class Log(CommandTest):
@@ -236,14 +219,11 @@ class Log(CommandTest):
 class EvalAndExec(CommandTest):
     def test_prints_results(self):
         table = [
-            ("eval", "1 + 2", "3\n"),
             ("eval", "[1, 'a', None]", "[1, 'a', None]\n"),
             ("eval", "'text'", "text\n"),
-            ("eval", "-1", "-1\n"),
             ("eval", "__import__('sys').argv", "['']\n"),
             ("eval", "print('before') or 5", "before\n5\n"),
             ("exec", "x = 2\nreturn x * 21", "42\n"),
-            ("exec", "x = 2", ""),
             ("exec", "print('only this')", "only this\n"),
             ("exec", "import sys\nreturn sys.argv", "['-c']\n"),
             ("exec", "import atexit; atexit.register(print, 'at the end')\nreturn 1", "1\nat the end\n"),
@@ -258,7 +238,6 @@ class EvalAndExec(CommandTest):
             ("eval", "x = 1", 1, "SyntaxError"),
             ("exec", "def f():\n    raise ValueError('deep')\nf()", 1, "ValueError: deep"),
             ("exec", "import sys; sys.exit(3)", 3, ""),
-            ("exec", "raise SystemExit('a reason')", 1, "a reason"),
             ("eval", "exit()", 0, ""),
             ("exec", "raise KeyboardInterrupt", 130, "KeyboardInterrupt"),
         ]
@@ -319,20 +298,8 @@ class Inspect(CommandTest):
 class Usage(CommandTest):
     def test_refuses_wrong_usage(self):
         missing = self.path("missing.so")
-        table = [
-            [],
-            ["walk"],
-            ["run"],
-            ["run", "--walk"],
-            ["eval"],
-            ["eval", "1", "2"],
-            ["inspect"],
-            ["inspect", "ling", "--jason"],
-            ["--load", missing, "eval", "1"],
-            ["--module", missing, "eval", "1"],
-            ["--load"],
-            ["--log-level", "loud", "eval", "1"],
-        ]
+        usage = "", "walk", "run", "run --walk", "eval", "eval 1 2", "--load", "--log-level loud eval 1"
+        table = [line.split() for line in usage] + [[option, missing, "eval", "1"] for option in ("--load", "--module")]
         for arguments in table:
             with self.subTest(arguments):
                 status, out, err = self.ling(*arguments)

@@ -33,12 +33,9 @@ TEST_F(Evaluation, GivesWhatTheCodeReturns) {
   const std::pair<const char*, const char*> rows[] = {
       {"return 1 + 2",                                                      "3"                            },
       {"x = 1",                                                             "None"                         },
-      {"x = 1\n",                                                           "None"                         },
       {"return",                                                            "None"                         },
-      {"return self",                                                       "None"                         },
       {"return 1\r\n",                                                      "1"                            },
       {"if True:\n\treturn 'tab'",                                          "'tab'"                        },
-      {"if True:\n    return 'spaces'",                                     "'spaces'"                     },
       {"größe = 'ß\\u20ac'\nreturn größe",                             "'ß€'"                      },
       {"",                                                                  "None"                         },
       {" # \n\n#",                                                          "None"                         },
@@ -47,13 +44,9 @@ TEST_F(Evaluation, GivesWhatTheCodeReturns) {
       {"return '''a\nb'''",                                                 "'a\\nb'"                      },
       {"x = 'a\\\r\n b'\nreturn x",                                         "'a b'"                        },
       {"if 1:\n  x = '# \\'', r\"\"\"\"\\\"\"\"\n \"\"\"  # '''\nreturn x", "(\"# '\", '\"\\\\\"\"\"\\n ')"},
-      {"def twice(n):\n  return n * 2\nreturn twice(21)",                   "42"                           },
       {"def f(n):\n  return n and n + f(n - 1)\nreturn f(4) if 0 else 1",   "1"                            },
       {"def outer():\n  x = 1\n  def inner():\n    nonlocal x\n    x += 1\n    return x\n  return inner()\nreturn "
        "outer()",                                                    "2"                            },
-      {"class C:\n  x = 2\nreturn C().x",                                   "2"                            },
-      {"return [n * n for n in range(3)]",                                  "[0, 1, 4]"                    },
-      {"import math\nreturn math.floor(2.5)",                               "2"                            },
       {"return sorted(k for k in locals())",                                "[]"                           },
       {"try:\n  raise ValueError\nexcept ValueError:\n  return 'caught'",   "'caught'"                     },
   };
@@ -122,15 +115,12 @@ TEST_F(Evaluation, LeavesOutWhatPythonCannotTake) {
 
 TEST_F(Evaluation, GivesOutLocalsBack) {
   const std::tuple<const char*, const char*, const char*> rows[] = {
-      {"x = 5",                                   "5",    nullptr                  },
-      {"x += 1",                                  "2",    nullptr                  },
-      {"pass",                                    "1",    nullptr                  },
-      {"def f():\n  global x\n  x = 7\nf()",      "7",    nullptr                  },
-      {"def f():\n  x = 7\nf()",                  "1",    nullptr                  },
-      {"x = None",                                "None", nullptr                  },
-      {"for x in range(3): pass\nreturn 'early'", "2",    nullptr                  },
-      {"x = 5\nraise ValueError('late')",         "1",    "late"                   },
-      {"del x",                                   "1",    "name 'x' is not defined"},
+      {"x += 1",                                  "2", nullptr                  },
+      {"def f():\n  global x\n  x = 7\nf()",      "7", nullptr                  },
+      {"def f():\n  x = 7\nf()",                  "1", nullptr                  },
+      {"for x in range(3): pass\nreturn 'early'", "2", nullptr                  },
+      {"x = 5\nraise ValueError('late')",         "1", "late"                   },
+      {"del x",                                   "1", "name 'x' is not defined"},
   };
   for (const auto& [code, x, error] : rows) {
     const HashMap_Generic out_locals = map({"x", 1});
@@ -177,13 +167,9 @@ TEST_F(Evaluation, SeesTheHostsModules) {
 
 TEST_F(Evaluation, OfExpressions) {
   const std::pair<const char*, const char*> rows[] = {
-      {"[1, 2, 3]",            "[1, 2, 3]"                    },
-      {" \t1 + 1",             "2"                            },
-      {"(n := 3) + n",         "6"                            },
-      {"(lambda n: n * 2)(4)", "8"                            },
-      {"'a' 'b'",              "'ab'"                         },
-      {"None",                 "None"                         },
-      {"missing",              "name 'missing' is not defined"},
+      {" \t1 + 1",     "2"   },
+      {"(n := 3) + n", "6"   },
+      {"'a' 'b'",      "'ab'"},
   };
   for (const auto& [code, result] : rows) {
     EXPECT_EQ(text(evaluate_expr(code, {})), result) << code;
@@ -238,7 +224,6 @@ TEST_F(Evaluation, LeavesNothingBehind) {
 TEST_F(Evaluation, ResolvesDottedNames) {
   const std::pair<const char*, const char*> rows[] = {
       {"os.path",                 "found is __import__('os').path"     },
-      {"os",                      "found is __import__('os')"          },
       {"os.",                     "found is __import__('os')"          },
       {"os.path.join",            "found is __import__('os').path.join"},
       {"collections.abc.Mapping", "found.__name__ == 'Mapping'"        },
