@@ -5,7 +5,6 @@
 
 namespace {
 
-using namespace ling;
 using namespace ling::testing;
 
 TEST(Callable, ConvertsArgumentsAndResults) {
@@ -31,10 +30,8 @@ TEST(Callable, ConvertsArgumentsAndResults) {
       {real(2),          "2.0"                                                                                     },
       {real("2"),        "BadArgument: Bad call of 'real': the argument 'a' must be Float, not String: 2"          },
       {maybe(None()),    "nothing"                                                                                 },
-      {maybe("text"),    "text"                                                                                    },
       {maybe(1),         "BadArgument: Bad call of 'maybe': the argument 'a' must be String | None, not Integer: 1"},
       {list("four"),     "[4, 2]"                                                                                  },
-      {none(),           "None"                                                                                    },
       {none(1),          "BadArgument: Bad call of 'none': expected 0 arguments, got 1."                           },
       {fails(),          "Error: it failed"                                                                        },
   });
@@ -61,18 +58,15 @@ TEST(Callable, DefaultsNamesAndVariadics) {
   const auto named = [&](std::vector<Any> positional, std::vector<named_argument> names) {
     return f.object().call_named(positional, names);
   };
-  HashMap_Generic wrong;
-  wrong.set(1, 2);
   expect_outcomes({
       {f(1), "123"},
-      {f(1, 9), "193"},
       {f(), "BadArgument: Bad call of 'f': expected 1 to 3 arguments, got 0."},
       {named({1}, {{"c", 9}}), "129"},
       {named({}, {{"c", 9}, {"a", 4}}), "429"},
       {named({1}, {{"a", 1}}), "BadArgument: Bad call of 'f': the argument 'a' is given twice."},
       {named({1}, {{"d", 1}}), "BadArgument: Bad call of 'f': no parameter is named 'd'."},
       {named({}, {{"b", 1}}), "BadArgument: Bad call of 'f': the argument 'a' is missing."},
-      {f.callWithNamed(wrong), "BadArgument: Bad call of 'f': the name of an argument is not a String: 1."},
+      {f.callWithNamed(make_map({1, 2})), "BadArgument: Bad call of 'f': the name of an argument is not a String: 1."},
       {rest(5), "[5, 0]"},
       {rest(5, "x", 2.5), "[5, 2]"},
       {rest(), "BadArgument: Bad call of 'rest': expected at least 1 argument, got 0."},
@@ -92,7 +86,6 @@ TEST(Callable, BoundMethodsPassTheirReceiver) {
   expect_outcomes({
       {bound("y"), "xy!"},
       {bound.object().call_named({&positional, 1}, {&name, 1}), "xy?"},
-      {bound.signature().value().toString(), "(a: String, b: String = \"!\") -> String"},
       {many.bindInstance("x").callWith(twenty), "20"},
   });
 }

@@ -5,33 +5,28 @@
 
 namespace {
 
-using namespace ling;
 using namespace ling::testing;
 
 struct Shape {
-  String name;
+  explicit Shape(String called) : name(std::move(called)) {}
   virtual ~Shape() = default;
   virtual double area() const { return 0; }
+  String name;
 };
 struct Tagged {
   int tag = 7;
 };
 // The second base lies at another address than the object: a wrong upcast shows.
 struct Square : Tagged, Shape {
-  double side = 0;
+  explicit Square(double length = 0) : Shape("square"), side(length) {}
   double area() const override { return side * side; }
+  double side;
 };
-
-Shape make_shape(const String& name) {
-  Shape shape;
-  shape.name = name;
-  return shape;
-}
 
 constinit const class_definition<Shape> shape_class("Shape", [](class_builder<Shape>& c) {
   c.module("test.shapes")
       .doc("Something with an area.")
-      .constructor("name", "A shape without an area.", &make_shape, {"unnamed"})
+      .constructor("name", "A shape without an area.", [](const String& name) { return Shape(name); }, {"unnamed"})
       .field("note", "Whatever.", "empty")
       .property(
           "name", "What it is called.", [](const Shape& self) { return self.name; },
@@ -46,13 +41,7 @@ constinit const class_definition<Shape> shape_class("Shape", [](class_builder<Sh
 constinit const class_definition<Square> square_class("Square", [](class_builder<Square>& c) {
   c.module("test.shapes")
       .native_parent<Shape>(shape_class.required())
-      .constructor("side", "A square.",
-                   [](double side) {
-                     Square square;
-                     square.side = side;
-                     square.name = "square";
-                     return square;
-                   })
+      .constructor("side", "A square.", [](double side) { return Square(side); })
       .field("corner", "Another field.", 4)
       .property("area", "Side by side.", [](const Square& self) { return self.side * self.side + 0.5; })
       .property("tag", "From the other base.", [](const Square& self) { return self.tag; });
@@ -65,8 +54,6 @@ TEST(Class, MembersAnswerAsDescribed) {
   const Any round = shape("circle");
   EXPECT_TRUE(is_none(round.setFieldValue(note, 3)));
   expect_outcomes({
-      {qualname(shape), "test.shapes.Shape"},
-      {shape.doc(), "Something with an area."},
       {property(shape(), "name"), "unnamed"},
       {call(round, "describe"), "a circle"},
       {call(round, "describe", "the"), "the circle"},
@@ -98,11 +85,7 @@ TEST(Class, ErrorsNameTheCulprit) {
   const class_member* describe = shape_class.required().find_member(meta_method_untyped("describe").entry());
   ASSERT_NE(describe, nullptr);
   expect_outcomes({
-      {shape(1),
-       "BadArgument: Bad call of 'test.shapes.Shape.__init__': the argument 'name' must be String, not Integer: 1"},
       {shape("a", "b"), "BadArgument: Bad call of 'test.shapes.Shape.__init__': expected 0 to 1 arguments, got 2."},
-      {call(round, "describe", 2),
-       "BadArgument: Bad call of 'test.shapes.Shape.describe': the argument 'prefix' must be String, not Integer: 2"},
       {call(round, "missing"), "Error: The method 'missing' is missing in 'Shape'."},
       {property(round, "missing"), "Error: The property 'missing' is missing in 'Shape'."},
       {round.fieldValue(meta_field_untyped("missing")), "Error: The field 'missing' is missing in 'Shape'."},
@@ -118,29 +101,35 @@ TEST(Class, ErrorsNameTheCulprit) {
   });
 }
 
-TEST(Class, MembersAddedLaterReachDescendantsThatDoNotHideThem) {
+TEST(Class, MembersAddedLaterReachDescendantsWhileOthersLookThemUp) {
   auto& parent = *new object_value_class("LateParent");
   auto& child = *new object_value_class("LateChild");
   child.add_parent_unsafe(parent);
   child.add_property_unsafe("own", Property::constant("child"));
   const Any instance = child.allocate_instance();
-  for (int i = 0; i < 200; ++i) {
-    parent.add_property_unsafe(String("p{}").arg(i), Property::constant(i));
-  }
-  parent.add_property_unsafe("own", Property::constant("parent"));
+  std::atomic<bool> done = false;
+  on_eight_threads([&](int thread) {
+    for (int i = 0; thread == 0 && i < 1000; ++i) {
+      parent.add_property_unsafe(String("p{}").arg(i), Property::constant(i));
+    }
+    while (thread != 0 && !done) {
+      ASSERT_EQ(text(property(instance, "own")), "child");
+      ASSERT_LE(child.properties().size(), 1001u);
+    }
+    done = true;
+  });
+  parent.add_property_unsafe("own", Property::constant("hidden"));
   parent.add_property_unsafe("p0", Property::constant("replaced"));
   expect_outcomes({
-      {property(instance, "p199"), "199"},
+      {property(instance, "p999"), "999"},
       {property(instance, "p0"), "replaced"},
       {property(instance, "own"), "child"},
-      {child.properties().size(), "201"},
+      {child.properties().size(), "1001"},
   });
 }
 
 constinit const class_definition<void> recursive_class("Recursive", [](class_builder<void>& c) {
-  const Result<Class_Generic> itself = recursive_class.get();
-  ASSERT_TRUE(itself.is_error());
-  EXPECT_EQ(itself.error().message(), "Recursive call detected while initializing class: Recursive");
+  EXPECT_EQ(message(recursive_class.get()), "Recursive call detected while initializing class: Recursive");
   c.doc("Built all the same.");
 });
 constinit const class_definition<void> wrong_class("Wrong", [](class_builder<void>& c) {
@@ -149,53 +138,12 @@ constinit const class_definition<void> wrong_class("Wrong", [](class_builder<voi
 
 TEST(Class, BuildingReportsRecursionAndWrongAccessors) {
   EXPECT_FALSE(recursive_class.get().is_error());
-  const Result<Class_Generic> wrong = wrong_class.get();
-  ASSERT_TRUE(wrong.is_error());
-  EXPECT_EQ(wrong.error().message(), "[property_builder::getter] Too many parameters in the getter function.");
-  EXPECT_EQ(property_builder_base("x", "")
-                .getter([] { return 1; })
-                .setter([](const Any&, const Any&, const Any&) {})
-                .build()
-                .error()
-                .message(),
+  EXPECT_EQ(message(wrong_class.get()), "[property_builder::getter] Too many parameters in the getter function.");
+  EXPECT_EQ(message(property_builder_base("x", "")
+                        .getter([] { return 1; })
+                        .setter([](const Any&, const Any&, const Any&) {})
+                        .build()),
             "[property_builder::setter] Too many parameters in the setter function.");
-}
-
-constinit const class_definition<void> contested_parent("ContestedParent",
-                                                        [](class_builder<void>& c) { c.module("test.contested"); });
-constinit const class_definition<void> contested_class("Contested", [](class_builder<void>& c) {
-  std::this_thread::yield();
-  c.module("test.contested").parent(contested_parent.required()).constant("x", 1, "");
-});
-
-TEST(Class, EightThreadsGetTheSameLazyClass) {
-  object_value_class* built[8] = {};
-  on_eight_threads([&](int thread) {
-    built[thread] = &contested_class.required();
-    EXPECT_EQ(text(property(built[thread]->allocate_instance(), "x")), "1");
-  });
-  for (object_value_class* each : built) {
-    EXPECT_EQ(each, built[0]);
-  }
-  EXPECT_TRUE(find_module("test.contested").value().classes().get("Contested").is_same(Class_Generic(*built[0])));
-}
-
-TEST(Class, LookupsGoOnWhileMembersAreAdded) {
-  auto& growing = *new object_value_class("Growing");
-  growing.add_property_unsafe("first", Property::constant(1));
-  const Any instance = growing.allocate_instance();
-  std::atomic<bool> done = false;
-  on_eight_threads([&](int thread) {
-    for (int i = 0; thread == 0 && i < 1000; ++i) {
-      growing.add_property_unsafe(String("p{}").arg(i), Property::constant(i));
-    }
-    while (thread != 0 && !done) {
-      ASSERT_EQ(text(property(instance, "first")), "1");
-      ASSERT_LE(growing.properties().size(), 1001u);
-    }
-    done = true;
-  });
-  EXPECT_EQ(growing.properties().size(), 1001u);
 }
 
 }  // namespace

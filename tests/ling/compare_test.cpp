@@ -7,7 +7,6 @@
 
 namespace {
 
-using namespace ling;
 using namespace ling::testing;
 using enum ordering_value;
 
@@ -16,16 +15,6 @@ constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr double two_to_53 = 9007199254740992.0;
 constexpr double two_to_63 = 9223372036854775808.0;
 constexpr double two_to_64 = 18446744073709551616.0;
-
-HashMap_Generic map_of(std::initializer_list<std::pair<Any, Any>> pairs) {
-  HashMap_Generic map;
-  for (const auto& [key, value] : pairs) {
-    map.set(key, value);
-  }
-  return map;
-}
-
-Any set_of(const List_Generic& items) { return construct(HashSet_Generic::getClass(), items); }
 
 // What has no order in one direction has none in the other; Less one way is Greater the other way.
 void expect_order(const Any& a, const Any& b, ordering_value expected) {
@@ -62,12 +51,10 @@ TEST(Compare, FollowsContent) {
       {INT64_MIN,                                     -two_to_63,                              Equal       },
       {9007199254740992,                              two_to_53,                               Equal       },
       {Any(),                                         None(),                                  Equal       },
-      {"text",                                        String("text"),                          Equal       },
-      {ByteArray("ab"),                               ByteArray("ab"),                         Equal       },
       {Tuple_Generic({List_Generic{1}, "a"}),         Tuple_Generic({List_Generic{1.0}, "a"}), Equal       },
       {List_Generic({1, List_Generic{2}}),            List_Generic({1, List_Generic{2}}),      Equal       },
-      {map_of({{1, "a"}, {"b", 2}}),                  map_of({{"b", 2.0}, {1.0, "a"}}),        Equal       },
-      {set_of(List_Generic{1, "a"}),                  set_of(List_Generic{"a", 1.0}),          Equal       },
+      {make_map({1, "a", "b", 2}),                    make_map({"b", 2.0, 1.0, "a"}),          Equal       },
+      {make_set({1, "a"}),                            make_set({"a", 1.0}),                    Equal       },
       {make_computed<Integer>([] { return Any(5); }), 5,                                       Equal       },
       {false,                                         true,                                    Less        },
       {"",                                            "a",                                     Less        },
@@ -75,7 +62,6 @@ TEST(Compare, FollowsContent) {
       {"\uFFFF",                                      "\U00010000",                            Less        },
       {ByteArray("\x7f"),                             ByteArray("\x80"),                       Less        },
       {Tuple_Generic(),                               Tuple_Generic{0},                        Less        },
-      {Tuple_Generic({1, 2}),                         Tuple_Generic({1, 3}),                   Less        },
       {List_Generic({1, "b"}),                        List_Generic({2, 0}),                    Less        },
       {1,                                             "1",                                     Incomparable},
       {1,                                             true,                                    Incomparable},
@@ -84,9 +70,9 @@ TEST(Compare, FollowsContent) {
       {"ab",                                          ByteArray("ab"),                         Incomparable},
       {Tuple_Generic{1},                              List_Generic{1},                         Incomparable},
       {Tuple_Generic{1},                              Tuple_Generic{"1"},                      Incomparable},
-      {map_of({{1, 2}}),                              map_of({{1, 3}}),                        Incomparable},
-      {map_of({{1, 2}}),                              map_of({}),                              Incomparable},
-      {set_of(List_Generic{1}),                       set_of(List_Generic{2}),                 Incomparable},
+      {make_map({1, 2}),                              make_map({1, 3}),                        Incomparable},
+      {make_map({1, 2}),                              make_map({}),                            Incomparable},
+      {make_set({1}),                                 make_set({2}),                           Incomparable},
       {Error("same"),                                 Error("same"),                           Incomparable},
       {Integer::getClass(),                           Float::getClass(),                       Incomparable},
       {nan,                                           nan,                                     Incomparable},
@@ -143,8 +129,8 @@ TEST(Compare, AsksInstancesOnEitherSide) {
   expect_order(coin(5, "none"), "x", Incomparable);
   EXPECT_EQ(compare_objects_value(coin(5, "none"), coin(5)), Equal) << "the right one knows";
   EXPECT_EQ(compare_objects_value(coin(5, "sign"), coin(5)), Less);
-  EXPECT_EQ(compare_objects(List_Generic{coin(5, "error")}, List_Generic{1}).error().message(), "worthless");
-  EXPECT_EQ(compare_objects(1, coin(5, "wrong")).error().message(),
+  EXPECT_EQ(message(compare_objects(List_Generic{coin(5, "error")}, List_Generic{1})), "worthless");
+  EXPECT_EQ(message(compare_objects(1, coin(5, "wrong"))),
             "The method '__compare__' of test.compare.Coin returned ling.String instead of an Ordering.");
   EXPECT_EQ(compare_objects_value(1, coin(5, "wrong")), Incomparable);
 }
@@ -165,7 +151,6 @@ TEST(Compare, BoundsRecursionThroughDataAndMetaMethods) {
   const Class_Generic link(link_class.required());
   Any links[] = {link(1), link(1)};
   Any tuples[] = {1, 1};
-  EXPECT_EQ(hash_of(links[0]), hash_of(links[1]));
   for (int i = 0; i < 100000; ++i) {
     for (const int side : {0, 1}) {
       links[side] = link(links[side]);

@@ -3,7 +3,6 @@
 
 namespace {
 
-using namespace ling;
 using namespace ling::testing;
 
 Any date(const char* text) { return Date::fromString(text); }
@@ -19,13 +18,11 @@ TEST(DateAndTime, ExistInTheCalendarAndOnTheClock) {
       {dates(2000, 2, 29), "2000-02-29"},
       {dates(1900, 2, 29), "Error: The day 29 is not between 1 and 28."},
       {dates(2021, 13, 1), "Error: The month 13 is not between 1 and 12."},
-      {dates(2021, 0, 1), "Error: The month 0 is not between 1 and 12."},
       {dates(2021, 4, 31), "Error: The day 31 is not between 1 and 30."},
       {dates(INT64_C(2147483648), 1, 1), "Error: The year 2147483648 is not between -2147483648 and 2147483647."},
       {times(23, 59, 59, 999'999'999), "23:59:59.999999999"},
       {times(8, 0, 0, 0, 86'399, "far east", 1), "08:00:00+23:59:59"},
       {times(24, 0, 0, 0), "Error: The hour 24 is not between 0 and 23."},
-      {times(0, -1, 0, 0), "Error: The minute -1 is not between 0 and 59."},
       {times(0, 0, 60, 0), "Error: The second 60 is not between 0 and 59."},
       {times(0, 0, 0, 1'000'000'000), "Error: The nanosecond 1000000000 is not between 0 and 999999999."},
       {times(0, 0, 0, 0, 86'400, "", 0), "Error: The offset 86400 is not between 0 and 86399."},
@@ -58,18 +55,24 @@ TEST(DateAndTime, ReadTheTextsTheyWrite) {
 }
 
 TEST(DateAndTime, RefuseOtherTexts) {
-  for (const char* wrong : {"", "2020", "2020-2-29", "2020-02-29 ", "20200229", "12345-01-01", "+123-01-01",
-                            "2020-02-30", "--20-01-01", "2020-02-29T00:00", "+99999999999-01-01"}) {
-    EXPECT_TRUE(is_error_result(date(wrong))) << wrong;
+  const std::tuple<Any (*)(const char*), String, String> cases[] = {
+      {&date,      "The text '{}' is not a date such as '2020-02-29'.",
+       "|2020|2020-2-29|2020-02-29 |20200229|12345-01-01|+123-01-01|--20-01-01|2020-02-29T00:00"},
+      {&time_of,   "The text '{}' is not a time such as '23:59:59.123456'.",
+       "|1|10:2|10:20:|10:20:30.|10:20:30.1234567890|10:20+2|10:20 Z|T10:20"                    },
+      {&date_time, "The text '{}' is not a date and time such as '2020-02-29T23:59:59'.",
+       "2020-02-29|2020-02-29T|T10:20|10:20"                                                    },
+  };
+  for (const auto& [read, fault, texts] : cases) {
+    for (const String& wrong : texts.split('|')) {
+      EXPECT_EQ(message(read(wrong.c_str())), fault.arg(wrong).view());
+    }
   }
-  for (const char* wrong : {"", "1", "24:00", "10:2", "10:20:", "10:20:30.", "10:20:30.1234567890", "10:20+2",
-                            "10:20+01:60", "10:20+24:00", "10:20-05:00", "10:20 Z", "T10:20"}) {
-    EXPECT_TRUE(is_error_result(time_of(wrong))) << wrong;
+  for (const Any& outcome :
+       {date("2020-02-30"), date("+99999999999-01-01"), time_of("24:00"), time_of("10:20+01:60"),
+        time_of("10:20+24:00"), time_of("10:20-05:00"), date_time("2020-02-29T24:00"), date_time("2020-02-30T00:00")}) {
+    EXPECT_TRUE(is_error_result(outcome));
   }
-  for (const char* wrong : {"2020-02-29", "2020-02-29T", "2020-02-29T24:00", "2020-02-30T00:00", "T10:20", "10:20"}) {
-    EXPECT_TRUE(is_error_result(date_time(wrong))) << wrong;
-  }
-  EXPECT_EQ(text(date("soon")), "Error: The text 'soon' is not a date such as '2020-02-29'.");
 }
 
 TEST(DateAndTime, CompareAndHashByValue) {
@@ -98,7 +101,6 @@ TEST(DateAndTime, CalculateWithinTheirBounds) {
   const Any moment = date_time("2020-02-28T23:59:59.999999999+02:00");
   const Any first = date_time("0001-01-01T00:00");
   expect_outcomes({
-      {property(leap_day, "isLeapYear"), "true"},
       {property(leap_day, "dayNumber"), "18321"},
       {property(date("-0400-12-31"), "dayOfYear"), "366"},
       {property(date("-0001-01-01"), "weekday"), "5"},

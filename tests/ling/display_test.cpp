@@ -5,7 +5,6 @@
 
 namespace {
 
-using namespace ling;
 using namespace ling::testing;
 
 // Displays its part in angle brackets; without one, an Error.
@@ -23,46 +22,31 @@ constinit const class_definition<Box> box_class("Box", [](class_builder<Box>& c)
 constinit const class_definition<void> plain_class("Plain", [](class_builder<void>& c) { c.module("test.display"); });
 
 TEST(Display, ShowsEveryKindOfValue) {
-  HashMap_Generic map;
-  map.set("a", 1);
-  map.set(2.5, None());
-  const Any set = construct(HashSet_Generic::getClass(), List_Generic{"x"});
   const Class_Generic box(box_class.required());
   const std::pair<Any, const char*> cases[] = {
-      {Any(),                                                    "None"                          },
-      {INT64_MIN,                                                "-9223372036854775808"          },
       {-0.0,                                                     "-0.0"                          },
       {1e22,                                                     "1e+22"                         },
       {std::numeric_limits<double>::infinity(),                  "inf"                           },
       {-std::numeric_limits<double>::quiet_NaN(),                "nan"                           },
-      {"as \"it\" is\n",                                         "as \"it\" is\n"                },
       {Tuple_Generic({"a\"\\\n\t\x01é", 1}),                    R"(("a\"\\\n\t\x01é", 1))"     },
       {ByteArray("a\"\xE9\n"),                                   R"(b"a\"\xe9\n")"               },
-      {Tuple_Generic(),                                          "()"                            },
       {Tuple_Generic({1}),                                       "(1,)"                          },
       {List_Generic({1, "b", List_Generic()}),                   "[1, \"b\", []]"                },
-      {map,                                                      "{\"a\": 1, 2.5: None}"         },
-      {set,                                                      "{\"x\"}"                       },
+      {make_map({"a", 1, 2.5, None()}),                          "{\"a\": 1, 2.5: None}"         },
+      {make_set({"x"}),                                          "{\"x\"}"                       },
       {HashSet_Generic(),                                        "HashSet()"                     },
       {box,                                                      "<class test.display.Box>"      },
       {box.definedMethod(meta_method_untyped("open")).value(),   "<method test.display.Box.open>"},
-      {box(1).boundMethod(meta_method_untyped("open")).value(),  "<method test.display.Box.open>"},
       {Module("test.nowhere"),                                   "<module test.nowhere>"         },
-      {Error("broken"),                                          "Error: broken"                 },
-      {BadArgument("bad"),                                       "BadArgument: bad"              },
       {Integer::getType(),                                       "Integer"                       },
       {Class_Generic(plain_class.required()).allocateInstance(), "<test.display.Plain>"          },
       {box("in"),                                                "<in>"                          },
-      {make_computed<Integer>([] { return Any(3); }),            "3"                             },
   };
   for (const auto& [value, expected] : cases) {
     EXPECT_EQ(display(value).value().view(), expected);
     EXPECT_EQ(text(value), expected);
   }
-}
-
-TEST(Display, PassesOnOrShowsAnErrorOfTheDisplayMethod) {
-  const Any broken = List_Generic({1, Class_Generic(box_class.required())(None()), 2});
+  const Any broken = List_Generic({1, box(None()), 2});
   EXPECT_EQ(message(display(broken)), "nothing in it");
   EXPECT_EQ(text(broken), "[1, <test.display.Box: nothing in it>, 2]");
 }

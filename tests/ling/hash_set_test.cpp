@@ -3,12 +3,7 @@
 
 namespace {
 
-using namespace ling;
 using namespace ling::testing;
-
-HashSet_Generic make_set(std::initializer_list<Any> values) {
-  return HashSet_Generic::unchecked(construct(HashSet_Generic::getClass(), List_Generic(values)));
-}
 
 TEST(HashSet, AnswersTheMethodsOfScripts) {
   const method_row rows[] = {
@@ -35,30 +30,6 @@ TEST(HashSet, AnswersTheMethodsOfScripts) {
   };
   expect_methods([] { return make_set({3, 1, 2, 3}); }, rows);
   EXPECT_EQ(text(property(make_set({3, 1, 3}), "__length__")), "2");
-}
-
-TEST(HashSet, RefusesWhatIsNotOfItsType) {
-  const Type arguments[] = {Integer::getType()};
-  const Class_Generic of_integers = generic_instance(HashSet_Generic::getClass(), arguments);
-  const Any set = construct(of_integers, List_Generic{1, 2});
-  const std::string refused = "The value of a set is not of the type Integer: a (String).";
-  EXPECT_EQ(message(call(set, "insert", "a")), refused);
-  EXPECT_EQ(message(call(set, "extend", List_Generic{"a"})), refused);
-  EXPECT_EQ(message(call(set, "__or__", List_Generic{"a"})), refused);
-  EXPECT_TRUE(raw_class_of(call(set, "intersection", List_Generic{"a", 1})) == of_integers);
-}
-
-TEST(HashSet, DestroysValuesAfterUnlocking) {
-  const HashSet_Generic set;
-  int deaths = 0;
-  const auto insert_mortal = [&] {
-    EXPECT_FALSE(is_error_result(set.insert(make_mortal([&] { deaths += set.length() == 0 ? 1 : 100; }))));
-  };
-  insert_mortal();
-  set.remove(set.copyItems()[0]);
-  insert_mortal();
-  set.object().clear();
-  EXPECT_EQ(deaths, 2);
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 
 namespace {
 
-using namespace ling;
 using namespace ling::testing;
 
 class Log : public ::testing::Test {

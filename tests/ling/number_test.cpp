@@ -5,7 +5,6 @@
 
 namespace {
 
-using namespace ling;
 using namespace ling::testing;
 
 constexpr double inf = std::numeric_limits<double>::infinity();
@@ -18,19 +17,13 @@ struct early_and_late {
   ~early_and_late() { (void)display_text(Tuple_Generic(std::move(values))); }
 } const early;
 
-TEST(SharedObjects, ServeStaticInitialisersAndExitHandlers) {
-  EXPECT_EQ(display_text(Tuple_Generic(early.values)),
-            "(None, Undefined, true, false, \"\", \"text\", 7, 70000, 2.5, Less)");
-}
-
-TEST(SharedObjects, AreTheSameEverywhere) {
+TEST(SharedObjects, AreTheSameEverywhereAndAtAnyTime) {
+  EXPECT_EQ(text(Tuple_Generic(early.values)), "(None, Undefined, true, false, \"\", \"text\", 7, 70000, 2.5, Less)");
   EXPECT_TRUE(Any(-128).is_same(Any(-128)));
   EXPECT_TRUE(Any(1023).is_same(Any(std::uint8_t{255} + 768u)));
   EXPECT_FALSE(Any(1024).is_same(Any(1024)));
   EXPECT_TRUE(Any(true).is_same(Boolean(true)));
-  EXPECT_TRUE(None().is_same(None()));
   EXPECT_EQ(object_id(Any()), object_id(None()));
-  EXPECT_TRUE(Ordering(ordering_value::Incomparable).is_same(Ordering(ordering_value::Incomparable)));
   EXPECT_EQ(Any(5).get()->reference_count(), 1u);
 }
 
@@ -49,7 +42,6 @@ TEST(Numbers, AreMadeByScripts) {
   const Class_Generic bytes = ByteArray::getClass();
   const Class_Generic ordering = Ordering::getClass();
   expect_outcomes({
-      {integer("42"), "42"},
       {integer(" +7\n"), "7"},
       {integer("-9223372036854775808"), "-9223372036854775808"},
       {integer("18446744073709551615"), "18446744073709551615"},
@@ -58,19 +50,15 @@ TEST(Numbers, AreMadeByScripts) {
       {integer("12x"), "Error: The text '12x' is not a number for Integer."},
       {integer("+-1"), "Error: The text '+-1' is not a number for Integer."},
       {integer(""), "Error: The text '' is not a number for Integer."},
-      {integer(3.5), "Error: Unable to convert '3.5' to Integer."},
       {real("2.5e3"), "2500.0"},
       {real("1e999"), "Error: The number '1e999' is out of the range of Float."},
       {real("pi"), "Error: The text 'pi' is not a number for Float."},
       {real(UINT64_MAX), "1.8446744073709552e+19"},
-      {real(None()), "Error: Unable to convert 'None' to Float."},
       {Boolean::getClass()(""), "false"},
       {String::getClass()(12), "12"},
-      {bytes("é"), "b\"\\xc3\\xa9\""},
       {bytes(List_Generic{0, 255}), "b\"\\x00\\xff\""},
       {bytes(List_Generic{0, 256}),
        "BadArgument: The item 256 at index 1 is not a byte: an Integer from 0 to 255 was expected."},
-      {bytes(3), "Error: Unable to convert '3' to ByteArray."},
       {property(ordering, "Greater"), "Greater"},
       {property(Ordering::fromSign(-5), "value"), "-1"},
       {ordering(1), "Error: The class ling.Ordering has no constructor."},
@@ -88,13 +76,11 @@ constinit const class_definition<Crate> crate_class("Crate", [](class_builder<Cr
 });
 
 TEST(Boolean, TellsTheTruthOfAnyValue) {
-  HashMap_Generic map;
-  map.set("k", 1);
   const Class_Generic crate(crate_class.required());
   // A length that cannot be told is not 0.
   for (const Any& value :
        values(true, 1, -1, UINT64_MAX, 0.5, inf, nan, "x", ByteArray("x"), Tuple_Generic{None()}, List_Generic{None()},
-              map, Error("an error is something"), Integer::getClass(), crate(2), crate(-1))) {
+              make_map({"k", 1}), Error("an error is something"), Integer::getClass(), crate(2), crate(-1))) {
     EXPECT_TRUE(Boolean::from(value).value()) << text(value);
   }
   const Any lazy = make_computed<Integer>([] { return Any(0); });

@@ -5,7 +5,6 @@
 
 namespace {
 
-using namespace ling;
 using namespace ling::testing;
 
 std::vector<int> trace;

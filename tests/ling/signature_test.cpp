@@ -3,7 +3,6 @@
 
 namespace {
 
-using namespace ling;
 using namespace ling::testing;
 
 Type union_of(std::initializer_list<Type> types) {
@@ -12,34 +11,27 @@ Type union_of(std::initializer_list<Type> types) {
 
 TEST(Type, TellsWhatItAccepts) {
   const Type integer = Integer::getType();
-  const Type none = None::getType();
   const Type result = union_of({integer, Computed<Integer>::getType(), Error::getType()});
-  const struct {
-    Type type;
-    const char* name;
-    const char* to_class;
-    bool accepts_one, accepts_none, is_immutable;
-  } cases[] = {
-      {integer,                                               "Integer",                    "Integer",     true, false, true },
-      {Type::untyped(),                                       "Any",                        "None",        true, true,  false},
-      {I_Immutable::getType(),                                "I_Immutable",                "I_Immutable", true, true,  true },
-      {union_of({integer, none, integer}),                    "Integer | None",             "None",        true, true,  true },
-      {union_of({integer, integer}),                          "Integer",                    "Integer",     true, false, true },
-      {union_of({integer, List_Generic::getType()}),          "Integer | List",             "None",        true, false, false},
-      {union_of({union_of({none, integer}), integer}),        "None | Integer",             "None",        true, true,  true },
-      {union_of({integer, Type::untyped()}),                  "Any",                        "None",        true, true,  false},
-      {result,                                                "Integer | Computed | Error", "None",        true, false, false},
-      {unwrapped_type(result),                                "Integer",                    "Integer",     true, false, true },
-      {unwrapped_type(union_of({integer, Error::getType()})), "Integer | Error",            "None",        true, false, false},
-      {unwrapped_type(integer),                               "Integer",                    "Integer",     true, false, true },
+  // Whether it takes 1, takes None, and is immutable.
+  const std::tuple<Type, const char*, const char*, bool, bool, bool> cases[] = {
+      {integer,                                                   "Integer",                    "Integer",     true, false, true },
+      {Type::untyped(),                                           "Any",                        "None",        true, true,  false},
+      {I_Immutable::getType(),                                    "I_Immutable",                "I_Immutable", true, true,  true },
+      {union_of({integer, None::getType(), integer}),             "Integer | None",             "None",        true, true,  true },
+      {union_of({integer, integer}),                              "Integer",                    "Integer",     true, false, true },
+      {union_of({integer, List_Generic::getType()}),              "Integer | List",             "None",        true, false, false},
+      {union_of({union_of({None::getType(), integer}), integer}), "None | Integer",             "None",        true, true,  true },
+      {union_of({integer, Type::untyped()}),                      "Any",                        "None",        true, true,  false},
+      {result,                                                    "Integer | Computed | Error", "None",        true, false, false},
+      {unwrapped_type(result),                                    "Integer",                    "Integer",     true, false, true },
+      {unwrapped_type(union_of({integer, Error::getType()})),     "Integer | Error",            "None",        true, false, false},
   };
-  for (const auto& each : cases) {
-    EXPECT_EQ(each.type.name(), each.name);
-    const auto one_class = each.type.toClass();
-    EXPECT_EQ(one_class ? one_class->name() : String("None"), each.to_class) << each.name;
-    EXPECT_EQ(each.type.matches(Any(1)), each.accepts_one) << each.name;
-    EXPECT_EQ(each.type.matches(Any()), each.accepts_none) << each.name;
-    EXPECT_EQ(each.type.conformsTo(I_Immutable::getClass()), each.is_immutable) << each.name;
+  for (const auto& [type, name, to_class, takes_one, takes_none, is_immutable] : cases) {
+    EXPECT_EQ(type.name(), name);
+    EXPECT_EQ(type.toClass() ? type.toClass()->name() : String("None"), to_class) << name;
+    EXPECT_EQ(type.matches(Any(1)), takes_one) << name;
+    EXPECT_EQ(type.matches(Any()), takes_none) << name;
+    EXPECT_EQ(type.conformsTo(I_Immutable::getClass()), is_immutable) << name;
   }
   EXPECT_FALSE(integer.matches(make_computed<Any>([] { return Any(1); }))) << "a lazy value is not forced";
 }
@@ -54,13 +46,8 @@ TEST(Signature, IsShownAsItIsDeclared) {
       declared("path, flags, rest...", [](String, int, const Variadic&) -> Result<Boolean> { return true; }, {"x", 0});
   const Signature lazy = declared("a", [](const Result<Integer>&) { return Any(); });
   const Signature only_rest = declared("all ...", [](const Variadic&) { return List<Integer>(); });
-  const struct {
-    Signature signature;
-    const char* text;
-    std::size_t count, required;
-    bool variadic;
-    const char* bound;  // without the first parameter
-  } cases[] = {
+  // The numbers of parameters and of required ones, whether there may be more, and the text of a bound method.
+  const std::tuple<Signature, const char*, std::size_t, std::size_t, bool, const char*> cases[] = {
       {nothing,   "() -> None",                                                     0, 0, false, "() -> None"                         },
       {plain,     "(a, b: Integer | None = None) -> Float",                         2, 1, false, "(b: Integer | None = None) -> Float"},
       {rest,      "(path: String = \"x\", flags: Integer = 0, rest...) -> Boolean", 3, 0, true,
@@ -68,27 +55,25 @@ TEST(Signature, IsShownAsItIsDeclared) {
       {lazy,      "(a: Integer | Computed | Error)",                                1, 1, false, "()"                                 },
       {only_rest, "(all...) -> List<Integer>",                                      1, 0, true,  "(all...) -> List<Integer>"          },
   };
-  for (const auto& each : cases) {
-    EXPECT_EQ(each.signature.toString(), each.text);
-    EXPECT_EQ(each.signature.parameterCount(), each.count) << each.text;
-    EXPECT_EQ(each.signature.requiredParameterCount(), each.required) << each.text;
-    EXPECT_EQ(each.signature.hasVariadicParameters(), each.variadic) << each.text;
-    EXPECT_EQ(each.signature.withoutReceiver().toString(), each.bound);
-    EXPECT_EQ(each.signature.defaultOf(each.count), nullptr);
+  for (const auto& [signature, shown, count, required, variadic, bound] : cases) {
+    EXPECT_EQ(signature.toString(), shown);
+    EXPECT_EQ(signature.parameterCount(), count) << shown;
+    EXPECT_EQ(signature.requiredParameterCount(), required) << shown;
+    EXPECT_EQ(signature.hasVariadicParameters(), variadic) << shown;
+    EXPECT_EQ(signature.withoutReceiver().toString(), bound);
+    EXPECT_EQ(signature.defaultOf(count), nullptr);
   }
   EXPECT_EQ(text(*rest.defaultOf(1)), "0");
+  const I_Callable_Generic wrong = make_function("wrong", "a, b", "", [](int a) { return a; });
+  EXPECT_TRUE(wrong.signature().is_error());
+  EXPECT_EQ(wrong.parameterCount(), 0u);
   EXPECT_EQ(rest.defaultOf(2), nullptr);
   const signature_style style{[](const Type&) { return String(); }, [](const Any&) { return String("..."); }, "*", ""};
   EXPECT_EQ(rest.toString(style), "(path=..., flags=..., *rest)");
 }
 
-TEST(Callable, HidesASignatureThatIsWrong) {
-  const I_Callable_Generic wrong = make_function("wrong", "a, b", "", [](int a) { return a; });
-  EXPECT_TRUE(wrong.signature().is_error());
-  EXPECT_EQ(wrong.resultType().name(), "Any");
-  EXPECT_EQ(wrong.parameterCount(), 0u);
-  EXPECT_FALSE(wrong.hasVariadicParameters());
-}
+constinit const class_definition<void> fresh_parent("FreshParent",
+                                                    [](class_builder<void>& c) { c.module("test.fresh"); });
 
 // C++ data whose class is first asked for by eight threads.
 template <int>
@@ -97,7 +82,10 @@ struct Fresh {
 };
 template <int round>
 constinit const class_definition<Fresh<round>> fresh_class("Fresh", [](class_builder<Fresh<round>>& c) {
-  c.module("test.fresh").property("value", "", [](const Fresh<round>& self) { return self.value; });
+  std::this_thread::yield();
+  c.module("test.fresh").parent(fresh_parent.required()).property("value", "", [](const Fresh<round>& self) {
+    return self.value;
+  });
 });
 
 template <int round>
@@ -126,6 +114,7 @@ void use_fresh_objects() {
       EXPECT_TRUE(row[i].is_same(seen[0][i])) << i;
     }
   }
+  EXPECT_TRUE(find_module("test.fresh").value().classes().get("Fresh").is_same(seen[0][0]));
 }
 
 TEST(SharedObjects, AreMadeOnceForEightThreads) {

@@ -14,6 +14,8 @@
 
 namespace ling::testing {
 
+using namespace ling;  // so that one directive gives a test both
+
 template <class... Arguments>
 Any call(const Any& value, std::string_view method, const Arguments&... arguments) {
   const Any row[] = {Any(arguments)..., Any()};
@@ -32,6 +34,18 @@ inline Any property(const Any& value, std::string_view name) {
 template <class... Arguments>
 Any construct(const Class_Generic& of_class, const Arguments&... arguments) {
   return static_cast<const I_Callable_Generic&>(of_class)(arguments...);
+}
+
+// Of keys and values in turn.
+inline HashMap_Generic make_map(const std::vector<Any>& pairs) {
+  HashMap_Generic map;
+  for (std::size_t i = 0; i < pairs.size(); i += 2) {
+    map.set(pairs[i], pairs[i + 1]);
+  }
+  return map;
+}
+inline HashSet_Generic make_set(const std::vector<Any>& items) {
+  return HashSet_Generic::unchecked(construct(HashSet_Generic::getClass(), List_Generic(items)));
 }
 
 inline std::string text(const Any& value) { return std::string(display_text(value).view()); }
