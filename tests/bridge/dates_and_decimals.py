@@ -205,14 +205,6 @@ def method(value, name):
     return ling.method_of(value, name)
 
 
-def judge(operation, *operands):
-    """The same by Python: the value, or None for what it cannot say either."""
-    try:
-        return operation(*operands)
-    except (ArithmeticError, ValueError):
-        return None
-
-
 add_days, weekday, day_of_year = (
     method(date.min, "addDays"), ling.property_of(date.min, "weekday"), ling.property_of(date.min, "dayOfYear"))
 add_seconds, seconds_since = method(moments[0], "addSeconds"), method(moments[0], "secondsSince")
@@ -221,10 +213,8 @@ for day, other, moment in zip(dates[:10_000], reversed(dates), moments):
     expect((weekday.getter(day), day_of_year.getter(day)), (day.isoweekday(), day.timetuple().tm_yday))
     expect(ling.Date.fromString(day.isoformat()), day)
     expect(seconds_since(moment, moments[-1]), (moment - moments[-1]) // timedelta(seconds=1))
-    seconds = random.randrange(-10**9, 10**9)
-    moved = judge(operator.add, moment, timedelta(seconds=seconds))
-    if moved is not None:
-        expect(add_seconds(moment, seconds), moved)
+    seconds = (random.choice(moments) - moment) // timedelta(seconds=1)
+    expect(add_seconds(moment, seconds), moment + timedelta(seconds=seconds))
 
 exact = decimal.Context(prec=decimal.MAX_PREC, Emax=decimal.MAX_EMAX, Emin=decimal.MIN_EMIN, traps=[])
 operations = [(method(Decimal(), "add"), exact.add), (method(Decimal(), "subtract"), exact.subtract),
@@ -249,6 +239,3 @@ with decimal.localcontext(exact):
         if number % 1:  # one without a fraction would arrive as an Integer
             expect(str(ling.compare_objects(a, number)), order(a, number), f"{a} and {number}")
             assert ling.hash_of(Decimal(number)) == ling.hash_of(number), number
-    long_a, long_b = (Decimal(random.randrange(10**9_999, 10**10_000)) for _ in range(2))
-    for by_host, by_python in operations:
-        expect(by_host(long_a, long_b), by_python(long_a, long_b))

@@ -11,33 +11,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A directory of its own for a case, gone afterwards.
-class temporary_directory {
- public:
-  temporary_directory() {
-    std::string name = (fs::temp_directory_path() / "ling-XXXXXX").string();
-    path_ = mkdtemp(name.data());
-  }
-  ~temporary_directory() { fs::remove_all(path_); }
-  const fs::path& path() const { return path_; }
-  void add_file(const std::string& name) const {
-    fs::create_directories((path_ / name).parent_path());
-    std::ofstream(path_ / name) << "content";
-  }
-
- private:
-  fs::path path_;
-};
-
 TEST(SearchPaths, AreTheArchivesAndPackagesBesideTheModule) {
-  const temporary_directory module;
-  module.add_file("site-packages/a.zip");
-  module.add_file("site-packages/B.ZIP");
-  module.add_file("site-packages/c.py");
-  module.add_file("site-packages/directory.zip/d.zip");
-  module.add_file("python3/lib/library.zip");
-  module.add_file("python3/other.zip");
-  const std::string directory = module.path().string();
+  std::string directory = (fs::temp_directory_path() / "ling-XXXXXX").string();
+  ASSERT_NE(mkdtemp(directory.data()), nullptr);
+  for (const char* name : {"site-packages/a.zip", "site-packages/B.ZIP", "site-packages/c.py", "python3/other.zip",
+                           "site-packages/directory.zip/d.zip", "python3/lib/library.zip"}) {
+    const fs::path file = fs::path(directory) / name;
+    fs::create_directories(file.parent_path());
+    std::ofstream(file) << "content";
+  }
   const std::vector<fs::path> expected = {
       directory + "/site-packages/a.zip",
       directory + "/site-packages",
@@ -45,6 +27,7 @@ TEST(SearchPaths, AreTheArchivesAndPackagesBesideTheModule) {
   };
   EXPECT_EQ(library_paths(directory), expected);
   EXPECT_EQ(library_paths(directory + "/missing"), std::vector<fs::path>());
+  fs::remove_all(directory);
   EXPECT_EQ(library_paths({}), std::vector<fs::path>()) << "not those of the root directory";
 }
 

@@ -100,11 +100,10 @@ void start_twice_with_an_exception_pending() {
 
 TEST(StartupDeathTest, HappensOnceWhoeverComesFirst) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
-  EXPECT_EXIT(start_on_eight_threads(), testing::ExitedWithCode(3), "");
-  EXPECT_EXIT(start_owned(), testing::ExitedWithCode(3), "");
-  EXPECT_EXIT(start_while_another_thread_holds_the_lock(), testing::ExitedWithCode(3), "");
-  EXPECT_EXIT(start_from_within_the_start(), testing::ExitedWithCode(3), "");
-  EXPECT_EXIT(start_twice_with_an_exception_pending(), testing::ExitedWithCode(3), "");
+  for (void (*start)() : {&start_on_eight_threads, &start_owned, &start_while_another_thread_holds_the_lock,
+                          &start_from_within_the_start, &start_twice_with_an_exception_pending}) {
+    EXPECT_EXIT(start(), testing::ExitedWithCode(3), "");
+  }
 }
 
 using Startup = PythonTest;
@@ -113,7 +112,6 @@ TEST_F(Startup, RegistersFunctionsWithTheirDescriptions) {
   const auto module = find_module("ling.cpython");
   ASSERT_TRUE(module);
   const std::pair<const char*, const char*> rows[] = {
-      {"evaluate",             "Evaluates Python code."       },
       {"evaluate_expr",        "Evaluates Python expression." },
       {"cpython_add_sys_path", "Adds a path to sys.path once."},
   };
@@ -122,7 +120,6 @@ TEST_F(Startup, RegistersFunctionsWithTheirDescriptions) {
     ASSERT_TRUE(function) << name;
     EXPECT_EQ(function->doc(), doc);
   }
-  EXPECT_EQ(display_text(module->propertyValue(meta_property_untyped("doc"))), "Interface to Python language.");
 }
 
 TEST_F(Startup, GoesOnWithoutAUserFolderThatCannotBeMade) {

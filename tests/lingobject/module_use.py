@@ -2,7 +2,6 @@
 
 import importlib
 import importlib.util
-import inspect
 import pkgutil
 import pydoc
 import sys
@@ -21,7 +20,7 @@ assert drawing is ling.drawing is sys.modules["ling.drawing"] and Circle is draw
 assert "ling.cpython" not in sys.modules and cpython.evaluate_expr("1 + 2") == 3 and cpython.name == "ling.cpython"
 import ling.cpython  # noqa: E402
 
-assert inspect.ismodule(ling.cpython) and ling.cpython.evaluate == cpython.evaluate
+assert type(ling.cpython) is type(sys) and ling.cpython.evaluate == cpython.evaluate
 
 # What the importer claims, and what it says when it cannot make a module.
 finder = sys.meta_path[0]
@@ -30,7 +29,6 @@ has_module, create_module = native["_ling_has_module"], native["_ling_create_mod
 assert all(has_module(name) is True for name in ("ling", "ling.cpython"))
 for name in "ling.nothing", "lingua", "ling.", "", "Ling", "ling\0", None, b"ling", ["ling"]:
     assert has_module(name) is False, name
-assert has_module.__doc__ is create_module.__doc__ is None
 
 no_module = "ModuleNotFoundError: No module named "
 unable = "RuntimeError: [export_ling_module] Unable to import the module."
@@ -56,11 +54,10 @@ for statement, expected in [
 
 # Looking around imports nothing and changes nothing.
 spec = importlib.util.find_spec("ling.drawing")
-assert spec.name == "ling.drawing" and spec.submodule_search_locations == [] and spec.origin is None
+assert spec.submodule_search_locations == [] and spec.origin is None
 assert spec.loader is finder and ling.__path__ == [] and ling.cpython.__package__ == "ling.cpython"
 assert importlib.util.find_spec("ling.nothing") is None and not [*pkgutil.iter_modules(ling.__path__)]
-text = pydoc.plain(pydoc.render_doc(drawing))
-assert "ling.drawing - Shapes and what to do with them." in text and "Circle = <class ling.drawing.Circle>" in text
+assert "ling.drawing - Shapes and what to do with them." in pydoc.plain(pydoc.render_doc(drawing))
 for shown in Circle, Circle(1), Circle(1).move, distance, List(), type(List()), ling:
     assert pydoc.plain(pydoc.render_doc(shown))
 assert List.__module__ == ling.object_id.__module__ == "ling"

@@ -54,8 +54,7 @@ class Operators(Case):
                 (f"{prefix}number___and__] None method in: {value}", operator.and_, value, other),
                 (f"{prefix}number___or__] None method in: {value}", operator.or_, value, other),
                 (f"{prefix}number___xor__] None method in: {value}", operator.xor, value, other),
-                (f"{prefix}number___and__] None method in: {value}", operator.iand, value, other),
-                (f"{prefix}number_not] None method '__not__' in: {value}", operator.invert, value),
+                    (f"{prefix}number_not] None method '__not__' in: {value}", operator.invert, value),
             )
         grid = Grid(2, 2)  # the slots that only sequences have
         self.check(
@@ -70,7 +69,6 @@ class Operators(Case):
         self.check(
             (unsupported("*", name, "int"), operator.mul, Circle(1), 3),
             (unsupported("*=", name, "int"), operator.imul, Circle(1), 3),
-            (unsupported("//", name, "int"), operator.floordiv, Circle(1), 3),
             (unsupported("+", "int", name), operator.add, 5, Circle(1)),
             (f"TypeError: bad operand type for unary -: '{name}'", operator.neg, Circle(1)),
             (f"TypeError: object of type '{name}' has no len()", len, Circle(1)),
@@ -86,24 +84,17 @@ class Operators(Case):
         self.check(
             (Vector(3, 5), operator.iadd, Vector(1, 2), Vector(2, 3)),
             (Vector(1, 2), operator.itruediv, Vector(2, 4), 2.0),
-            (Layers(1, 2), operator.ior, Layers(1), Layers(2)),
-            (Layers(1), operator.xor, Layers(1, 2), Layers(2)),
             (Vector(0, 1), operator.sub, drawing.center, Vector(1, 1)),
             ([1, 2, 3], operator.add, numbers, [3]),
-            ([1, 2, 1, 2], operator.mul, numbers, 2),
             ([1, 2, 1, 2], operator.mul, 2, numbers),
             ([], operator.mul, numbers, -1),
             ([1, 2, 3, 4], operator.iadd, numbers, (3, 4)),
             ([1, 2, 3, 4] * 2, operator.imul, numbers, 2),
-            ("DrawingError: An empty drawing has no center.", operator.sub, Drawing("e").center, Vector()),
             ("RuntimeError: A vector cannot be divided by 0.", operator.truediv, Vector(), 0),
             (f"RuntimeError: {bad_sum}", operator.add, Vector(), 1),
             ("RuntimeError: int too big to convert", operator.sub, Vector(), 1 << 64),
         )
         self.assertEqual(list(numbers), [1, 2, 3, 4] * 2, "changed in place")
-        with self.assertRaises(RuntimeError) as caught:
-            Vector() / 0
-        self.assertEqual(ling.class_of(caught.exception.ling).name, "DrawingError")
 
 
 class Items(Case):
@@ -157,9 +148,7 @@ class Items(Case):
         self.check(
             (False, operator.contains, List([1, "a"]), 2),
             (True, operator.contains, Grid(3, 3), Vector(2, 2)),
-            (False, operator.contains, Grid(3, 3), Vector(3, 2)),
             ("RuntimeError: int too big to convert", operator.contains, Layers(1), 1 << 64),
-            (0, len, Layers()),
             (uncountable, len, Grid(1 << 32, 1 << 32)),
         )
         self.assertTrue(Grid(1, 1) and Circle(1) and not Grid(0, 1) and not List() and not ling.HashMap())

@@ -148,7 +148,6 @@ TEST_F(Wrapper, AnswersSpecialNames) {
     w.__name__, w.__code__, w.__bool__    => ('probe', 'Probe()', True)
     import copy; w.count = 5; result = w.__copy__().count, copy.deepcopy(w).count => (5, 50)
     w.__annotations__                     => AttributeError: 'ling~test`wrapped`Probe' object has no attribute '__annotations__'
-    w.__text_signature__                  => AttributeError: 'ling~test`wrapped`Probe' object has no attribute '__text_signature__'
     w.__bytes__                           => RuntimeError: Unable to convert '<test.wrapped.Probe>' to ByteArray.
     w.own = 1; result = [n for n in w.__dir__ if n in ('own', 'unit', 'count', 'note')] => ['note', 'unit', 'count', 'own'])");
   expect_outcomes(Class_Generic(probe_class.required()), R"(
@@ -156,7 +155,6 @@ TEST_F(Wrapper, AnswersSpecialNames) {
     w.__name__, w.__module__              => ('Probe', 'test.wrapped'))");
   expect_outcomes(probe.boundMethod(meta_method_untyped("join")), R"(
     w.__doc__                             => "(first: str, second: str = 'b', *rest) -> str\n\nAll of them."
-    w.__text_signature__                  => "(first: str, second: str = 'b', *rest) -> str"
     [*w.__annotations__.items()][::3]     => [('first', <class 'str'>), ('return', <class 'str'>)]
     w.__code__                            => AttributeError: '>LingObject' object has no attribute '__code__')");
 }
@@ -221,7 +219,6 @@ TEST_F(Wrapper, HasATypeThatShowsWhatTheClassDeclares) {
     t.__doc__, t.__base__.__name__        => ('Measures things.', '>LingObject')
     [n for n in ('LIMIT', 'count', 'join', 'unit', 'note', '_hidden') if n in vars(t)] => ['LIMIT', 'count', 'join', 'unit']
     t.join.__doc__                        => "(self: test.wrapped.Probe, first: str, second: str = 'b', *rest) -> str\n\n-"
-    t.count.__doc__, t.broken.__doc__     => ('How many.', 'An error.')
     t.count.__set__(w, 7), t.count.__get__(w) => (None, 7)
     t.count.__set__(w, -1)                => RuntimeError: too few
     t.count.__delete__(w)                 => AttributeError: Attribute cannot be deleted: count.
