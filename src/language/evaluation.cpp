@@ -86,6 +86,16 @@ struct run_dicts {
   bool complete() const noexcept { return globals && locals; }
 };
 
+// All variables are globals: the body of the generated function sees no others. Later ones win.
+Result<None> fill_globals(PyObject* dict, const optional_map& globals, const optional_mutable_map& outLocals,
+                          const optional_map& locals) {
+  store_modules(dict);
+  store_inlined_members(dict);
+  TRY(store_globals(dict, globals));
+  TRY(store_all(dict, outLocals));
+  return store_all(dict, locals);
+}
+
 }  // namespace
 
 Result<Any> evaluate_code(const Any& self, const String& code, const optional_map& locals, const optional_map& globals,
@@ -96,13 +106,7 @@ Result<Any> evaluate_code(const Any& self, const String& code, const optional_ma
   if (!dicts.complete()) {
     return exception_to_error(0, 0);
   }
-  store_modules(dicts.globals.get());
-  store_inlined_members(dicts.globals.get());
-  // All variables are globals of the generated function: its body sees no others. Later ones win.
-  TRY(store_globals(dicts.globals.get(), globals));
-  TRY(store_all(dicts.globals.get(), outLocals));
-  TRY(store_all(dicts.globals.get(), locals));
-
+  TRY(fill_globals(dicts.globals.get(), globals, outLocals, locals));
   std::vector<String> names;
   TRY(read_names(outLocals, names));
   if (outLocals.has_value()) {
@@ -131,11 +135,7 @@ Result<Any> evaluate_expression(const String& code, const optional_map& globals,
   if (!dicts.complete()) {
     return exception_to_error(0, 0);
   }
-  store_modules(dicts.globals.get());
-  store_inlined_members(dicts.globals.get());
-  TRY(store_globals(dicts.globals.get(), globals));
-  TRY(store_all(dicts.globals.get(), locals));
-
+  TRY(fill_globals(dicts.globals.get(), globals, None(), locals));
   const PyObjectPtr value = call_builtin("eval", code.view(), dicts.globals.get(), dicts.locals.get());
   if (!value) {
     return exception_to_error(0, 0);
