@@ -19,4 +19,3 @@ for make, *arguments in [moments, (ling.Time, 1, 2), (ling.Decimal, "1.50")]:
 
 things = ling.List([1, 2.5, "text", [1], object, int, None])
 assert list(things)[:4] == [1, 2.5, "text", [1]]
-assert ling.qualname(int) == "ling.Integer"

@@ -120,7 +120,6 @@ TEST_F(ToPython, PinsTheSingletonsItDoesNotCount) {
 
 TEST_F(ToPython, LeaksNothing) {
   const Any values[] = {1 << 30,
-                        2.5,
                         "text longer than one character",
                         ByteArray("bytes"),
                         nested_tuple(20),
