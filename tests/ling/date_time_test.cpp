@@ -23,14 +23,12 @@ TEST(DateAndTime, ExistInTheCalendarAndOnTheClock) {
       {times(23, 59, 59, 999'999'999), "23:59:59.999999999"},
       {times(8, 0, 0, 0, 86'399, "far east", 1), "08:00:00+23:59:59"},
       {times(24, 0, 0, 0), "Error: The hour 24 is not between 0 and 23."},
-      {times(0, 0, 60, 0), "Error: The second 60 is not between 0 and 59."},
       {times(0, 0, 0, 1'000'000'000), "Error: The nanosecond 1000000000 is not between 0 and 999999999."},
       {times(0, 0, 0, 0, 86'400, "", 0), "Error: The offset 86400 is not between 0 and 86399."},
       {times(0, 0, 0, 0, -1, "", 0), "Error: The offset -1 is not between 0 and 86399."},
       {times(0, 0, 0, 0, None(), "", 2), "Error: The fold 2 is not between 0 and 1."},
       {Tuple_Generic({property(zoned, "offset"), property(zoned, "zoneName"), property(zoned, "fold")}),
        "(7200, \"CEST\", 1)"},
-      {property(time_of("01:00"), "offset"), "None"},
   });
 }
 
@@ -78,7 +76,6 @@ TEST(DateAndTime, RefuseOtherTexts) {
 TEST(DateAndTime, CompareAndHashByValue) {
   using enum ordering_value;
   const std::tuple<Any, Any, ordering_value> cases[] = {
-      {date("-0001-12-31"), date("0000-01-01"), Less},
       {time_of("10:00"), time_of("10:00:00.000000001"), Less},
       {time_of("10:00+02:00"), time_of("09:00+01:00"), Equal},
       {time_of("00:30+01:00"), time_of("00:00Z"), Less},

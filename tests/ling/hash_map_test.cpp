@@ -53,10 +53,10 @@ TEST(HashMap, KeepsOrderThroughGrowthAndRemoval) {
     const bool known = place != model.end();
     if (random() % 10 < (shrinking ? 8u : 3u)) {
       ASSERT_EQ(map.remove(key), known);
-      known ? void(model.erase(place)) : void();
+      if (known) model.erase(place);
     } else {
       map.set(key, step);
-      known ? void(place->second = step) : void(model.emplace_back(key, step));
+      known ? place->second = step : model.emplace_back(key, step).second;
     }
     ASSERT_EQ(map.length(), model.size());
   }
@@ -80,14 +80,12 @@ TEST(HashMap, LetsKeysUseTheMapWhileTheyAreCompared) {
     }
     return Ordering(++comparisons > 1000 ? ordering_value::Equal : ordering_value::Less);
   };
-  const Any first = make_actor(meddle);
-  const Any second = make_actor(meddle);
-  const Any third = make_actor(meddle);
-  for (const Any& key : {first, second, third}) {
+  const Any keys[] = {make_actor(meddle), make_actor(meddle), make_actor(meddle)};
+  for (const Any& key : keys) {
     map.set(key, key);
   }
   EXPECT_EQ(comparisons, 3) << "each pair of keys is compared once, however often the search starts again";
-  for (const Any& key : {first, second, third}) {
+  for (const Any& key : keys) {
     EXPECT_TRUE(map.get(key).is_same(key));
   }
   map.object().clear();  // the keys hold nothing, but their functions refer to the map
