@@ -7,19 +7,29 @@
 namespace ling::cpython {
 
 // The text of a result: of an Error its message behind "Error: ".
-inline std::string outcome_text(const Any& result) {
-  return std::string(display_text(internal::unwrap(result)).view());
-}
+inline std::string outcome_text(const Any& of) { return std::string(display_text(internal::unwrap(of)).view()); }
 
 // An expected text that ends in "…" is the beginning of the one that came.
-inline bool is_expected(const std::string& text, std::string_view expected) {
-  constexpr std::string_view more = "…";
-  return expected.ends_with(more) ? text.starts_with(expected.substr(0, expected.size() - more.size()))
-                                  : text == expected;
+inline void expect_outcome(const Any& result, const std::string& expected, const std::string& what = "") {
+  const std::string text = outcome_text(result), more = "…";
+  const bool begins = expected.ends_with(more) && text.starts_with(expected.substr(0, expected.size() - more.size()));
+  EXPECT_TRUE(begins || text == expected) << what << "\n  gives " << text << "\n  not   " << expected;
 }
 
-// A member of the object that an expression gives, called with the arguments (a property, whose name begins with a dot
-// here, is read), what it answers, and the `repr` of the object afterwards where it changes.
+inline void expect_outcomes(const std::vector<std::pair<Any, const char*>>& rows) {
+  for (const auto& [result, expected] : rows) {
+    expect_outcome(result, expected);
+  }
+}
+
+// A property, whose name begins with a dot here, is read; a method is called with the arguments.
+inline Any ask(const Any& value, const char* member, std::vector<Any> arguments = {}) {
+  return member[0] == '.' ? value.propertyValue(meta_property_untyped(member + 1))
+                          : call_method(value, meta_method_untyped(member), arguments);
+}
+
+// A member of the object that an expression gives, what it answers, and the `repr` of the object afterwards where it
+// changes.
 struct member_row {
   std::string object;
   const char* member;
@@ -27,25 +37,16 @@ struct member_row {
   const char* answer;
   const char* after = nullptr;
 };
-
-inline Any ask_member(const Any& value, const member_row& row) {
-  return row.member[0] == '.' ? value.propertyValue(meta_property_untyped(row.member + 1))
-                              : call_method(value, meta_method_untyped(row.member), row.arguments);
-}
-
-inline void expect_answers(std::initializer_list<member_row> rows) {
+inline void expect_answers(const std::vector<member_row>& rows) {
   for (const member_row& row : rows) {
     const std::string what = row.object + " " + row.member;
     const PyObjectPtr object = eval(row.object);
     ASSERT_TRUE(object) << what;
     const Py_ssize_t references = Py_REFCNT(object.get());
     const std::string before = repr(object);
-    const std::string answer = outcome_text(ask_member(from_python_locked(object.get()), row));
-    EXPECT_TRUE(is_expected(answer, row.answer)) << what << "\n  gives " << answer << "\n  not   " << row.answer;
+    expect_outcome(ask(from_python_locked(object.get()), row.member, row.arguments), row.answer, what);
     EXPECT_EQ(repr(object), row.after == nullptr ? before : row.after) << what;
     EXPECT_EQ(Py_REFCNT(object.get()), references) << what;
-    EXPECT_EQ(PyErr_Occurred(), nullptr) << what;
-    PyErr_Clear();
   }
 }
 
