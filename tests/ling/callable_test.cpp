@@ -23,7 +23,6 @@ TEST(Callable, ConvertsArgumentsAndResults) {
   expect_outcomes({
       {narrow(-128),     "-128"                                                                                    },
       {narrow(128),      "BadArgument: Bad call of 'narrow': the argument 'a' must be Integer, not Integer: 128"   },
-      {narrow(true),     "BadArgument: Bad call of 'narrow': the argument 'a' must be Integer, not Boolean: true"  },
       {narrow(lazy),     "41"                                                                                      },
       {wide(UINT64_MAX), "18446744073709551615"                                                                    },
       {wide(-1),         "BadArgument: Bad call of 'wide': the argument 'a' must be Integer, not Integer: -1"      },
@@ -60,7 +59,6 @@ TEST(Callable, DefaultsNamesAndVariadics) {
   expect_outcomes({
       {f(1), "123"},
       {f(), "BadArgument: Bad call of 'f': expected 1 to 3 arguments, got 0."},
-      {named({1}, {{"c", 9}}), "129"},
       {named({}, {{"c", 9}, {"a", 4}}), "429"},
       {named({1}, {{"a", 1}}), "BadArgument: Bad call of 'f': the argument 'a' is given twice."},
       {named({1}, {{"d", 1}}), "BadArgument: Bad call of 'f': no parameter is named 'd'."},

@@ -58,7 +58,6 @@ TEST(Class, MembersAnswerAsDescribed) {
       {call(round, "describe"), "a circle"},
       {call(round, "describe", "the"), "the circle"},
       {call(round, "unit"), "m2"},
-      {property(round, "LIMIT"), "100"},
       {round.fieldValue(note), "3"},
       {shape().fieldValue(note), "empty"},
   });
@@ -95,7 +94,6 @@ TEST(Class, ErrorsNameTheCulprit) {
        "BadArgument: Bad call of 'name': the argument 'value' must be String, not Integer: 1"},
       {I_Callable_Generic::unchecked(describe->method)(5, "x"),
        "BadArgument: Bad call of 'test.shapes.Shape.describe': the argument 'self' must be Shape, not Integer: 5"},
-      {square_class.required().allocate_instance(), "<test.shapes.Square>"},
       {I_Immutable::getClass()(), "Error: The interface ling.I_Immutable has no instances."},
       {Error::getClass().allocateInstance(), "Error: The class ling.Error has no default instance."},
   });

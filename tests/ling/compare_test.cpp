@@ -49,7 +49,6 @@ TEST(Compare, FollowsContent) {
       {0,                                             -0.0,                                    Equal       },
       {std::uint64_t{1} << 63,                        two_to_63,                               Equal       },
       {INT64_MIN,                                     -two_to_63,                              Equal       },
-      {9007199254740992,                              two_to_53,                               Equal       },
       {Any(),                                         None(),                                  Equal       },
       {Tuple_Generic({List_Generic{1}, "a"}),         Tuple_Generic({List_Generic{1.0}, "a"}), Equal       },
       {List_Generic({1, List_Generic{2}}),            List_Generic({1, List_Generic{2}}),      Equal       },
@@ -58,10 +57,8 @@ TEST(Compare, FollowsContent) {
       {make_computed<Integer>([] { return Any(5); }), 5,                                       Equal       },
       {false,                                         true,                                    Less        },
       {"",                                            "a",                                     Less        },
-      {"z",                                           "é",                                    Less        },
       {"\uFFFF",                                      "\U00010000",                            Less        },
       {ByteArray("\x7f"),                             ByteArray("\x80"),                       Less        },
-      {Tuple_Generic(),                               Tuple_Generic{0},                        Less        },
       {List_Generic({1, "b"}),                        List_Generic({2, 0}),                    Less        },
       {1,                                             "1",                                     Incomparable},
       {1,                                             true,                                    Incomparable},
@@ -71,11 +68,9 @@ TEST(Compare, FollowsContent) {
       {Tuple_Generic{1},                              List_Generic{1},                         Incomparable},
       {Tuple_Generic{1},                              Tuple_Generic{"1"},                      Incomparable},
       {make_map({1, 2}),                              make_map({1, 3}),                        Incomparable},
-      {make_map({1, 2}),                              make_map({}),                            Incomparable},
       {make_set({1}),                                 make_set({2}),                           Incomparable},
       {Error("same"),                                 Error("same"),                           Incomparable},
       {Integer::getClass(),                           Float::getClass(),                       Incomparable},
-      {nan,                                           nan,                                     Incomparable},
   };
   for (const auto& [a, b, expected] : pairs) {
     expect_order(a, b, expected);

@@ -9,17 +9,13 @@ using namespace ling::testing;
 
 TEST(HashMap, AnswersTheMethodsOfScripts) {
   const method_row rows[] = {
-      {"get", {"a"}, "1"},
       {"get", {"c"}, "Error: Key not found: c."},
-      {"get", {"c", None()}, "None"},
       {"set", {"a", 3}, "None", "{\"a\": 3, \"b\": 2}"},
       {"set", {None(), 3}, "None", "{\"a\": 1, \"b\": 2, None: 3}"},
       {"remove", {"a"}, "1", "{\"b\": 2}"},
-      {"contains", {2}, "false"},
       {"clear", {}, "None", "{}"},
       {"update", {make_map({"b", 5, "c", 6})}, "None", "{\"a\": 1, \"b\": 5, \"c\": 6}"},
       {"pairs", {}, "[(\"a\", 1), (\"b\", 2)]"},
-      {"clone", {}, "{\"a\": 1, \"b\": 2}"},
       {"set", {List_Generic{1, 2}, 0}, "BadArgument: The key is not immutable: [1, 2] (List)."},
       {"get", {Tuple_Generic{1, List_Generic()}}, "BadArgument: The key is not immutable: (1, []) (Tuple)."},
   };

@@ -42,14 +42,12 @@ TEST(Numbers, AreMadeByScripts) {
   const Class_Generic bytes = ByteArray::getClass();
   const Class_Generic ordering = Ordering::getClass();
   expect_outcomes({
-      {integer(" +7\n"), "7"},
       {integer("-9223372036854775808"), "-9223372036854775808"},
       {integer("18446744073709551615"), "18446744073709551615"},
       {integer("18446744073709551616"), "Error: The number '18446744073709551616' is out of the range of Integer."},
       {integer("-9223372036854775809"), "Error: The number '-9223372036854775809' is out of the range of Integer."},
       {integer("12x"), "Error: The text '12x' is not a number for Integer."},
       {integer(""), "Error: The text '' is not a number for Integer."},
-      {real("2.5e3"), "2500.0"},
       {real("1e999"), "Error: The number '1e999' is out of the range of Float."},
       {real("pi"), "Error: The text 'pi' is not a number for Float."},
       {real(UINT64_MAX), "1.8446744073709552e+19"},
@@ -62,22 +60,17 @@ TEST(Numbers, AreMadeByScripts) {
   });
 }
 
-struct Crate {
-  int count = 0;
-};
-constinit const class_definition<Crate> crate_class("Crate", [](class_builder<Crate>& c) {
-  c.module("test.numbers").constructor("count", "", [](int count) { return Crate{count}; });
-  c.property("__length__", "How many there are.", [](const Crate& self) -> Result<Integer> {
-    return self.count < 0 ? Result<Integer>(Error("uncounted")) : Integer(self.count);
-  });
-});
+Any crate(const Any& length) {
+  auto& of_class = *new object_value_class("Crate");
+  of_class.add_property_unsafe("__length__", Property::constant(length));
+  return of_class.allocate_instance();
+}
 
 TEST(Boolean, TellsTheTruthOfAnyValue) {
-  const Class_Generic crate(crate_class.required());
   // A length that cannot be told is not 0.
-  for (const Any& value :
-       values(true, 1, -1, UINT64_MAX, 0.5, inf, nan, "x", ByteArray("x"), Tuple_Generic{None()}, List_Generic{None()},
-              make_map({"k", 1}), Error("an error is something"), Integer::getClass(), crate(2), crate(-1))) {
+  for (const Any& value : values(true, 1, -1, UINT64_MAX, 0.5, inf, nan, "x", ByteArray("x"), Tuple_Generic{None()},
+                                 List_Generic{None()}, make_map({"k", 1}), Error("an error is something"),
+                                 Integer::getClass(), crate(2), crate(Error("uncounted")))) {
     EXPECT_TRUE(Boolean::from(value).value()) << text(value);
   }
   const Any lazy = make_computed<Integer>([] { return Any(0); });
