@@ -19,8 +19,8 @@ TEST_F(Collections, SequencesAnswerAsPythonDoes) {
   };
   expect_answers({
       {list, "at", {-1}, "30"},
-      {list, "at", {3}, "Error: list index out of range"},
       {list, "atOr", {3, "none"}, "none"},
+      {list, "indexOf", {20}, "1"},
       {list, "indexOf", {20, 2}, "-1"},
       {list, "set", {0, "x"}, "None", "['x', 20, 30]"},
       {list, "appendAt", {1, 15}, "None", "[10, 15, 20, 30]"},
