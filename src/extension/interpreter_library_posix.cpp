@@ -3,11 +3,12 @@
 #include "extension/interpreter_library.h"
 #include "extension/python_api.h"
 
-#include <cstdlib>
-#include <cstring>
 #include <dlfcn.h>
 #include <langinfo.h>
 #include <locale.h>
+
+#include <cstdlib>
+#include <cstring>
 
 namespace ling::cpython {
 

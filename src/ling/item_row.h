@@ -1,5 +1,5 @@
-// item_row: the items of a container that is changed while others go through it. Who goes through it holds the row as it
-// is; it is copied only when it is changed meanwhile.
+// item_row: the items of a container that is changed while others go through it. Who goes through it holds the row as
+// it is; it is copied only when it is changed meanwhile.
 //
 // Threads: the owner's lock guards the handle; the items behind it do not change while more than one handle holds them.
 #pragma once

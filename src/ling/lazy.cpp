@@ -1,12 +1,12 @@
 // Computed and external values, and the cells through which weak references look at their targets.
 #include "ling/lazy.h"
 
-#include <array>
-#include <mutex>
-
 #include "ling/detail/definitions.h"
 #include "ling/detail/nesting.h"
 #include "ling/detail/weak.h"
+
+#include <array>
+#include <mutex>
 
 namespace ling {
 
@@ -126,8 +126,8 @@ namespace {
 
 using internal::weak_cell;
 
-// Cells by the address of their target. A bucket's lock guards its chain and all that its cells hold. Chains instead of a
-// growing table, so that nothing is allocated under a lock.
+// Cells by the address of their target. A bucket's lock guards its chain and all that its cells hold. Chains instead of
+// a growing table, so that nothing is allocated under a lock.
 struct cell_bucket {
   spinlock lock;
   weak_cell* first = nullptr;

@@ -101,7 +101,8 @@ Result<Any> I_Map_Generic::pairs(std::vector<std::pair<Any, Any>>& into) const {
   const std::vector<Any> key_row = all_keys.copyItems();
   const std::vector<Any> value_row = all_values.copyItems();
   if (key_row.size() != value_row.size()) {
-    return Error(String("The map changed while it was read: {} keys, {} values.").arg(key_row.size(), value_row.size()));
+    return Error(
+        String("The map changed while it was read: {} keys, {} values.").arg(key_row.size(), value_row.size()));
   }
   into.clear();
   for (std::size_t i = 0; i < key_row.size(); ++i) {

@@ -8,8 +8,8 @@
 
 namespace ling::cpython {
 
-// Whether a conversion has given an Error because the object does not fit into a value, as a number too large does not. An
-// exception that is handed over is a value like any other.
+// Whether a conversion has given an Error because the object does not fit into a value, as a number too large does not.
+// An exception that is handed over is a value like any other.
 bool conversion_failed(PyObject* object, const Any& converted);
 
 // A Python object as a value, or a failure.

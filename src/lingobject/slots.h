@@ -102,8 +102,8 @@ class [[nodiscard]] slot_result {
 };
 static_assert(sizeof(slot_result) == 2 * sizeof(void*));
 
-// A failure that Python shows as RuntimeError with a text of the slot's own; the exception carries the error. What ends a
-// program rather than an operation (an interrupt, an exit) travels on as it is.
+// A failure that Python shows as RuntimeError with a text of the slot's own; the exception carries the error. What ends
+// a program rather than an operation (an interrupt, an exit) travels on as it is.
 slot_result runtime_error(const Error& error, const String& message);
 inline slot_result runtime_error(const Error& error) { return runtime_error(error, error.message()); }
 

@@ -79,8 +79,7 @@ void add_member(object_value_class& of_class, PyObject* type, const String& name
 }
 
 void add_members(object_value_class& of_class, PyObject* type) {
-  for_each_public_member(
-      type, [&](const String& name, PyObject* value) { add_member(of_class, type, name, value); });
+  for_each_public_member(type, [&](const String& name, PyObject* value) { add_member(of_class, type, name, value); });
 }
 
 // The tuples of the type itself, not its attributes `__bases__` and `__mro__`: a metaclass may answer for those with
