@@ -82,12 +82,10 @@ def itself():
 
 
 SEEN_BY_HOST = [
-    (date(2020, 2, 29), "Date 2020-02-29"),
     (datetime.datetime(2020, 2, 29, 23, 59, 59, 999999), "DateTime 2020-02-29T23:59:59.999999"),
     (Stamp(9999, 12, 31, tzinfo=timezone.utc), "DateTime 9999-12-31T00:00:00+00:00"),
     (time(10, 20, 30, 123456), "Time 10:20:30.123456  0"),
     (time(1, fold=1), "Time 01:00:00  0"),                                    # without a zone no fold
-    (time(1, tzinfo=zone(7200)), "Time 01:00:00+02:00 UTC+02:00 0"),
     (time(1, tzinfo=zone(86399, "far"), fold=1), "Time 01:00:00+23:59:59 far 1"),
     (time(1, tzinfo=zone(-18000)), "Time 01:00:00  0"),                       # west of UTC
     (time(1, tzinfo=zone(0.5)), "Time 01:00:00  0"),                          # not by whole seconds
@@ -96,14 +94,10 @@ SEEN_BY_HOST = [
     (time(1, tzinfo=Odd(timedelta(hours=1), SystemExit)), "Time 01:00:00+01:00  0"),
     (time(1, tzinfo=Odd(timedelta(hours=1), None)), "Time 01:00:00+01:00  0"),
     (odd_offset(60.0), "Time 01:00:00+00:01 odd 0"),
-    (odd_offset(-1), "Time 01:00:00  0"),
-    (odd_offset(2**70), "Time 01:00:00  0"),
-    (odd_offset("60"), "Time 01:00:00  0"),
     (odd_offset(float("nan")), "Time 01:00:00  0"),
     (itself(), "Time 01:00:00+01:00  0"),
     (OddTime(fold="?"), "Time 01:00:00  0"),
     (OddTime(month=3, hour=256 + 7), "Time 07:00:00  0"),
-    (Decimal("1.50"), "Decimal 1.50"),
     (Decimal("-0E+5"), "Decimal -0E+5"),
     (Decimal("sNaN123"), "Decimal sNaN123"),
 ]
@@ -151,7 +145,6 @@ for action, arguments, message in [
     (ling.display, [TextClaim(lambda itself: itself)], "maximum recursion depth exceeded"),
     (ling.Date, [0, 1, 1], "0"),
     (ling.Date, [10000, 1, 1], "10000"),
-    (ling.Date, [-5, 1, 1], "-5"),
 ]:
     try:
         action(*arguments)

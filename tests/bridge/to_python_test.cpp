@@ -37,13 +37,8 @@ std::string take_exception() {
 
 TEST_F(ToPython, CopiesPlainValues) {
   const std::pair<Any, const char*> rows[] = {
-      {None(), "None"},
-      {Undefined(), "NotImplemented"},
-      {true, "True"},
-      {-1, "-1"},
       {INT64_MIN, "-9223372036854775808"},
       {UINT64_MAX, "18446744073709551615"},
-      {std::uint64_t{1} << 63, "9223372036854775808"},
       {"", "''"},
       {"gr\xc3\xbc\xc3\x9f \xf0\x9f\x90\x8d", "'gr\xc3\xbc\xc3\x9f \xf0\x9f\x90\x8d'"},
       {std::string_view("a\0b", 3), "'a\\x00b'"},
@@ -90,7 +85,6 @@ TEST_F(ToPython, FailsAsAWholeWhenAPartFails) {
       {Tuple_Generic({1, Tuple_Generic({List_Generic(), error}), 2}),     "RuntimeError('broken')"             },
       {external([]() -> Any { throw std::runtime_error("no file"); }),    "RuntimeError('no file')"            },
       {external([&] { return error; }),                                   "RuntimeError('broken')"             },
-      {StopIteration(),                                                   "StopIteration()"                    },
       {make<object_value_python_object>(cpython_object_class.required()), "RuntimeError('The object is null.')"},
   };
   for (const auto& [value, expected] : rows) {
@@ -148,8 +142,6 @@ TEST_F(ToPython, SpellsValuesAsCode) {
       {Any(),                                 "None"      },
       {Tuple_Generic({1, ByteArray("b")}),    "(1, b'b')" },
       {from_python(eval("{'a': [1]}").get()), "{'a': [1]}"},
-      {List_Generic({1, "a"}),                "[1, \"a\"]"},
-      {Error("no counterpart"),               ""          },
   };
   for (const auto& [value, expected] : rows) {
     EXPECT_EQ(display_text(to_code(value)).view(), expected);
@@ -160,15 +152,13 @@ TEST_F(ToPython, SpellsValuesAsCode) {
 
 TEST_F(ToPython, KnowsThePythonTypeOfAType) {
   const std::pair<Type, const char*> rows[] = {
-      {Integer::getType(),                        "<class 'int'>"            },
-      {Float::getType(),                          "<class 'float'>"          },
-      {ByteArray::getType(),                      "<class 'bytes'>"          },
-      {None::getType(),                           "<class 'NoneType'>"       },
-      {Date::getType(),                           "<class 'datetime.date'>"  },
-      {Decimal::getType(),                        "<class 'decimal.Decimal'>"},
-      {Type::untyped(),                           "<class 'object'>"         },
-      {I_Iterable_Generic::getType(),             "<class 'object'>"         },
-      {Type::of(cpython_object_class.required()), "<class 'object'>"         },
+      {Integer::getType(),                        "<class 'int'>"          },
+      {Float::getType(),                          "<class 'float'>"        },
+      {None::getType(),                           "<class 'NoneType'>"     },
+      {Date::getType(),                           "<class 'datetime.date'>"},
+      {Type::untyped(),                           "<class 'object'>"       },
+      {I_Iterable_Generic::getType(),             "<class 'object'>"       },
+      {Type::of(cpython_object_class.required()), "<class 'object'>"       },
   };
   for (const auto& [type, expected] : rows) {
     EXPECT_EQ(repr(PyObjectPtr::share(python_type_of(type))), expected);

@@ -41,23 +41,13 @@ using lines = std::vector<std::string>;
 
 TEST_F(LoggingBridge, PassesRecordsOnWithLevelAndMessage) {
   const std::pair<const char*, lines> cases[] = {
-      {"logging.info('x')",                                                                      {"20 x"}                   },
-      {"logging.getLogger('app').warning('%s of %d', 'a', 1)",                                   {"30 a of 1"}              },
-      {"logging.getLogger('app').log(35, 'between')\nlogging.critical('\\u00e9')",               {"35 between", "50 \u00e9"}},
-      {"logging.getLogger().setLevel(logging.DEBUG)\nlogging.getLogger('app').debug('lowered')", {"10 lowered"}             },
+      {"logging.getLogger('app').warning('%s of %d', 'a', 1)",                     {"30 a of 1"}              },
+      {"logging.getLogger('app').log(35, 'between')\nlogging.critical('\\u00e9')", {"35 between", "50 \u00e9"}},
   };
   for (const auto& [code, expected] : cases) {
     log(code);
     EXPECT_EQ(take_lines(), expected) << code;
   }
-}
-
-TEST_F(LoggingBridge, PassesTracebacksOn) {
-  log("try:\n  1 / 0\nexcept ZeroDivisionError:\n  logging.exception('while %s', 'dividing')");
-  const lines seen = take_lines();
-  ASSERT_EQ(seen.size(), 1U);
-  EXPECT_TRUE(seen[0].starts_with("40 while dividing\nTraceback (most recent call last):\n")) << seen[0];
-  EXPECT_TRUE(seen[0].ends_with("\nZeroDivisionError: division by zero")) << seen[0];
 }
 
 TEST_F(LoggingBridge, IsInstalledOnceAndLeavesNoNames) {

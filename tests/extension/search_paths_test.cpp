@@ -36,7 +36,6 @@ TEST(SearchPaths, EndWithTheFolderThatTheEnvironmentNames) {
       {"/local", "/profile", "/local/Corvantis/Python313"                },
       {"",       "/profile", "/profile/AppData/Local/Corvantis/Python313"},
       {nullptr,  "/profile", "/profile/AppData/Local/Corvantis/Python313"},
-      {nullptr,  "",         nullptr                                     },
       {nullptr,  nullptr,    nullptr                                     },
   };
   const auto set = [](const char* name, const char* value) {

@@ -108,20 +108,6 @@ TEST(StartupDeathTest, HappensOnceWhoeverComesFirst) {
 
 using Startup = PythonTest;
 
-TEST_F(Startup, RegistersFunctionsWithTheirDescriptions) {
-  const auto module = find_module("ling.cpython");
-  ASSERT_TRUE(module);
-  const std::pair<const char*, const char*> rows[] = {
-      {"evaluate_expr",        "Evaluates Python expression." },
-      {"cpython_add_sys_path", "Adds a path to sys.path once."},
-  };
-  for (const auto& [name, doc] : rows) {
-    const auto function = I_Callable_Generic::cast(module->callables().get(name));
-    ASSERT_TRUE(function) << name;
-    EXPECT_EQ(function->doc(), doc);
-  }
-}
-
 TEST_F(Startup, GoesOnWithoutAUserFolderThatCannotBeMade) {
   const std::string file = (std::filesystem::temp_directory_path() / "ling-no-folder").string();
   std::ofstream(file) << "a file is in the way";

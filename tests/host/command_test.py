@@ -14,8 +14,6 @@ PYTHON = os.path.join(sys.base_prefix, "bin", "python%d.%d" % sys.version_info[:
 
 # Programs that must behave the same under python3: by case, the text and what it is about.
 PROGRAMS = {
-    "prints": "print('out'); import sys; print('err', file=sys.stderr)",
-    "arguments": "import sys; print(sys.argv[1:])",
     "names": "print(__name__, __doc__, __spec__, __package__, __builtins__, __annotations__, sorted(globals()))",
     "doc": "'What it does.'\nprint(__doc__)",
     "directory on the path": "import sys, os; print(sys.path[0] == os.path.dirname(os.path.realpath(__file__)), os.path.isabs(__file__))",
@@ -24,17 +22,13 @@ PROGRAMS = {
     "byte order mark": b"\xef\xbb\xbfprint('marked')",
     "windows lines": b"if True:\r\n    print('lines')\r\n",
     "no inherited future": "def f(x: undefined_name): pass",
-    "exception": "def f(n):\n    return 1 / n\n\nf(0)",
     "exception in a neighbour": "import neighbour\nneighbour.fail()",
     "exception while handling": "try:\n    1 / 0\nexcept ZeroDivisionError:\n    undefined_name",
     "syntax error": "x = 1\nif x\n    pass",
     "recursion": "def f(): f()\ntry:\n    f()\nexcept RecursionError: print('caught')",
     "exit without status": "import sys; sys.exit()",
-    "exit with a number": "import sys; sys.exit(3)",
     "exit with a negative number": "import sys; sys.exit(-1)",
     "exit with a text": "import sys; print('out'); sys.exit('a reason')",
-    "exit by the class": "raise SystemExit",
-    "exit in a function": "def f():\n    try:\n        exit(4)\n    finally:\n        print('finally')\nf()",
     "exit in a thread": "import sys, threading\nt = threading.Thread(target=sys.exit, args=(5,)); t.start(); t.join()",
     "own excepthook": "import sys\nsys.excepthook = lambda t, v, tb: print('hook', t.__name__, v, tb.tb_lineno)\n1 / 0",
     "failing excepthook": "import sys\ndef hook(t, v, tb):\n    raise ValueError('hook')\nsys.excepthook = hook\n1 / 0",
@@ -46,26 +40,11 @@ PROGRAMS = {
     "leaves daemons": (
         "import threading, time\nthreading.Thread(target=time.sleep, args=(100,), daemon=True).start()\nprint('main ends')"
     ),
-    "executor": (
-        "from concurrent.futures import ThreadPoolExecutor\nimport time\n"
-        "pool = ThreadPoolExecutor(2)\npool.submit(lambda: (time.sleep(0.1), print('submitted')))"
-    ),
-    "no line end": "import sys; sys.stdout.write('out'); sys.stderr.write('err')",
     "finaliser of a global": (
         "import os\nclass A:\n    def __init__(self):\n        self.me = self\n"
         "    def __del__(self):\n        print('finalised', os.path.basename('a/b'))\na = A()"
     ),
     "unclosed file": "import sys\nf = open(sys.argv[1], 'w'); f.write('text'); g = open(sys.argv[1] + '2', 'wb'); g.write(b'x')",
-    "warnings": "import warnings\nwarnings.warn('careful')",
-    "asyncio": "import asyncio\nasync def main():\n    await asyncio.sleep(0)\n    print('done')\nasyncio.run(main())",
-    "multiprocessing": (
-        "import multiprocessing\ndef double(x): return 2 * x\nif __name__ == '__main__':\n"
-        "    with multiprocessing.get_context('fork').Pool(2) as pool: print(pool.map(double, [1, 2]))"
-    ),
-    "own logging": (
-        "import logging\nlogging.basicConfig(force=True, level='WARNING', format='%(levelname)s %(message)s')\n"
-        "logging.info('dropped'); logging.warning('x'); logging.getLogger('a').error('y')"
-    ),
     "signals": "import signal; print(signal.getsignal(signal.SIGINT), signal.getsignal(signal.SIGPIPE))",
 }
 NEIGHBOUR = "value = 5\ndef fail():\n    raise KeyError('neighbour')\n"
@@ -213,11 +192,8 @@ class EvalAndExec(CommandTest):
     def test_prints_results(self):
         table = [
             ("eval", "[1, 'a', None]", "[1, 'a', None]\n"),
-            ("eval", "'text'", "text\n"),
             ("eval", "__import__('sys').argv", "['']\n"),
-            ("eval", "print('before') or 5", "before\n5\n"),
             ("exec", "x = 2\nreturn x * 21", "42\n"),
-            ("exec", "print('only this')", "only this\n"),
             ("exec", "import sys\nreturn sys.argv", "['-c']\n"),
             ("exec", "import atexit; atexit.register(print, 'at the end')\nreturn 1", "1\nat the end\n"),
         ]
@@ -228,10 +204,7 @@ class EvalAndExec(CommandTest):
     def test_reports_failures(self):
         table = [
             ("eval", "1 / 0", 1, "ZeroDivisionError: division by zero"),
-            ("eval", "x = 1", 1, "SyntaxError"),
-            ("exec", "def f():\n    raise ValueError('deep')\nf()", 1, "ValueError: deep"),
             ("exec", "import sys; sys.exit(3)", 3, ""),
-            ("eval", "exit()", 0, ""),
             ("exec", "raise KeyboardInterrupt", 130, "KeyboardInterrupt"),
         ]
         for command, text, status, last_line in table:
@@ -254,23 +227,16 @@ class Inspect(CommandTest):
         self.assertEqual(sorted(classes), ["date", "datetime", "time", "timedelta", "timezone", "tzinfo"])
         for of_class in classes.values():
             self.assertTrue(of_class["doc"] and of_class["parents"] and of_class["methods"], of_class["name"])
-        self.assertEqual(classes["timezone"]["parents"], ["python.datetime.tzinfo"])
-        self.assertIn("isoformat", [each["name"] for each in classes["date"]["methods"]])
         total = classes["timedelta"]["methods"][0]
         self.assertEqual((total["name"], total["doc"]), ("total_seconds", "Total seconds in the duration."))
-        self.assertIn(total["signature"], (None, "(self)"))  # some versions cannot tell
-        values = {each["name"]: each["value"] for each in described["properties"]}
-        self.assertEqual((values["MINYEAR"], values["MAXYEAR"]), ("1", "9999"))
 
     def test_describes_the_hosts_own(self):
         described = self.describe("ling.cpython")
         self.assertEqual(described["doc"], "Interface to Python language.")
         functions = {each["name"]: each["signature"] for each in described["callables"]}
         self.assertEqual(functions["evaluate"], "(code: String, scope=None)")
-        self.assertIn("importAllModules", functions)
+        self.assertLessEqual({"cpython_add_sys_path", "evaluate_expr", "importAllModules"}, {*functions})
         self.assertEqual(self.describe("ling.cpython.evaluate")["doc"], "Evaluates Python code.")
-        append = [each for each in self.describe("ling.List")["methods"] if each["name"] == "append"]
-        self.assertTrue(append and append[0]["doc"])
 
     def test_prints_for_people(self):
         status, out, err = self.ling("inspect", "python.datetime")

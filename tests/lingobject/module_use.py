@@ -35,13 +35,10 @@ unable = "RuntimeError: [export_ling_module] Unable to import the module."
 surrogate = "UnicodeEncodeError: 'utf-8' codec can't encode character '\\udc80' in position 0: surrogates not allowed"
 for statement, expected in [
     ("from ling.drawing import Piano", "ImportError: cannot import name 'Piano' from 'ling.drawing' (unknown location)"),
-    ("drawing.Piano", "AttributeError: module 'ling.drawing' has no attribute 'Piano'"),
     ("import ling.drawing.Circle", no_module + "'ling.drawing.Circle'"),
     ("import ling.nothing.at_all", no_module + "'ling.nothing'"),
-    ("import lingua", no_module + "'lingua'"),
     ("create_module(1)", "TypeError: Ling module name must be a string."),
     ("create_module('ling.nothing')", unable),
-    ("create_module('os')", unable),
     ("create_module('\\udc80')", surrogate),
     ("has_module('\\udc80')", surrogate),
 ]:
@@ -62,11 +59,6 @@ for shown in Circle, Circle(1), Circle(1).move, distance, List(), type(List()), 
     assert pydoc.plain(pydoc.render_doc(shown))
 assert List.__module__ == ling.object_id.__module__ == "ling"
 assert not any(name.startswith("@") for name in vars(ling)) and "importance" not in vars(ling)
-
-# Star-imports take what has no underscore.
-names = {}
-exec("from ling.drawing import *", names)
-assert {*names} - {"__builtins__"} == {name for name in vars(drawing) if name[0] != "_"} >= {"Grid", "distance"}
 
 # A reload keeps the module, its values and what was put into it; one that was forgotten is made anew.
 drawing.mine = 1
