@@ -1,7 +1,6 @@
 // Python as one of the host's languages, through the handle that hosts use.
 #include "bridge/python.h"
 #include "corvantis/python_language.h"
-#include "language/cpython_language.h"
 #include "ling/ling.h"
 
 namespace ling {
