@@ -160,7 +160,7 @@ TEST_F(PythonFunction, IsMadeFromSourceText) {
       {"return __name__",                       "builtins"                                  },
       {"def (a): pass",                         "invalid syntax"                            },
       {"def",                                   "invalid syntax"                            },
-      {"lambda a: a a",                         "invalid syntax"                            },
+      {"lambda a: a +* a",                      "invalid syntax"                            },
       {"lambda a: a, 3",                        "Error: The source object isn't a function."},
       {"def f(): pass\ndel f",                  "Error: Unable to find the function: f."    },
       {"def f(): pass\nraise SystemExit('no')", "Error: no"                                 },
