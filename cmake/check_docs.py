@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""docs_test.py [HOST]: the guides speak of what exists.
+"""check_docs.py [HOST]: the guides speak of what exists.
 
 The map in docs/maintainer.md has every folder and every target; paths and links lead somewhere; the conversion tables
 of docs/script-author.md have the rows that the code has. With HOST, the Python examples of the guides run in it.
