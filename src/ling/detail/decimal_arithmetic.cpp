@@ -255,10 +255,15 @@ arithmetic_fault multiply_decimals(const decimal_parts& a, const decimal_parts& 
     product.digits.clear();
     return a.is_zero() || b.is_zero() ? arithmetic_fault::undefined : arithmetic_fault::none;
   }
-  if (static_cast<std::int64_t>(a.digits.size() + b.digits.size()) > most_result_digits) {
+  // Of as many digits as both have together, or one less.
+  if (!a.is_zero() && !b.is_zero() &&
+      static_cast<std::int64_t>(a.digits.size() + b.digits.size()) > most_result_digits + 1) {
     return arithmetic_fault::too_many_digits;
   }
-  product.digits = multiply_digits(a.digits, b.digits);
+  product.digits = a.is_zero() || b.is_zero() ? "0" : multiply_digits(a.digits, b.digits);
+  if (static_cast<std::int64_t>(product.digits.size()) > most_result_digits) {
+    return arithmetic_fault::too_many_digits;
+  }
   product.exponent = a.exponent + b.exponent;
   return is_in_range(product) ? arithmetic_fault::none : arithmetic_fault::out_of_range;
 }
