@@ -2,8 +2,10 @@
 #include "function/python_function.h"
 
 #include "bridge/convert.h"
+#include "bridge/error_bridge.h"
 #include "bridge/python_call.h"
 #include "bridge/python_text.h"
+#include "extension/interpreter.h"
 #include "function/defaults.h"
 #include "ling/detail/try.h"
 #include "ling/interfaces.h"
@@ -20,11 +22,29 @@ Any compare_functions(const CPythonFunction& self, const Any& other) {
   if (!CPythonFunction::matches(other.get())) {
     return Undefined();
   }
-  const bool same = CPythonFunction::unchecked(other).object().function() == self.object().function();
-  return Ordering(same ? ordering_value::Equal : ordering_value::Incomparable);
+  PyObject* const a = self.object().function();
+  PyObject* const b = CPythonFunction::unchecked(other).object().function();
+  if (a == b) {
+    return Ordering(ordering_value::Equal);
+  }
+  // Python makes a bound method anew each time it is asked for one, and says itself that they are equal.
+  const GilGuard gil;
+  const int equal = PyObject_RichCompareBool(a, b, Py_EQ);
+  if (equal < 0) {
+    return capture_error_or("Unable to compare Python functions.");
+  }
+  return Ordering(equal != 0 ? ordering_value::Equal : ordering_value::Incomparable);
 }
 
-Any hash_function(const CPythonFunction& self) { return reinterpret_cast<std::uintptr_t>(self.object().function()); }
+// Equal functions have equal hashes; a callable that Python cannot hash has that of its kind.
+Any hash_function(const CPythonFunction& self) {
+  const GilGuard gil;
+  const Py_hash_t hash = PyObject_Hash(self.object().function());
+  if (hash == -1) {
+    PyErr_Clear();
+  }
+  return static_cast<std::int64_t>(hash);
+}
 
 List_Generic read_defaults(const CPythonFunction& self) {
   const GilGuard gil;
@@ -45,7 +65,14 @@ Any construct(const Class_Generic&, const Any& source) {
   if (const auto text = String::cast(source)) {
     return compile_function(text.value());
   }
-  return CPythonFunction::matches(source.get()) ? source : Any(Error("The source object isn't a function."));
+  if (CPythonFunction::matches(source.get())) {
+    return source;
+  }
+  ensure_interpreter();
+  const GilGuard gil;
+  const PyObjectPtr object = to_python_locked(source);
+  return object ? Any(make_python_function(object.get()))
+                : Any(capture_error_or("The source object isn't a function."));
 }
 
 }  // namespace

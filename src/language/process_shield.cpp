@@ -32,6 +32,9 @@ constinit const python_helper shield_helper("shield", R"(def shield():
     names = "stdin", "stdout", "stderr"
     real = {name: getattr(sys, name, None) for each in names for name in (each, f"__{each}__")}
     kept = [attempt(os.dup, number) for number in range(3)]
+    process = os.getpid()
+    timers = [getattr(signal, name) for name in ("ITIMER_REAL", "ITIMER_VIRTUAL", "ITIMER_PROF") if hasattr(signal, name)]
+    running = {timer: signal.getitimer(timer) for timer in timers}
     arguments, environment, variables = getattr(sys, "argv", [""]), os.environ, dict(os.environ)
     directory = attempt(os.getcwd)
     handlers = {number: signal.getsignal(number) for number in signal.valid_signals()}
@@ -42,17 +45,23 @@ constinit const python_helper shield_helper("shield", R"(def shield():
         for each in name, f"__{name}__":
             stream = Stream(open(os.devnull, mode, encoding="utf-8", errors="replace"))
             shown.append((each, stream))
+    nothing = os.open(os.devnull, os.O_RDONLY)
     for each, stream in shown:  # from here on nothing fails
         setattr(sys, each, stream)
+    if kept[0] is not None:
+        os.dup2(nothing, 0)  # a child process must neither wait for the host's input nor take it
+    os.close(nothing)
     sys.argv = [""]
 
     def restore_file(number, file):
-        now = attempt(os.fstat, number)
-        if now is None or not os.path.samestat(now, os.fstat(file)):
-            os.dup2(file, number)
-        os.close(file)
+        now, former = attempt(os.fstat, number), attempt(os.fstat, file)
+        if former is not None and (now is None or not os.path.samestat(now, former)):
+            attempt(os.dup2, file, number)
+        attempt(os.close, file)
 
     def restore():
+        if os.getpid() != process:
+            os._exit(0)  # a child that a module has left running is not the host
         for each, stream in shown:
             stream.target = real[each]
             setattr(sys, each, real[each])
@@ -67,6 +76,9 @@ constinit const python_helper shield_helper("shield", R"(def shield():
                 environment[name] = value
         if directory is not None:
             attempt(os.chdir, directory)
+        for timer, setting in running.items():
+            if signal.getitimer(timer) != (0.0, 0.0) and setting == (0.0, 0.0):
+                attempt(signal.setitimer, timer, 0)  # its signal would find no handler
         for number, handler in handlers.items():
             if handler is not None and signal.getsignal(number) != handler:
                 attempt(signal.signal, number, handler)
