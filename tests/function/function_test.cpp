@@ -146,6 +146,11 @@ TEST_F(PythonFunction, IsOneHoweverOftenItCrosses) {
   EXPECT_EQ(compare_objects_value(first, second), ordering_value::Equal);
   EXPECT_EQ(hash_of(first), hash_of(second));
   EXPECT_NE(compare_objects_value(first, from_python(eval("len").get())), ordering_value::Equal);
+  // Made anew each time it is asked for.
+  const PyObjectPtr methods = run("n = 5\nresult = [n.bit_length, n.bit_length]");
+  const Any one = from_python(PyList_GetItem(methods.get(), 0)), other = from_python(PyList_GetItem(methods.get(), 1));
+  EXPECT_EQ(compare_objects_value(one, other), ordering_value::Equal);
+  EXPECT_EQ(hash_of(one), hash_of(other));
 }
 
 TEST_F(PythonFunction, IsMadeFromSourceText) {

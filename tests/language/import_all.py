@@ -30,6 +30,9 @@ MODULES = {
     "environs.py": "import os\nos.environ['ADDED'] = '1'; os.environ['PATH'] = 'x'; del os.environ['KEPT']",
     "signals.py": "import signal\nsignal.signal(signal.SIGINT, signal.SIG_IGN)",
     "spawns.py": "import subprocess, sys\nsubprocess.run([sys.executable, '-c', 'pass'], stdout=sys.stdout, stderr=sys.stderr)",
+    "reads_in_child.py": "import subprocess\nsubprocess.run(['cat'])",
+    "forks.py": "import os\nif os.fork() == 0: raise SystemExit(0)\nos.wait()",
+    "rings.py": "import signal\nsignal.signal(signal.SIGALRM, print)\nsignal.setitimer(signal.ITIMER_REAL, 0.05)",
     "threads.py": "import threading\nt = threading.Thread(target=int); t.start(); t.join()",
     "again.py": "import ling\nling.cpython.importAllModules()\ndone = True",
     "strange.py": "import sys\nclass Strange:\n  __path__ = 5\n  def __getattr__(self, n): raise AttributeError(n)\n"
@@ -46,6 +49,7 @@ MODULES = {
     "box/fails/below.py": "",
 }
 IMPORTED = set("""good name_taker prints closes closes_files replaces duplicates moves environs signals spawns threads again
+    reads_in_child forks rings
     strange box box.inner box.this box.deep box.deep.er""".split())
 
 
