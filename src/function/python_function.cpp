@@ -17,7 +17,7 @@ namespace ling::cpython {
 
 namespace {
 
-// Functions that stand for the same Python object are equal, however often it has crossed.
+// Functions are equal when their Python objects are, however often these have crossed.
 Any compare_functions(const CPythonFunction& self, const Any& other) {
   if (!CPythonFunction::matches(other.get())) {
     return Undefined();
@@ -36,7 +36,7 @@ Any compare_functions(const CPythonFunction& self, const Any& other) {
   return Ordering(equal != 0 ? ordering_value::Equal : ordering_value::Incomparable);
 }
 
-// Equal functions have equal hashes; a callable that Python cannot hash has that of its kind.
+// Equal functions have equal hashes; all callables that Python cannot hash have the same one.
 Any hash_function(const CPythonFunction& self) {
   const GilGuard gil;
   const Py_hash_t hash = PyObject_Hash(self.object().function());
@@ -60,7 +60,7 @@ Result<None> write_defaults(const CPythonFunction& self, const I_Iterable_Generi
   return None();
 }
 
-// The Python object under the name of a field; on its way to Python it becomes the callable again.
+// Of a text, or of anything that Python can call.
 Any construct(const Class_Generic&, const Any& source) {
   if (const auto text = String::cast(source)) {
     return compile_function(text.value());

@@ -40,7 +40,7 @@ LING_API Union<I_Callable_Generic, None> own_method_of(const Any& value, meta_me
 LING_API Result<Boolean> remove_property(const Any& value, meta_property_untyped name);
 LING_API Result<Boolean> remove_method(const Any& value, meta_method_untyped name);
 
-// Calls a method by name: "[method] …" errors come back as values; a missing method is `error_method_not_found`.
+// Calls a method by name. What it returns, an Error among others; a missing method is `error_method_not_found`.
 LING_API Any call_method(const Any& value, meta_method_untyped name, std::span<const Any> arguments);
 LING_API Error error_method_not_found(const Any& value, meta_method_untyped name);
 LING_API Error error_property_not_found(const Any& value, meta_property_untyped name);
