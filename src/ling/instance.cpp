@@ -4,6 +4,7 @@
 #include "ling/class.h"
 #include "ling/hash_map.h"
 #include "ling/property.h"
+#include "ling/string.h"
 
 #include <algorithm>
 #include <mutex>
@@ -12,15 +13,19 @@
 namespace ling {
 
 namespace {
+// Names of own members may be any data of a script: they are not interned, and compared by their text.
 struct own_member {
-  const name_entry* name;
+  String name;
+  std::uint32_t hash;
   Any value;
+
+  bool is_named(const name_entry& other) const noexcept { return hash == other.hash && name.view() == other.text; }
 };
 using own_member_row = std::vector<own_member>;  // few per object: a scan beats a table
 
 Any find_in(const own_member_row& row, const name_entry& name) {
   for (const own_member& each : row) {
-    if (each.name == &name) {
+    if (each.is_named(name)) {
       return each.value;
     }
   }
@@ -30,16 +35,16 @@ Any find_in(const own_member_row& row, const name_entry& name) {
 // Answers what was replaced, for the caller to let go of once the lock is given back.
 Any store_in(own_member_row& row, const name_entry& name, Any value) {
   for (own_member& each : row) {
-    if (each.name == &name) {
+    if (each.is_named(name)) {
       return std::exchange(each.value, std::move(value));
     }
   }
-  row.push_back({&name, std::move(value)});
+  row.push_back({internal::name_string(name), name.hash, std::move(value)});
   return {};
 }
 
 Any take_from(own_member_row& row, const name_entry& name) {
-  const auto found = std::find_if(row.begin(), row.end(), [&](const own_member& each) { return each.name == &name; });
+  const auto found = std::find_if(row.begin(), row.end(), [&](const own_member& each) { return each.is_named(name); });
   if (found == row.end()) {
     return {};
   }
@@ -51,7 +56,7 @@ Any take_from(own_member_row& row, const name_entry& name) {
 HashMap_Generic map_of(const own_member_row& row) {
   HashMap_Generic map;
   for (const own_member& each : row) {
-    map.set(internal::name_string(*each.name), each.value);
+    map.set(each.name, each.value);
   }
   return map;
 }

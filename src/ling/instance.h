@@ -1,8 +1,8 @@
 // object_value_instance: an object of a described class, with fields and members of its own.
 //
 // Fields are declared by the class and stored in a row per object. Own members (properties and methods of this one
-// object) are added at run time and found before those of the class. A class that carries C++ data makes its instances
-// object_value_native<T>.
+// object) are added at run time, under names that live no longer than they, and found before those of the class. A
+// class that carries C++ data makes its instances object_value_native<T>.
 //
 // Threads: fields and own members are guarded by a spinlock per object; C++ data is the host's to guard.
 #pragma once

@@ -75,14 +75,21 @@ void add_functions(const Module& ling) {
   add("hash_of", "value", "The hash of a value; equal immutable values have equal ones.", &hash_of);
   add("compare_objects", "a, b", "How two values compare.", &compare_objects);
   add("method_of", "value, name", "The method of a value, none when there is none.",
-      [](const Any& value, std::string_view name) { return method_of(value, meta_method_untyped(name)); });
+      [](const Any& value, std::string_view name) {
+        const internal::name_to_look_up wanted(name);
+        return method_of(value, meta_method_untyped(*wanted));
+      });
   add("property_of", "value, name", "The property of a value, none when there is none.",
-      [](const Any& value, std::string_view name) { return property_of(value, meta_property_untyped(name)); });
+      [](const Any& value, std::string_view name) {
+        const internal::name_to_look_up wanted(name);
+        return property_of(value, meta_property_untyped(*wanted));
+      });
   add("own_methods_of", "value", "The methods of this value alone, by name.", &own_methods_of);
   add("own_properties_of", "value", "The properties of this value alone, by name.", &own_properties_of);
   add("insert_property_value", "value, name, property_value", "Gives a value a property of its own.",
       [](const Any& value, std::string_view name, const Any& property_value) {
-        return insert_property_value(value, meta_property_untyped(name), property_value);
+        const internal::name_to_look_up given(name);
+        return insert_property_value(value, meta_property_untyped(*given), property_value);
       });
 }
 

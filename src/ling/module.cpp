@@ -82,7 +82,7 @@ void Module::addCallable(const String& name, const I_Callable_Generic& callable)
 
 void Module::addProperty(const String& name, const Property& property) const {
   // The module's own, because every module has properties of the class, such as `doc`, that this one may hide.
-  object().insert_own_property(internal::intern(name.view()), property);
+  object().insert_own_property(*internal::name_to_look_up(name.view()), property);
 }
 
 bool Module::matches(const object_value* object) noexcept {

@@ -128,6 +128,11 @@ const name_entry* find_interned(std::string_view text) noexcept {
   return name_table::instance().find(text, hash_text(text));
 }
 
+name_to_look_up::name_to_look_up(std::string_view text) noexcept
+    : own_(text, hash_text(text)), interned_(name_table::instance().find(text, own_.hash)) {}
+
+name_to_look_up::~name_to_look_up() { const Any text = Any::adopt(own_.string.load(std::memory_order_relaxed)); }
+
 String name_string(const name_entry& entry) {
   if (object_value* made = entry.string.load(std::memory_order_acquire)) {
     return String::unchecked(Any::share(made));

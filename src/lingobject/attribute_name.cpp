@@ -66,13 +66,13 @@ attribute_name attribute_name_of(PyObject* name) {
   return meaning;
 }
 
-const name_entry* member_name_of(PyObject* name) {
+member_name::member_name(PyObject* name) {
   if (const cached_name& place = cached(name);
       place.text == name && place.name.meaning == attribute_name::kind::member) {
-    return place.name.entry;
+    entry_ = place.name.entry;
+  } else if (text_.emplace(name); *text_) {
+    entry_ = &*own_.emplace(text_->view());
   }
-  const utf8_text text(name);
-  return text ? &internal::intern(text.view()) : nullptr;
 }
 
 }  // namespace ling::cpython

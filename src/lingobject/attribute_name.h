@@ -5,6 +5,8 @@
 #include "extension/pyobject_ptr.h"
 #include "ling/name.h"
 
+#include <optional>
+
 namespace ling::cpython {
 
 struct special_name;
@@ -26,7 +28,7 @@ class utf8_text {
 struct attribute_name {
   enum class kind : unsigned char {
     member,   // `entry` is set
-    unknown,  // no member of anything has ever had this name
+    unknown,  // nothing declares a member of this name; an object may have one of its own
     special,  // `special` is set
     hidden,   // begins with "_" and is not special
     invalid,  // an exception is set
@@ -40,7 +42,18 @@ struct attribute_name {
 
 attribute_name attribute_name_of(PyObject* name);
 
-// The interned name for a member that may yet have to be added, whatever it begins with; null with an exception set.
-const name_entry* member_name_of(PyObject* name);
+// The name of a member that may yet have to be added, whatever it begins with. False with an exception set for what is
+// no name.
+class member_name {
+ public:
+  explicit member_name(PyObject* name);
+  explicit operator bool() const noexcept { return entry_ != nullptr; }
+  const name_entry& operator*() const noexcept { return *entry_; }
+
+ private:
+  const name_entry* entry_ = nullptr;
+  std::optional<utf8_text> text_;
+  std::optional<internal::name_to_look_up> own_;
+};
 
 }  // namespace ling::cpython

@@ -126,8 +126,7 @@ slot_result read_unknown(const Any& value, PyObject* name) {
   if (!text) {
     return slot_result::raised();
   }
-  return class_in(value).has_flag(takes_over_members) ? read_attribute(value, internal::intern(text.view()))
-                                                      : error_no_attribute(value, text.view());
+  return read_attribute(value, *internal::name_to_look_up(text.view()));
 }
 
 }  // namespace

@@ -64,8 +64,8 @@ slot_result delete_member(const Any& value, const name_entry& name) {
 }  // namespace
 
 slot_result set_attribute(const Any& value, PyObject* name, PyObject* new_value) {
-  const name_entry* entry = member_name_of(name);
-  if (entry == nullptr) {
+  const member_name entry(name);
+  if (!entry) {
     return slot_result::raised();
   }
   if (new_value == nullptr) {

@@ -216,4 +216,33 @@ TEST(EvaluationScope, TakesMapsOrNone) {
   EXPECT_TRUE(is_error_result(construct(scope, None(), None(), None(), read_only))) << "variables come back into it";
 }
 
+TEST(Names, AreKeptForWhatIsDeclaredOnly) {
+  const Module ling = get_module("ling").value();
+  const auto call_function = [&](const char* function, auto... arguments) {
+    return I_Callable_Generic::unchecked(ling.callables().get(function))(arguments...);
+  };
+  auto& of_class = *new object_value_class("Owner");
+  const Any instance = make<object_value_instance>(of_class);
+  expect_outcomes({
+      {call_function("method_of", instance, "data1"), "None"},
+      {call_function("property_of", instance, "data1"), "None"},
+      {call_function("insert_property_value", 5, "data1", 1),
+       "Error: The property 'data1' cannot be added to a value of class Integer."},
+      {call_function("insert_property_value", instance, "data1", 7), "None"},
+      {call_function("insert_property_value", instance, "data1", 8), "None"},
+      {call_function("own_properties_of", instance), "{'data1': <Property>}"},
+  });
+  EXPECT_EQ(internal::find_interned("data1"), nullptr);
+  const internal::name_to_look_up name("data1");
+  const meta_property_untyped own(*name);
+  expect_outcomes({
+      {instance.propertyValue(own), "8"},
+      {instance.setPropertyValue(own, 9), "Error: The property 'data1' is read-only for '<Owner>'."},
+      {property(instance, "data1"), "8"},
+      {instance.propertyValue(own), "8"},
+      {remove_property(instance, own), "true"},
+      {instance.propertyValue(own), "Error: The property 'data1' is missing in 'Owner'."}
+  });
+}
+
 }  // namespace
