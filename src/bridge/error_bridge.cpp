@@ -6,6 +6,7 @@
 #include "bridge/exception_text.h"
 #include "bridge/exception_types.h"
 #include "bridge/instance_test.h"
+#include "ling/lazy.h"
 #include "ling/reflection.h"
 #include "ling/tuple.h"
 #include "lingobject/ling_object.h"
@@ -82,6 +83,20 @@ Error error_from_fetched(const fetched_exception& exception) {
                                                              : error_from_interruption(exception.value.get());
 }
 
+// The class of an exception's type, made when somebody asks for it: most exceptions are never asked, and their types
+// may be as many as the runs of a script.
+class exception_class final : public object_value_external {
+ public:
+  explicit exception_class(PyObjectPtr_Borrowed type) noexcept : type_(PyObjectPtr::share(type)) {}
+  Any load() override {
+    const GilGuard lock;
+    return class_of_python_type(type_.get());
+  }
+
+ private:
+  const PyObjectPtr type_;
+};
+
 // A new error with the texts of the exception.
 Error error_from_texts(PyObject* instance) {
   const String stack = exception_traceback_text(instance);
@@ -97,9 +112,7 @@ Error error_from_texts(PyObject* instance) {
   const Error result = is_error_result(error) ? Error::unchecked(error) : Error(message);
   result.setStack(stack);
   // Tells what the message alone does not: whether it was, say, a LookupError.
-  if (const auto type = class_of_python_type(reinterpret_cast<PyObject*>(Py_TYPE(instance))); type.has_value()) {
-    result.setValue(type.value());
-  }
+  result.setValue(make<exception_class>(reinterpret_cast<PyObject*>(Py_TYPE(instance))));
   return result;
 }
 
@@ -107,7 +120,7 @@ Error error_from_texts(PyObject* instance) {
 
 // The exception of an error that was made for a request to stop; null for every other error.
 PyObjectPtr interruption_in(const Error& error) noexcept {
-  PyObjectPtr carried = python_object_of(error.value());
+  PyObjectPtr carried = python_object_of(error.object().value());
   const bool is_one = carried && PyExceptionInstance_Check(carried.get()) &&
                       PyType_IsSubtype(Py_TYPE(carried.get()), reinterpret_cast<PyTypeObject*>(PyExc_Exception)) == 0;
   return is_one ? std::move(carried) : PyObjectPtr();
@@ -178,7 +191,7 @@ Error exception_to_error(int line_shift, int column_shift) {
   }
   const EvaluationError placed(error.message(), {}, position.line, position.column, position.length);
   placed.setStack(error.stack());
-  placed.setValue(error.value());
+  placed.setValue(error.object().value());
   // Whoever raised an error of the host's finds that very error again.
   if (PyObjectPtr carrier = PyObjectPtr::share(exception->value.get()); carrier && carried_error(carrier)) {
     placed.setCause(std::make_exception_ptr(error));

@@ -42,7 +42,7 @@ std::mutex& change_lock() {
   return lock;
 }
 
-// Every class there is: classes are immortal, and this is what keeps them reachable.
+// Every immortal class: this is what keeps them reachable.
 std::vector<object_value_class*>& all_classes() {
   static std::vector<object_value_class*>& classes = *new std::vector<object_value_class*>;
   return classes;
@@ -62,13 +62,31 @@ bool takes_over_member_access(const class_member& member) {
 
 }  // namespace
 
-object_value_class::object_value_class(String name)
-    : object_value_callable(object_traits::immortal), name_(std::move(name)), ancestors_{this} {
-  const std::lock_guard guard(change_lock());
-  all_classes().push_back(this);
+object_value_class::object_value_class(String name, class_lifetime lifetime)
+    : object_value_callable(lifetime == class_lifetime::process ? object_traits::immortal : object_traits::none),
+      name_(std::move(name)),
+      ancestors_{this} {
+  if (lifetime == class_lifetime::process) {
+    const std::lock_guard guard(change_lock());
+    all_classes().push_back(this);
+  }
 }
 
-object_value_class::~object_value_class() = default;
+object_value_class::~object_value_class() {
+  {
+    const std::lock_guard guard(change_lock());
+    for (const object_value_class* parent : parents_) {
+      // From the back: classes that come and go were added last.
+      auto& siblings = const_cast<object_value_class*>(parent)->children_;
+      const auto self = std::find(siblings.rbegin(), siblings.rend(), this);
+      *self = siblings.back();
+      siblings.pop_back();
+    }
+  }
+  for (const object_value_class* parent : parents_) {
+    parent->release();
+  }
+}
 
 Any object_value_class::call(std::span<const Any> arguments) const {
   const Class_Generic self(const_cast<object_value_class&>(*this));
@@ -175,6 +193,9 @@ std::vector<const class_member*> object_value_class::methods() const {
 }
 
 Type object_value_class::instance_type() const {
+  if (!has(object_traits::immortal)) {
+    return Type::unchecked(make<object_value_type>(std::vector{const_cast<object_value_class*>(this)}));
+  }
   object_value* made = instance_type_.load(std::memory_order_acquire);
   if (made == nullptr) {
     Any type = make<object_value_type>(std::vector{const_cast<object_value_class*>(this)});
@@ -253,6 +274,7 @@ void object_value_class::add_parent_unsafe(object_value_class& parent) {
   }
   parents_.push_back(&parent);
   parent.children_.push_back(this);
+  parent.retain();
   // The ancestors of one parent are all different: comparing them with each other would make deep chains of classes
   // expensive.
   const std::size_t known = ancestors_.size();

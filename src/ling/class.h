@@ -1,6 +1,10 @@
 // Classes: what an object is made of. A class is described once by a class_builder (class_builder.h), built on first
 // need, and lives for the life of the process.
 //
+// A class that another language's code defines at run time is counted like any other value instead (`class_lifetime`):
+// handles, types and descendants keep it, references to it and its members are good while one of these does. It has no
+// instances in the runtime; its allocator makes values of another class.
+//
 // A class flattens what it inherits: its member table answers for its own members and those of all its ancestors in one
 // probe. Own members hide inherited ones; among parents the first one listed wins.
 //
@@ -46,9 +50,11 @@ struct dynamic_member_hooks {
   Any (*set)(const Any& instance, const name_entry& name, const Any& value);  // None or an Error
 };
 
+enum class class_lifetime : bool { process, counted };
+
 class LING_API object_value_class : public object_value_callable {
  public:
-  explicit object_value_class(String name);
+  explicit object_value_class(String name, class_lifetime lifetime = class_lifetime::process);
 
   ObjectType type() const noexcept override { return ObjectType::Class; }
   object_value_class& object_class() const override;
@@ -96,7 +102,7 @@ class LING_API object_value_class : public object_value_callable {
   // The class `List` for `List<Integer>`, null for a class that is not an instance of a generic one.
   object_value_class* generic_definition() const noexcept { return generic_definition_; }
   const std::vector<Type>& type_arguments() const noexcept { return type_arguments_; }
-  // The type of the instances.
+  // The type of the instances. Keeps the class.
   Type instance_type() const;
 
   // An instance without running a constructor: without C++ data, or with data in its default state. An Error for an
@@ -125,6 +131,7 @@ class LING_API object_value_class : public object_value_callable {
   void* native_data(void* data, const std::type_info& wanted) const noexcept;
 
  protected:
+  // Only counted classes end.
   ~object_value_class() override;
 
  private:
@@ -136,7 +143,7 @@ class LING_API object_value_class : public object_value_callable {
   String doc_;
   Any declaring_context_;
   std::atomic<std::uint64_t> flags_{0};
-  std::vector<object_value_class*> parents_;
+  std::vector<object_value_class*> parents_;   // each holds a reference
   std::vector<object_value_class*> children_;  // members added later reach them too
   std::vector<object_value_class*> ancestors_;
   member_table members_;
@@ -150,7 +157,7 @@ class LING_API object_value_class : public object_value_callable {
   object_value_class* generic_definition_ = nullptr;
   std::vector<Type> type_arguments_;
   const dynamic_member_hooks* hooks_ = nullptr;
-  mutable std::atomic<object_value*> instance_type_{nullptr};
+  mutable std::atomic<object_value*> instance_type_{nullptr};  // stays empty in a counted class, which the type keeps
 };
 
 class LING_API Class_Generic : public Handle<Class_Generic, object_value_class, I_Callable_Generic> {

@@ -115,6 +115,8 @@ Error::Error(const String& message) : Error(getClass(), message) {}
 Error::Error(const Class_Generic& error_class, const String& message)
     : Handle(new object_value_error(error_class.object(), message)) {}
 
+Any Error::value() const { return internal::unwrap(object().value()); }
+
 Error Error::unknown() { return Error("Unknown error."); }
 
 Error Error::fromCurrentException() noexcept {

@@ -25,6 +25,7 @@ class LING_API object_value_error : public object_value_instance {
   String message() const;
   String stack() const;
   void set_stack(String stack);
+  // As it was set, which may be a lazy value that says what the error belongs to only when it is asked.
   Any value() const;
   void set_value(Any value);
   std::exception_ptr cause() const;
@@ -53,8 +54,8 @@ class LING_API Error : public Handle<Error, object_value_error> {
   String message() const { return object().message(); }
   // Where it happened, as text for people; empty when unknown.
   String stack() const { return object().stack(); }
-  // A value the thrower attached, None when there is none.
-  Any value() const { return object().value(); }
+  // A value the thrower attached, None when there is none. What a lazy one yields.
+  Any value() const;
   // The C++ exception behind this error; empty when there is none.
   std::exception_ptr cause() const { return object().cause(); }
   void setStack(const String& stack) const { object().set_stack(stack); }

@@ -57,7 +57,7 @@ class LING_API object_value {
   object_value& operator=(const object_value&) = delete;
 
   virtual ObjectType type() const noexcept = 0;
-  // The class of the object; borrowed, classes are immortal.
+  // The class of the object; borrowed, classes of objects are immortal.
   virtual object_value_class& object_class() const = 0;
 
   bool has(object_traits trait) const noexcept { return (traits_ & static_cast<std::uint32_t>(trait)) != 0; }

@@ -31,7 +31,17 @@ constinit const class_definition<Computed_Generic> internal::computed_class(
     "Computed", [](class_builder<Computed_Generic>& c) { c.module("ling").doc("A value computed on first need."); });
 
 object_value_type::object_value_type(std::vector<object_value_class*> alternatives)
-    : object_value_instance(internal::type_class.required()), alternatives_(std::move(alternatives)) {}
+    : object_value_instance(internal::type_class.required()), alternatives_(std::move(alternatives)) {
+  for (const object_value_class* each : alternatives_) {
+    each->retain();
+  }
+}
+
+object_value_type::~object_value_type() {
+  for (const object_value_class* each : alternatives_) {
+    each->release();
+  }
+}
 
 bool Type::matches(const object_value* object) noexcept {
   return internal::is_handle_object<object_value_type>(object, internal::type_class);

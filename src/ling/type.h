@@ -14,14 +14,16 @@ namespace ling {
 
 class Class_Generic;
 
+// Keeps the classes it is made of.
 class LING_API object_value_type final : public object_value_instance {
  public:
   // No alternatives: the untyped type.
   explicit object_value_type(std::vector<object_value_class*> alternatives);
+  ~object_value_type() override;
   const std::vector<object_value_class*>& alternatives() const noexcept { return alternatives_; }
 
  private:
-  std::vector<object_value_class*> alternatives_;
+  const std::vector<object_value_class*> alternatives_;
 };
 
 class LING_API Type : public Handle<Type, object_value_type> {

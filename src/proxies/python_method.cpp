@@ -7,6 +7,8 @@
 #include "ling/interfaces.h"
 #include "ling/signature.h"
 #include "ling/spinlock.h"
+#include "proxies/cpython_object.h"
+#include "proxies/python_type.h"
 
 #include <atomic>
 #include <mutex>
@@ -51,23 +53,42 @@ class object_value_python_method final : public object_value_callable {
   void set_independent(bool independent) noexcept override {
     independent_.store(independent, std::memory_order_relaxed);
   }
-  Any declaring_context() const override {
-    const std::lock_guard guard(lock_);
-    return declaring_context_;
-  }
-  void set_declaring_context(const Any& context) override {
-    Any former = context;
-    const std::lock_guard guard(lock_);
-    former.swap(declaring_context_);
-  }
+  Any declaring_context() const override;
+  void set_declaring_context(const Any& context) override;
 
  private:
   const String name_;
   const PyObjectPtr function_;
   std::atomic<bool> independent_;
   mutable spinlock lock_;
+  // The class of a Python type holds its methods: kept by them, it would live for ever. They keep its type, which leads
+  // to the class.
   Any declaring_context_;
 };
+
+Any object_value_python_method::declaring_context() const {
+  Any context;
+  {
+    const std::lock_guard guard(lock_);
+    context = declaring_context_;
+  }
+  if (!CPythonObject::matches(context.get())) {
+    return context;
+  }
+  const GilGuard gil;
+  return class_of_python_type(python_object_of(context).get());
+}
+
+void object_value_python_method::set_declaring_context(const Any& context) {
+  Any kept = context;
+  if (const auto of_class = Class_Generic::cast(context)) {
+    const GilGuard gil;
+    PyObject* const type = python_type_behind(of_class->object());
+    kept = type == nullptr ? context : make_python_object(type);
+  }
+  const std::lock_guard guard(lock_);
+  kept.swap(declaring_context_);
+}
 
 Any object_value_python_method::call_named(std::span<const Any> positional,
                                            std::span<const named_argument> named) const {

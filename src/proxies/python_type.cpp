@@ -12,9 +12,11 @@
 #include "proxies/public_members.h"
 #include "proxies/python_method.h"
 
+#include <memory>
 #include <mutex>
 #include <typeinfo>
 #include <unordered_map>
+#include <vector>
 
 namespace ling::cpython {
 
@@ -50,9 +52,12 @@ Any read_attribute(PyObject* type, const String& name) {
   return value ? from_python_locked(value.get()) : Any(capture_error_or("Unable to read an attribute."));
 }
 
-// Read anew each time: the attribute may change, and may be the type itself.
+// Read anew each time: the attribute may change, and may be the type itself. The getter may outlive the class.
 Property attribute_property(PyObject* type, const String& name) {
-  return Property(make_function(name, "", "", [type, name] { return read_attribute(type, name); }), String());
+  auto kept = std::make_shared<const PyObjectPtr>(PyObjectPtr::share(type));
+  return Property(
+      make_function(name, "", "", [kept = std::move(kept), name] { return read_attribute(kept->get(), name); }),
+      String());
 }
 
 void add_member(object_value_class& of_class, PyObject* type, const String& name, PyObject* value) {
@@ -108,23 +113,44 @@ String class_name(PyObject* type) {
 
 // --- the table -------------------------------------------------------------------------------------------------------
 
-// From a type to its class. The types live as long as the table, so an address never means another type.
+// From a type to its class, as long as there is one. The class keeps the type and leaves the table before it lets go of
+// it, so an address never means another type.
 class type_table {
  public:
-  object_value_class* find(PyObject* type) noexcept {
+  // Empty when the type has no class.
+  Any find(PyObject* type) noexcept {
     const std::lock_guard guard(lock_);
     const auto found = classes_.find(type);
-    return found == classes_.end() ? nullptr : found->second;
+    return found == classes_.end() ? Any() : living(*found->second);
   }
   // The class that stays: the one given, or one that came before it.
-  object_value_class& insert(PyObject* type, object_value_class& made) {
+  Any insert(PyObject* type, const Any& made) {
     const std::lock_guard guard(lock_);
-    return *classes_.emplace(type, &made).first->second;
+    auto& place = classes_.try_emplace(type, class_in(made)).first->second;
+    Any first = living(*place);
+    if (first.empty()) {
+      place = class_in(made);  // in place of one that is about to leave
+      first = made;
+    }
+    return first;
+  }
+  void remove(PyObject* type, const object_value_python_type& leaving) noexcept {
+    const std::lock_guard guard(lock_);
+    if (const auto found = classes_.find(type); found != classes_.end() && found->second == &leaving) {
+      classes_.erase(found);
+    }
   }
 
  private:
+  static object_value_python_type* class_in(const Any& made) noexcept {
+    return static_cast<object_value_python_type*>(made.get());
+  }
+  static Any living(object_value_python_type& of_class) noexcept {
+    return of_class.try_retain() ? Any::adopt(&of_class) : Any();
+  }
+
   spinlock lock_;
-  std::unordered_map<PyObject*, object_value_class*> classes_;
+  std::unordered_map<PyObject*, object_value_python_type*> classes_;
 };
 
 type_table& known_types() {
@@ -132,46 +158,58 @@ type_table& known_types() {
   return table;
 }
 
-object_value_class& made_class_of(PyObject* type) {
-  if (object_value_class* known = known_types().find(type)) {
-    return *known;
+Class_Generic made_class_of(PyObject* type) {
+  Any found = known_types().find(type);
+  if (found.empty()) {
+    found = known_types().insert(type, make<object_value_python_type>(class_name(type), type));
   }
-  return known_types().insert(type, *new object_value_python_type(class_name(type), type));
+  return Class_Generic::unchecked(std::move(found));
 }
 
 // Makes the classes of all ancestors first, the most general one to begin with, so that a long chain of bases is no
 // deep recursion.
-void make_ancestors(PyObject* type) {
+std::vector<Class_Generic> make_ancestors(PyObject* type) {
   const PyObjectPtr order = resolution_order_of(type);
+  std::vector<Class_Generic> ancestors;
   for (Py_ssize_t i = PyTuple_Size(order.get()) - 1; i > 0; --i) {
     PyObject* const ancestor = PyTuple_GetItem(order.get(), i);
     if (!builtin_class_of(ancestor)) {
-      made_class_of(ancestor);
+      ancestors.push_back(made_class_of(ancestor));
     }
   }
+  return ancestors;
+}
+
+// The types of the interpreter itself are there for ever, and so are their classes.
+class_lifetime lifetime_of(PyObject* type) noexcept {
+  constexpr unsigned long heap_type = 1ul << 9;
+  return (flags_of(reinterpret_cast<PyTypeObject*>(type)) & heap_type) != 0 ? class_lifetime::counted
+                                                                            : class_lifetime::process;
 }
 
 }  // namespace
 
 object_value_python_type::object_value_python_type(String name, PyObjectPtr_Borrowed type)
-    : object_value_class(std::move(name)), type_(PyObjectPtr::share(type).release()) {
-  add_bases(*this, type_);
+    : object_value_class(std::move(name), lifetime_of(type.get())), type_(PyObjectPtr::share(type)) {
+  add_bases(*this, python_type());
   // An object of the host's is no instance of this class, whatever its bases are.
   set_allocator_unsafe([](object_value_class& of_class) -> Any { return of_class.call({}); }, nullptr);
-  set_doc_unsafe(text_attribute(type_, "__doc__"));
-  add_members(*this, type_);
+  set_doc_unsafe(text_attribute(python_type(), "__doc__"));
+  add_members(*this, python_type());
 }
+
+object_value_python_type::~object_value_python_type() { known_types().remove(python_type(), *this); }
 
 Any object_value_python_type::call(std::span<const Any> arguments) const { return call_named(arguments, {}); }
 
 Any object_value_python_type::call_named(std::span<const Any> positional, std::span<const named_argument> named) const {
   const GilGuard gil;
-  return call_python(type_, positional, named);
+  return call_python(python_type(), positional, named);
 }
 
 Result<Signature> object_value_python_type::signature() const {
   const GilGuard gil;
-  return signature_of_python(type_);
+  return signature_of_python(python_type());
 }
 
 Result<Class_Generic> class_of_python_type(PyObjectPtr_Borrowed type) {
@@ -181,11 +219,11 @@ Result<Class_Generic> class_of_python_type(PyObjectPtr_Borrowed type) {
   if (const auto builtin = builtin_class_of(type)) {
     return builtin.value();
   }
-  if (object_value_class* known = known_types().find(type.get())) {
-    return Class_Generic(*known);
+  if (Any known = known_types().find(type.get()); !known.empty()) {
+    return Class_Generic::unchecked(std::move(known));
   }
-  make_ancestors(type.get());
-  return Class_Generic(made_class_of(type.get()));
+  const std::vector<Class_Generic> kept_meanwhile = make_ancestors(type.get());
+  return made_class_of(type.get());
 }
 
 PyObject* python_type_behind(const object_value_class& of_class) noexcept {

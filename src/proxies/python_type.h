@@ -1,6 +1,6 @@
 // Python types as classes of the runtime: name, documentation, bases, methods and attributes. Calling such a class
-// calls the type. There is one class per type, made on first need; it lives, and keeps its type alive, for the life of
-// the process.
+// calls the type. A type has one class at a time, made on first need. It keeps its type alive, and ends with its last
+// handle: a type that is asked for again then gets a class like it.
 #pragma once
 
 #include "extension/pyobject_ptr.h"
@@ -12,6 +12,7 @@ class object_value_python_type final : public object_value_class {
  public:
   // The members are read now, the values of attributes whenever they are asked for. The lock must be held.
   object_value_python_type(String name, PyObjectPtr_Borrowed type);
+  ~object_value_python_type() override;
 
   // Makes an instance as Python does.
   Any call(std::span<const Any> arguments) const override;
@@ -19,10 +20,10 @@ class object_value_python_type final : public object_value_class {
   Result<Signature> signature() const override;
 
   // Borrowed; never null.
-  PyObject* python_type() const noexcept { return type_; }
+  PyObject* python_type() const noexcept { return type_.get(); }
 
  private:
-  PyObject* const type_;  // a reference that is never released
+  const PyObjectPtr type_;
 };
 
 // The class for a type: the runtime's own for a built-in type that has one. The Error "Not a type." for every other

@@ -144,4 +144,26 @@ TEST(Class, BuildingReportsRecursionAndWrongAccessors) {
             "[property_builder::setter] Too many parameters in the setter function.");
 }
 
+TEST(Class, ThatIsCountedEndsWithItsLastHandle) {
+  auto& parent = *new object_value_class("Lasting");
+  Any passing = make<object_value_class>("Passing", class_lifetime::counted);
+  auto& of_class = Class_Generic::unchecked(passing).object();
+  of_class.add_parent_unsafe(parent);
+  Any last = make<object_value_class>("Last", class_lifetime::counted);
+  Class_Generic::unchecked(last).object().add_parent_unsafe(of_class);
+  const WeakReference reference(passing);
+  const WeakReference last_reference(last);
+  parent.add_class_property_unsafe("later", Property::constant(5));
+  expect_outcome(property(last, "later"), "5");
+  {
+    const Type types[] = {Type::of(Class_Generic::unchecked(last)), Integer::getType()};
+    const Type either = type_union_of_unsafe(types);
+    passing = last = Any();
+    EXPECT_FALSE(is_none(reference.lock())) << "a type keeps its class, a class its parents";
+    EXPECT_EQ(text(either), "Last | Integer");
+  }
+  EXPECT_TRUE(is_none(last_reference.lock()) && is_none(reference.lock()));
+  parent.add_class_property_unsafe("later", Property::constant(6));
+}
+
 }  // namespace

@@ -1,4 +1,5 @@
 // Python types as classes of the host.
+#include "language/evaluation.h"
 #include "proxies/outcomes.h"
 #include "proxies/python_type.h"
 
@@ -87,6 +88,63 @@ result = New)");
       EXPECT_TRUE(each.is_same(classes[0]));
     }
   }
+}
+
+// All that a host can ask of something that has crossed.
+void ask_everything(const Any& value) {
+  if (is_error_result(value)) {
+    ask_everything(Error::unchecked(value).value());
+  } else if (const auto callable = I_Callable_Generic::cast(value)) {
+    static_cast<void>(callable->signature());
+    static_cast<void>(qualname(value));
+  }
+  if (const auto of_class = Class_Generic::cast(value)) {
+    for (const class_member* member : of_class->object().members()) {
+      EXPECT_TRUE(member->method.empty() || !qualname(member->method).empty());
+      static_cast<void>(ask(value, ("." + std::string(member->name->text)).c_str()));
+    }
+    EXPECT_TRUE(Type::of(of_class.value()).conformsTo(of_class.value()));
+  }
+}
+
+TEST_F(PythonTypes, EndWithTheRunThatDefinedThem) {
+  const HashMap_Generic variables;
+  const PyObjectPtr references = eval("[]");
+  variables.set("references", from_python(references.get()));
+  for (const char* crossing :
+       {"return C", "return [C]", "return {C: C}", "return C('x')", "raise C('x')", "return C.method", "return D",
+        "return C.open", "def f(c: C) -> D: pass\nreturn f", "return lambda c=C: c", "print(1 + C)"}) {
+    const String code(std::string(R"(
+import weakref
+class C(Exception):
+    limit = 3
+    def method(self, other: 'C' = None): pass
+    label = property(lambda self: 1)
+    open = classmethod(lambda cls: cls())
+class D(C): pass
+C.itself = C
+references.extend([weakref.ref(C), weakref.ref(D)])
+)") + crossing);
+    ask_everything(evaluate_code({}, code, I_Map_Generic::unchecked(variables), None(), None()));
+  }
+  EXPECT_EQ(PyList_Size(references.get()), 22);
+  PyObject_CallMethod(PyImport_ImportModule("gc"), "collect", nullptr);
+  for (Py_ssize_t i = 0; i < PyList_Size(references.get()); ++i) {
+    EXPECT_EQ(PyObjectPtr(PyObject_CallNoArgs(PyList_GetItem(references.get(), i))).get(), Py_None) << i;
+  }
+}
+
+TEST_F(PythonTypes, AreOneClassAsLongAsItHasAHandle) {
+  const PyObjectPtr type = run(shop);
+  Any first = from_python(type.get());
+  const Type instances = Type::of(Class_Generic::unchecked(first));
+  first = Any();
+  EXPECT_TRUE(from_python(type.get()).is_same(instances.toClass())) << "a type keeps its class";
+  // What belongs to a class leads back to it after the class has ended.
+  const auto method = class_from(run(shop)).definedMethod(meta_method_untyped("count")).value();
+  const auto limit = class_from(run(shop)).definedProperty(meta_property_untyped("limit")).value();
+  EXPECT_EQ(outcome_text(qualname(method)), "Shop.count");
+  expect_outcome(limit.read({}), "3");
 }
 
 TEST_F(PythonTypes, SurviveHostileMetaclasses) {
