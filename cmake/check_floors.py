@@ -19,6 +19,7 @@ FLOORS = [
     ("bridge/python_text.h",     2),  #   texts,
     ("bridge/python_call.h",     2),  #   calls,
     ("bridge/python_source.h",   2),  #   source text,
+    ("bridge/function_body.h",   2),  #   bodies of functions,
     ("bridge/python_modules.h",  2),  #   modules,
     ("bridge/python_helper.h",   2),  #   functions of our own,
     ("bridge/module_attribute.h",2),  #   attributes of modules

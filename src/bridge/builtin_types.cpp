@@ -11,6 +11,7 @@
 #include "ling/tuple.h"
 #include "lingobject/ling_object.h"
 #include "proxies/cpython_object.h"
+#include "proxies/python_type.h"
 
 namespace ling::cpython {
 
@@ -56,6 +57,7 @@ constinit const imported_row imported_rows[] = {
 };
 
 PyObject* as_object(PyTypeObject* type) noexcept { return reinterpret_cast<PyObject*>(type); }
+PyObjectPtr shared(PyTypeObject* type) noexcept { return PyObjectPtr::share(as_object(type)); }
 
 }  // namespace
 
@@ -73,28 +75,31 @@ Union<Class_Generic, None> builtin_class_of(PyObjectPtr_Borrowed type) {
   return None();
 }
 
-PyObject* python_type_of(const Type& type) {
+PyObjectPtr python_type_of(const Type& type) {
   const auto of_class = type.toClass();
   // An interface has no values of its own: those who conform arrive as all sorts of objects.
   if (!of_class || of_class->object().has_flag(class_flags::interface)) {
-    return as_object(&PyBaseObject_Type);
+    return shared(&PyBaseObject_Type);
   }
   for (const builtin_row& row : builtin_rows) {
     if (row.answers != direction::class_of_type && row.get_class() == of_class.value()) {
-      return as_object(row.type);
+      return shared(row.type);
     }
   }
   for (const imported_row& row : imported_rows) {
     PyObject* const imported = row.get_class() == of_class.value() ? row.type.get() : nullptr;
     if (imported != nullptr) {
-      return imported;
+      return PyObjectPtr::share(imported);
     }
   }
+  if (PyObject* const presented = python_type_behind(of_class->object())) {
+    return PyObjectPtr::share(presented);
+  }
   if (PyTypeObject* wrapper_type = wrapper_type_of(of_class.value())) {
-    return as_object(wrapper_type);
+    return shared(wrapper_type);
   }
   PyErr_Clear();
-  return as_object(&PyBaseObject_Type);
+  return shared(&PyBaseObject_Type);
 }
 
 }  // namespace ling::cpython

@@ -3,28 +3,68 @@
 #include "bridge/error_bridge.h"
 #include "bridge/python_text.h"
 #include "extension/interpreter.h"
+#include "ling/none.h"
 #include "ling/reflection.h"
-#include "lingobject/ling_object.h"
+#include "ling/tuple.h"
 
 namespace ling::cpython {
 
-Result<String> to_code(const Any& value) {
-  ensure_interpreter();
-  const GilGuard gil;
+namespace {
+
+// A text, None for a value without a counterpart, or an Error.
+using code_result = Union<String, None, Error>;
+
+code_result code_of(const Any& value, int depth);
+
+// As Python writes tuples.
+code_result code_of_tuple(const object_value_tuple& tuple, int depth) {
+  string_builder text;
+  text.append('(');
+  for (std::size_t i = 0; i < tuple.length(); ++i) {
+    const code_result item = code_of(tuple.at(i), depth + 1);
+    if (!item.has_value()) {
+      return item;
+    }
+    text.append(i == 0 ? "" : ", ").append(item.value());
+  }
+  text.append(tuple.length() == 1 ? ",)" : ")");
+  return text.build();
+}
+
+// Decided before anything is wrapped: the `repr` of a wrapper is this very operation, and the signature texts in the
+// type of a wrapper are made by it.
+code_result code_of(const Any& value, int depth) {
+  if (depth > maximum_conversion_depth) {
+    return None();
+  }
+  if (value.type() == ObjectType::External) {
+    return code_of(unwrap(value), depth + 1);
+  }
+  if (value.type() == ObjectType::Tuple) {
+    return code_of_tuple(static_cast<const object_value_tuple&>(*value.get()), depth);
+  }
+  if (arrives_wrapped(value)) {
+    return code_result::unchecked(display(value));
+  }
   const PyObjectPtr object = to_python_locked(value);
   if (!object) {
     PyErr_Clear();
-    return String();
-  }
-  // The wrapper's own `repr` is this very operation.
-  if (const Any* wrapped = wrapped_value(object.get())) {
-    return display(*wrapped);
+    return None();
   }
   const PyObjectPtr text(PyObject_Repr(object.get()));
   if (!text) {
     return capture_error_or("Unable to get the code text of a Python object.");
   }
   return text_of(text.get(), surrogates::escape);
+}
+
+}  // namespace
+
+Result<String> to_code(const Any& value) {
+  ensure_interpreter();
+  const GilGuard gil;
+  code_result code = code_of(value, 0);
+  return is_none(code) ? Result<String>(String()) : Result<String>::unchecked(std::move(code));
 }
 
 }  // namespace ling::cpython

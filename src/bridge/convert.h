@@ -26,14 +26,19 @@ Any from_python(PyObjectPtr_Borrowed object);
 PyObjectPtr to_python_locked(const Any& value);
 Any from_python_locked(PyObjectPtr_Borrowed object);
 
+// Whether the value itself is what arrives in Python, in a wrapper. Items of tuples and what an external value loads
+// are asked for separately.
+bool arrives_wrapped(const Any& value);
+
 // The text that stands for the value in Python code: `repr` of its Python counterpart. A value whose only counterpart
-// is its wrapper has its display text. Empty when there is no counterpart. Takes the lock itself.
+// is its wrapper has its display text, also as an item of a tuple; no wrapper is made for that. Empty when there is no
+// counterpart. Takes the lock itself.
 Result<String> to_code(const Any& value);
 
 // The Python type that values of a type arrive as in Python: `int` for Integer, the wrapper's type for a host class,
-// `object` for a type that is not that of one class. The lock must be held. Borrowed; lives for the life of the
-// process.
-PyObject* python_type_of(const Type& type);
+// the type that it presents for a class of Python's, `object` for a type that is not that of one class. The lock must
+// be held.
+PyObjectPtr python_type_of(const Type& type);
 
 // The class that a built-in Python type stands for: Integer for `int`, ByteArray for `bytes`. None for every other
 // object.

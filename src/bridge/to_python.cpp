@@ -15,7 +15,9 @@
 #include "proxies/cpython_object.h"
 #include "proxies/python_type.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <iterator>
 
 namespace ling::cpython {
 
@@ -45,6 +47,14 @@ PyObjectPtr byte_array_to_python(const std::vector<char>& bytes) noexcept {
   return PyObjectPtr(PyBytes_FromStringAndSize(bytes.data(), static_cast<Py_ssize_t>(bytes.size())));
 }
 
+Any load(object_value_external& external) noexcept {
+  try {
+    return external.load();
+  } catch (...) {
+    return Error::fromCurrentException();
+  }
+}
+
 // All items or nothing: a tuple with holes dies here, and with it what was converted.
 PyObjectPtr tuple_to_python(const object_value_tuple& tuple, int depth) {
   const std::size_t length = tuple.length();
@@ -58,14 +68,6 @@ PyObjectPtr tuple_to_python(const object_value_tuple& tuple, int depth) {
   return result;
 }
 
-Any load(object_value_external& external) noexcept {
-  try {
-    return external.load();
-  } catch (...) {
-    return Error::fromCurrentException();
-  }
-}
-
 PyObjectPtr python_object_to_python(const object_value_python_object& proxy) noexcept {
   PyObjectPtr object = proxy.object();
   if (!object) {
@@ -75,32 +77,37 @@ PyObjectPtr python_object_to_python(const object_value_python_object& proxy) noe
 }
 
 // The first test that applies decides. No test for text: a text is of a kind of its own here, never an Instance.
-PyObjectPtr instance_to_python(const Any& value) {
+struct instance_row {
+  bool (*matches)(const object_value* object);
+  PyObjectPtr (*convert)(const Any& value);
+};
+const instance_row instance_rows[] = {
   // 1. A Python object comes home.
-  if (CPythonObject::matches(value.get())) {
-    return python_object_to_python(object_of<object_value_python_object>(value));
-  }
-  // 2., 3. Dates and decimals are copied.
-  if (const auto date = Date::cast(value)) {
-    return date_to_python(*date);
-  }
-  if (const auto decimal = Decimal::cast(value)) {
-    return decimal_to_python(*decimal);
-  }
-  // 4. An Error is raised.
-  if (Error::matches(value.get())) {
-    raise_error(Error::unchecked(value));
-    return {};
-  }
-  // 6., 7. Times are copied, alone and with their day.
-  if (const auto time = Time::cast(value)) {
-    return time_to_python(*time);
-  }
-  if (const auto date_time = DateTime::cast(value)) {
-    return date_time_to_python(*date_time);
-  }
-  // 8. Everything else arrives as the object it is.
-  return wrap_locked(value);
+    {&CPythonObject::matches,
+     [](const Any& value) { return python_object_to_python(object_of<object_value_python_object>(value)); }   },
+ // 2., 3. Dates and decimals are copied.
+    {&Date::matches,          [](const Any& value) { return date_to_python(Date::unchecked(value)); }         },
+    {&Decimal::matches,       [](const Any& value) { return decimal_to_python(Decimal::unchecked(value)); }   },
+ // 4. An Error is raised.
+    {&Error::matches,
+     [](const Any& value) {
+       raise_error(Error::unchecked(value));
+       return PyObjectPtr();
+     }                                                                                                        },
+ // 6., 7. Times are copied, alone and with their day.
+    {&Time::matches,          [](const Any& value) { return time_to_python(Time::unchecked(value)); }         },
+    {&DateTime::matches,      [](const Any& value) { return date_time_to_python(DateTime::unchecked(value)); }},
+ // 8. Everything else arrives as the object it is.
+};
+
+const instance_row* row_of(const Any& instance) {
+  const auto* row = std::ranges::find_if(instance_rows, [&](const auto& each) { return each.matches(instance.get()); });
+  return row == std::end(instance_rows) ? nullptr : row;
+}
+
+PyObjectPtr instance_to_python(const Any& value) {
+  const instance_row* const row = row_of(value);
+  return row != nullptr ? row->convert(value) : wrap_locked(value);
 }
 
 // A Python function comes home.
@@ -152,6 +159,29 @@ PyObjectPtr convert(const Any& value, int depth) {
 }
 
 }  // namespace
+
+bool arrives_wrapped(const Any& value) {
+  switch (value.type()) {
+    case ObjectType::None:
+    case ObjectType::Undefined:
+    case ObjectType::Boolean:
+    case ObjectType::Integer:
+    case ObjectType::Float:
+    case ObjectType::String:
+    case ObjectType::ByteArray:
+    case ObjectType::Tuple:
+    case ObjectType::External:
+      return false;
+    case ObjectType::Instance:
+      return row_of(value) == nullptr;
+    case ObjectType::Callable:
+      return !CPythonFunction::matches(value.get());
+    case ObjectType::Class:
+      return python_type_behind(object_of<object_value_class>(value)) == nullptr;
+    default:
+      return true;
+  }
+}
 
 PyObjectPtr to_python(const Any& value) {
   ensure_interpreter();

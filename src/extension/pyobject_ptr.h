@@ -6,6 +6,7 @@
 #pragma once
 
 #include "extension/python_api.h"
+#include "ling/export.h"
 
 #include <utility>
 
@@ -59,7 +60,7 @@ class [[nodiscard]] PyObjectPtr {
     }
   }
 
-  PyObject* get() const noexcept { return object_; }
+  PyObject* get() const noexcept LING_LIFETIMEBOUND { return object_; }
   explicit operator bool() const noexcept { return object_ != nullptr; }
   // Hands the reference over to a caller or callee that steals it.
   [[nodiscard]] PyObject* release() noexcept { return std::exchange(object_, nullptr); }

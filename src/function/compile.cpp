@@ -1,6 +1,7 @@
 // Functions from source text.
 #include "bridge/convert.h"
 #include "bridge/error_bridge.h"
+#include "bridge/function_body.h"
 #include "bridge/python_source.h"
 #include "extension/interpreter.h"
 #include "function/python_function.h"
@@ -31,12 +32,8 @@ String defined_name(std::string_view text) {
 }
 
 std::string function_around(std::string_view body) {
-  std::string source = "def func(*args):";
-  for (std::size_t end = 0; end != std::string_view::npos;) {
-    end = body.find('\n');
-    source.append("\n\t").append(body.substr(0, end));
-    body.remove_prefix(end == std::string_view::npos ? body.size() : end + 1);
-  }
+  std::string source = "def func(*args):\n";
+  append_function_body(source, body);
   return source;
 }
 

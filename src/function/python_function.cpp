@@ -19,11 +19,12 @@ namespace {
 
 // Functions are equal when their Python objects are, however often these have crossed.
 Any compare_functions(const CPythonFunction& self, const Any& other) {
-  if (!CPythonFunction::matches(other.get())) {
+  const auto there = CPythonFunction::cast(other);
+  if (!there) {
     return Undefined();
   }
   PyObject* const a = self.object().function();
-  PyObject* const b = CPythonFunction::unchecked(other).object().function();
+  PyObject* const b = there->object().function();
   if (a == b) {
     return Ordering(ordering_value::Equal);
   }
@@ -60,6 +61,13 @@ Result<None> write_defaults(const CPythonFunction& self, const I_Iterable_Generi
   return None();
 }
 
+// What stands in `__doc__`, as it is: none for a function without a docstring.
+Any read_doc(const CPythonFunction& self) {
+  const GilGuard gil;
+  const PyObjectPtr doc(PyObject_GetAttrString(self.object().function(), "__doc__"));
+  return doc ? from_python_locked(doc.get()) : Any(capture_error_or("Unable to read an attribute."));
+}
+
 // Of a text, or of anything that Python can call.
 Any construct(const Class_Generic&, const Any& source) {
   if (const auto text = String::cast(source)) {
@@ -90,7 +98,7 @@ constinit const class_definition<CPythonFunction> cpython_function_class(
                        &construct)
           .property("name", "The qualified name of the Python function.",
                     [](const CPythonFunction& self) { return self.name(); })
-          .property("doc", "Returns description of a function.", [](const CPythonFunction& self) { return self.doc(); })
+          .property("doc", "Returns description of a function.", &read_doc)
           .property("signature", "What it takes and returns.",
                     [](const CPythonFunction& self) { return self.signature(); })
           .property("$_pyobj", "The Python function.", [](const CPythonFunction& self) { return self; })

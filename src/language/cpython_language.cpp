@@ -45,7 +45,7 @@ constinit const class_definition<void> cpython_language_class("CPythonLanguage",
       .class_method("toCode", "value", "The text that stands for a value in Python code.", &to_code)
       .class_method("resolve", "name", "The Python object with a dotted name.", &resolve)
       .class_method("evaluateExpression", "code, scope", "Evaluates Python expression.", &evaluate_expr, {None()})
-      .class_method("evaluate", "code, scope", "Evaluates Python code.", &evaluate, {None()})
+      .class_method("evaluate", "code, scope", "Evaluates Python code.", &language_python_evaluate_method, {None()})
       .class_method("importAllModules", "", "Imports all standard python modules.", &import_all_modules)
       .property("instance", "The language.", [] { return language_instance(); })
       .constant("name", "CPython", "What the language is called.")

@@ -4,9 +4,9 @@
 
 #include "bridge/convert.h"
 #include "bridge/error_bridge.h"
+#include "bridge/function_body.h"
 #include "bridge/python_source.h"
 #include "extension/interpreter.h"
-#include "language/function_source.h"
 #include "language/global_namespace.h"
 #include "ling/class_builder.h"
 #include "ling/detail/try.h"
@@ -79,6 +79,22 @@ bool failed_behind_code() {
   return next.get() == Py_None;
 }
 
+// Text that defines a function with the code as its body, calls it, and hands its result and then the variables of
+// these names to the functions `ling_store_result` and `ling_store_local`. The names are declared global, one to a
+// line, between the line of `def` and the code.
+std::string source_of_run(std::string_view code, const std::vector<String>& names) {
+  std::string source = "def ling_outer():\n";
+  for (const String& name : names) {
+    source.append("\tglobal ").append(name.view()).append("\n");
+  }
+  append_function_body(source, code);
+  source.append("ling_store_result( ling_outer() )\n");
+  for (const String& name : names) {
+    source.append("ling_store_local('").append(name.view()).append("',").append(name.view()).append(")\n");
+  }
+  return source;
+}
+
 // The namespaces of one run, never used again.
 struct run_dicts {
   PyObjectPtr globals{PyDict_New()};
@@ -116,7 +132,7 @@ Result<Any> evaluate_code(const Any& self, const String& code, const optional_ma
   store(dicts.locals.get(), "ling_store_result", make_store_result(result));
   store(dicts.globals.get(), "self", self);
 
-  const std::string source = function_source(code.view(), names);
+  const std::string source = source_of_run(code.view(), names);
   if (!call_builtin("exec", source, dicts.globals.get(), dicts.locals.get())) {
     if (failed_behind_code()) {
       return capture_error_or("Unable to take the results of the code.");
@@ -161,3 +177,11 @@ Result<Any> evaluate_expr(const String& code, const Any& scope) {
 }
 
 }  // namespace ling::cpython
+
+namespace ling {
+
+Result<Any> language_python_evaluate_method(const String& code, const Any& scope) {
+  return cpython::evaluate(code, scope);
+}
+
+}  // namespace ling

@@ -10,6 +10,13 @@
 #include "ling/string.h"
 #include "ling/union.h"
 
+namespace ling {
+
+// The body of the method `evaluate` of CPythonLanguage.
+Result<Any> language_python_evaluate_method(const String& code, const Any& scope);
+
+}  // namespace ling
+
 namespace ling::cpython {
 
 // The bodies of the host's functions of these names: as below, in the context that an EvaluationScope describes. Any

@@ -79,7 +79,7 @@ namespace {
 Union<Property, None> class_level_property(const Any& value, meta_property_untyped name) {
   const auto of_class = Class_Generic::cast(value);
   auto property = of_class ? of_class.value().definedProperty(name) : None();
-  return property && property.value().object().getter_is_independent() ? property : None();
+  return property && property->object().getter_is_independent() ? property : None();
 }
 
 }  // namespace
@@ -320,8 +320,6 @@ String qualname(const Any& value) {
 // --- lazy values
 // --------------------------------------------------------------------------------------------------------------
 
-namespace internal {
-
 Any unwrap(const Any& value) {
   // A lazy value may yield another one; a chain longer than this is a mistake.
   constexpr int maximum_chain = 100;
@@ -342,6 +340,8 @@ Any unwrap(const Any& value) {
   }
   return Error("A lazy value keeps yielding lazy values.");
 }
+
+namespace internal {
 
 Any error_unexpected_type(const Any& value, const Type& expected) {
   return BadArgument(

@@ -4,6 +4,9 @@
 // counts as None everywhere; `is_none` answers true for both. Typed handles (String, List, Error, …) derive from Any,
 // add no data, and promise that the object is of their type; they are made from an Any with their static `cast`.
 //
+// What belongs to the object is handed out by reference (a row of items, the object itself) and lives as long as the
+// object: those operations are refused on a temporary handle, which may be the last one.
+//
 // Threads: a handle is like a pointer, two threads may not change the same handle at once; the object behind it may be
 // shared freely.
 #pragma once
@@ -86,7 +89,7 @@ class LING_API Any {
   }
 
   bool empty() const noexcept { return object_ == nullptr; }
-  object_value* get() const noexcept { return object_; }
+  object_value* get() const noexcept LING_LIFETIMEBOUND { return object_; }
   // Gives up the reference to the caller, who must release or adopt it.
   [[nodiscard]] object_value* detach() noexcept { return std::exchange(object_, nullptr); }
   void swap(Any& other) noexcept { std::swap(object_, other.object_); }
@@ -154,7 +157,8 @@ class Handle : public Base {
   // The value as this type, which the caller knows it to be.
   static Derived unchecked(Any value) noexcept { return Derived(Unchecked{}, std::move(value)); }
 
-  Object& object() const noexcept { return *static_cast<Object*>(this->get()); }
+  Object& object() const& noexcept { return *static_cast<Object*>(this->get()); }
+  Object& object() const&& = delete;
 
  protected:
   struct Unchecked {

@@ -27,9 +27,9 @@ class LING_API ByteArray : public Handle<ByteArray, object_value_byte_array> {
   ByteArray() : ByteArray(std::string_view()) {}
   explicit ByteArray(std::string_view bytes) : Handle(new object_value_byte_array(bytes)) {}
   // The bytes; valid as long as the object lives.
-  const char* data() const noexcept { return object().bytes().data(); }
+  const char* data() const noexcept LING_LIFETIMEBOUND { return object().bytes().data(); }
   std::size_t length() const noexcept { return object().bytes().size(); }
-  std::string_view view() const noexcept { return {data(), length()}; }
+  std::string_view view() const noexcept LING_LIFETIMEBOUND { return {data(), length()}; }
 
   static bool matches(const object_value* object) noexcept {
     return object != nullptr && object->type() == ObjectType::ByteArray;

@@ -226,7 +226,7 @@ Any object_value_function::error_bad_argument(std::size_t index, const Any& valu
   if (!declared) {
     return declared;
   }
-  const Parameter& parameter = declared.value().parameters()[index];
+  const Parameter parameter = declared->parameters()[index];
   return BadArgument(bad_call(*this) + "the argument '" + std::string(parameter.name().view()) + "' must be " +
                      std::string(parameter.type().name().view()) + ", not " +
                      std::string(class_of(value).name().view()) + ": " + std::string(display_text(value).view()));

@@ -334,6 +334,18 @@ void object_value_class::add_class_property_unsafe(const String& name, const Pro
   add_property_unsafe(name, property);
 }
 
+void object_value_class::add_expected_member_unsafe(const String& name) {
+  own_expected_members_.push_back(&internal::intern(name.view()));
+}
+
+std::vector<const name_entry*> object_value_class::expected_members() const {
+  std::vector<const name_entry*> names;
+  for (auto each = ancestors_.rbegin(); each != ancestors_.rend(); ++each) {
+    names.insert(names.end(), (*each)->own_expected_members_.begin(), (*each)->own_expected_members_.end());
+  }
+  return names;
+}
+
 void object_value_class::set_constructor_unsafe(const I_Callable_Generic& constructor) {
   if (constructor.declaringContext().empty()) {
     constructor.object().set_declaring_context(Class_Generic(*this));

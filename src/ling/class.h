@@ -91,6 +91,9 @@ class LING_API object_value_class : public object_value_callable {
   std::optional<std::size_t> find_field(const name_entry& name) const noexcept;
   Union<I_Callable_Generic, None> find_property_getter(const name_entry& name) const noexcept;
   Union<I_Callable_Generic, None> find_property_setter(const name_entry& name) const noexcept;
+  // What a class must have to conform, for an interface: names that are listed and never looked up, those of the
+  // parents first.
+  std::vector<const name_entry*> expected_members() const;
   // Snapshots in the order of declaration, inherited members first.
   std::vector<const class_member*> members() const;
   std::vector<const class_member*> fields() const;
@@ -117,6 +120,7 @@ class LING_API object_value_class : public object_value_callable {
   void add_field_unsafe(const String& name, const Any& default_value, const String& doc);
   void add_property_unsafe(const String& name, const Property& property);
   void add_method_unsafe(const String& name, const I_Callable_Generic& method);
+  void add_expected_member_unsafe(const String& name);
   // Class-level members: they take no instance.
   void add_class_method_unsafe(const String& name, const I_Callable_Generic& method);
   void add_class_property_unsafe(const String& name, const Property& property);
@@ -147,6 +151,7 @@ class LING_API object_value_class : public object_value_callable {
   std::vector<object_value_class*> children_;  // members added later reach them too
   std::vector<object_value_class*> ancestors_;
   member_table members_;
+  std::vector<const name_entry*> own_expected_members_;
   std::vector<std::unique_ptr<class_field>> own_fields_;
   std::vector<Any> field_defaults_;
   Any constructor_;
@@ -163,6 +168,8 @@ class LING_API object_value_class : public object_value_callable {
 class LING_API Class_Generic : public Handle<Class_Generic, object_value_class, I_Callable_Generic> {
   LING_HANDLE(Class_Generic, object_value_class)
   Class_Generic(object_value_class& of) noexcept : Class_Generic(Unchecked{}, Any::share(&of)) {}
+  // Of a temporary handle, too: a class does not live by its handles.
+  object_value_class& object() const noexcept { return *static_cast<object_value_class*>(get()); }
 
   String name() const { return object().name(); }
   String doc() const { return object().doc(); }
@@ -194,6 +201,7 @@ template <class T>
 class Class : public Handle<Class<T>, object_value_class, Class_Generic> {
   using Handle = ling::Handle<Class<T>, object_value_class, Class_Generic>;
   LING_HANDLE(Class, object_value_class)
+  using Class_Generic::object;
 };
 
 // The instance of a generic class for these arguments, `List<Integer>` of `List`; made on first request, then the same.

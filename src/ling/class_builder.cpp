@@ -105,6 +105,12 @@ void class_builder_base::add_class_method(const String& name, const I_Callable_G
   add_method(name, method);
 }
 
+void class_builder_base::add_expected_members(const String& names) {
+  for (const String& name : names.split(',')) {
+    entries_->of_class->add_expected_member_unsafe(name.trimmed());
+  }
+}
+
 void class_builder_base::set_constructor(const I_Callable_Generic& constructor) {
   entries_->of_class->set_constructor_unsafe(constructor);
 }

@@ -127,6 +127,7 @@ class LING_API class_builder_base {
   // Overloads under one name become a multimethod.
   void add_method(const String& name, const I_Callable_Generic& method);
   void add_class_method(const String& name, const I_Callable_Generic& method);
+  void add_expected_members(const String& names);
   void set_constructor(const I_Callable_Generic& constructor);
   void set_allocator(object_value_class::allocator allocate, const std::type_info* native_type);
   void set_native_base(const Class_Generic& parent, void* (*upcast)(void*));
@@ -210,6 +211,8 @@ class class_builder : public class_builder_base {
     return add_class_method(name, make_function(name, signature_text, doc, std::move(function), std::move(defaults))),
            *this;
   }
+  // Of an interface: the members that a conforming class has, as in "name, doc". They are listed, never looked up.
+  class_builder& expects(const String& names) { return add_expected_members(names), *this; }
   class_builder& hooks(const dynamic_member_hooks& functions) { return set_hooks(functions), *this; }
 
  private:

@@ -15,6 +15,11 @@ namespace ling {
 
 namespace {
 
+template <class Object>
+const Object& object_of(const Any& value) noexcept {
+  return static_cast<const Object&>(*value.get());
+}
+
 ordering_value order_of_sign(int sign) noexcept {
   return sign < 0 ? ordering_value::Less : sign > 0 ? ordering_value::Greater : ordering_value::Equal;
 }
@@ -35,7 +40,7 @@ double float_value(const Any& value) noexcept { return Float::unchecked(value).v
 ordering_value compare_numbers(const Any& a, const Any& b) noexcept {
   const bool a_is_integer = a.type() == ObjectType::Integer;
   const bool b_is_integer = b.type() == ObjectType::Integer;
-  const auto integer = [](const Any& value) -> auto& { return static_cast<const object_value_integer&>(*value.get()); };
+  const auto& integer = object_of<object_value_integer>;
   if (a_is_integer) {
     return b_is_integer ? internal::compare_integers(integer(a), integer(b))
                         : internal::compare_integer_with_float(integer(a), float_value(b));
@@ -95,10 +100,10 @@ ordering_value comparison::compare(const Any& a, const Any& b) {
     case ObjectType::ByteArray:
       return order_of_sign(ByteArray::unchecked(a).view().compare(ByteArray::unchecked(b).view()));
     case ObjectType::Tuple:
-      return compare_items(Tuple_Generic::unchecked(a).items(), Tuple_Generic::unchecked(b).items());
+      return compare_items(object_of<object_value_tuple>(a).items(), object_of<object_value_tuple>(b).items());
     case ObjectType::List: {
-      const item_row left = List_Generic::unchecked(a).object().share_items();
-      const item_row right = List_Generic::unchecked(b).object().share_items();
+      const item_row left = object_of<object_value_list>(a).share_items();
+      const item_row right = object_of<object_value_list>(b).share_items();
       return compare_items(left.items(), right.items());
     }
     case ObjectType::HashMap:
@@ -212,7 +217,8 @@ ordering_value comparison::order_of_result(const Any& result, const Any& instanc
     return static_cast<ordering_value>(Ordering::unchecked(result).value());
   }
   if (Integer::matches(result.get())) {
-    return internal::compare_integers(Integer::unchecked(result).object(), Integer(0).object());
+    const Integer zero = 0;
+    return internal::compare_integers(object_of<object_value_integer>(result), zero.object());
   }
   if (is_error_result(result)) {
     return fail(result);

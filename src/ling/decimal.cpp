@@ -21,7 +21,7 @@ Any make_decimal(const Any& value) {
     case ObjectType::String:
       return Decimal::fromString(String::unchecked(given));
     case ObjectType::Integer:
-      return decimal_of(internal::decimal_of_integer(Integer::unchecked(given).object()));
+      return decimal_of(internal::decimal_of_integer(static_cast<const object_value_integer&>(*given.get())));
     case ObjectType::Float:
       return Decimal::fromFloat(Float::unchecked(given).value());
     default:

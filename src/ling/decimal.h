@@ -52,7 +52,8 @@ class LING_API Decimal : public Handle<Decimal, object_value_decimal> {
   static Decimal fromFloat(double value);
 
   // Borrowed; valid as long as the object lives.
-  const decimal_parts& parts() const noexcept { return object().parts; }
+  const decimal_parts& parts() const& noexcept { return object().parts; }
+  const decimal_parts& parts() const&& = delete;
   bool isNaN() const noexcept { return parts().is_nan(); }
   bool isFinite() const noexcept { return parts().kind == decimal_kind::finite; }
   // The scale is kept: 1.50 + 1 is 2.50 and 1.50 * 2.0 is 3.000. A NaN among the operands is the result.

@@ -93,7 +93,7 @@ bool display_writer::write(const Any& value, bool inside_container) {
       text_ += Boolean::unchecked(value).value() ? "true" : "false";
       return true;
     case ObjectType::Integer:
-      internal::write_integer(text_, Integer::unchecked(value).object());
+      internal::write_integer(text_, static_cast<const object_value_integer&>(*value.get()));
       return true;
     case ObjectType::Float:
       internal::write_float(text_, Float::unchecked(value).value());
@@ -107,11 +107,11 @@ bool display_writer::write(const Any& value, bool inside_container) {
       internal::write_quoted(text_, ByteArray::unchecked(value).view(), false);
       return true;
     case ObjectType::Tuple: {
-      const std::span<const Any> items = Tuple_Generic::unchecked(value).items();
+      const std::span<const Any> items = static_cast<const object_value_tuple*>(value.get())->items();
       return write_items(value, "(", items.size() == 1 ? ",)" : ")", items);
     }
     case ObjectType::List: {
-      const item_row row = List_Generic::unchecked(value).object().share_items();
+      const item_row row = static_cast<const object_value_list*>(value.get())->share_items();
       return write_items(value, "[", "]", row.items());
     }
     case ObjectType::HashMap:

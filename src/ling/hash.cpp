@@ -65,7 +65,7 @@ std::uint64_t hashing::hash(const Any& value, bool inside_tuple) {
     case ObjectType::Float:
       return hash_of_float(Float::unchecked(value).value());
     case ObjectType::String:
-      return String::unchecked(value).object().hash();
+      return static_cast<const object_value_string*>(value.get())->hash();
     case ObjectType::ByteArray:
       return internal::hash_bytes(ByteArray::unchecked(value).view(), bytes_seed);
     case ObjectType::Tuple:

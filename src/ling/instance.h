@@ -87,5 +87,7 @@ template <class T>
 T* native_cast(const Any& value) noexcept {
   return static_cast<T*>(internal::native_data(value.get(), typeid(T)));
 }
+template <class T>
+T* native_cast(const Any&& value) noexcept = delete;
 
 }  // namespace ling

@@ -30,7 +30,8 @@ class item_row {
   ~item_row() { release(block_); }
 
   void swap(item_row& other) noexcept { std::swap(block_, other.block_); }
-  std::span<const Any> items() const noexcept { return block_ == nullptr ? std::span<const Any>() : block_->items; }
+  std::span<const Any> items() const& noexcept { return block_ == nullptr ? std::span<const Any>() : block_->items; }
+  std::span<const Any> items() const&& = delete;
   // The items for changing them, the handle's own.
   std::vector<Any>& change() {
     if (block_ == nullptr) {

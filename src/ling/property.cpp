@@ -37,7 +37,7 @@ Property Property::constant(const Any& value, const String& doc) {
   return Property(I_Callable_Generic::unchecked(make<object_value_constant>(value)), doc);
 }
 
-const Any* Property::constantValue() const noexcept {
+const Any* Property::constantValue() const& noexcept {
   const auto* constant = dynamic_cast<const object_value_constant*>(object().getter().get());
   return constant == nullptr ? nullptr : &constant->value();
 }

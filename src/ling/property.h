@@ -39,7 +39,8 @@ class LING_API Property : public Handle<Property, object_value_property> {
   bool hasSetter() const noexcept { return !object().setter().empty(); }
   String doc() const { return object().doc(); }
   // The value of a constant property; null for one whose getter computes. Borrowed.
-  const Any* constantValue() const noexcept;
+  const Any* constantValue() const& noexcept;
+  const Any* constantValue() const&& = delete;
 
   // The value for an instance; an independent getter is called without it.
   Any read(const Any& instance) const;

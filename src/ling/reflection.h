@@ -45,6 +45,9 @@ LING_API Any call_method(const Any& value, meta_method_untyped name, std::span<c
 LING_API Error error_method_not_found(const Any& value, meta_method_untyped name);
 LING_API Error error_property_not_found(const Any& value, meta_property_untyped name);
 
+// The value converted to a class, or an Error: `of_class.coerce(value)`.
+inline Any coerce(const Any& value, const Class_Generic& of_class) { return of_class.coerce(value); }
+
 // A number that no other live object has.
 LING_API std::uint64_t object_id(const Any& value) noexcept;
 // Equal immutable values have equal hashes. Mutable containers inside a tuple count only by kind; a mutable value

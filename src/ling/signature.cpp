@@ -67,7 +67,7 @@ std::size_t Signature::requiredParameterCount() const noexcept {
   return fixed - std::min(fixed, object().defaults().size());
 }
 
-const Any* Signature::defaultOf(std::size_t index) const noexcept {
+const Any* Signature::defaultOf(std::size_t index) const& noexcept {
   const std::size_t required = requiredParameterCount();
   const std::vector<Any>& defaults = object().defaults();
   // More defaults than parameters: the last ones count.

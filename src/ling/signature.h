@@ -63,13 +63,15 @@ class LING_API Signature : public Handle<Signature, object_value_signature> {
   Signature(const Type& result, std::vector<Parameter> parameters, std::vector<Any> defaults = {})
       : Handle(new object_value_signature(result, std::move(parameters), std::move(defaults))) {}
 
-  const std::vector<Parameter>& parameters() const noexcept { return object().parameters(); }
+  const std::vector<Parameter>& parameters() const& noexcept { return object().parameters(); }
+  const std::vector<Parameter>& parameters() const&& = delete;
   std::size_t parameterCount() const noexcept { return parameters().size(); }
   std::size_t requiredParameterCount() const noexcept;
   bool hasVariadicParameters() const noexcept;
   Type resultType() const { return object().result_type(); }
   // The default of parameter `index`, null when it has none. Borrowed.
-  const Any* defaultOf(std::size_t index) const noexcept;
+  const Any* defaultOf(std::size_t index) const& noexcept;
+  const Any* defaultOf(std::size_t index) const&& = delete;
   // Without the first parameter; what remains of a method's signature once it is bound.
   Signature withoutReceiver() const;
 

@@ -61,8 +61,8 @@ class LING_API String : public Handle<String, object_value_string> {
 
   static String fromUtf8(const char* bytes, std::size_t length) { return String(std::string_view(bytes, length)); }
   ByteArray toUtf8() const;
-  std::string_view view() const noexcept { return object().view(); }
-  const char* c_str() const noexcept { return object().data(); }
+  std::string_view view() const noexcept LING_LIFETIMEBOUND { return object().view(); }
+  const char* c_str() const noexcept LING_LIFETIMEBOUND { return object().data(); }
   std::size_t size() const noexcept { return object().size(); }      // bytes
   std::size_t length() const noexcept { return object().length(); }  // code points
   bool empty() const noexcept { return size() == 0; }

@@ -39,8 +39,10 @@ class LING_API Tuple_Generic : public Handle<Tuple_Generic, object_value_tuple> 
   explicit Tuple_Generic(std::vector<Any> items) : Handle(new object_value_tuple(std::move(items))) {}
   Tuple_Generic(std::initializer_list<Any> items) : Tuple_Generic(std::vector<Any>(items)) {}
   std::size_t length() const noexcept { return object().length(); }
-  const Any& at(std::size_t index) const noexcept { return object().at(index); }
-  std::span<const Any> items() const noexcept { return object().items(); }
+  const Any& at(std::size_t index) const& noexcept { return object().at(index); }
+  Any at(std::size_t index) const&& noexcept { return object().at(index); }
+  std::span<const Any> items() const& noexcept { return object().items(); }
+  std::span<const Any> items() const&& = delete;
 
   static bool matches(const object_value* object) noexcept {
     return object != nullptr && object->type() == ObjectType::Tuple;

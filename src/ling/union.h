@@ -20,10 +20,12 @@ namespace ling {
 class Class_Generic;
 class Error;
 
-namespace internal {
 // Forces computed and loads external values until the result is neither. A value that cannot be computed, or one that
 // keeps yielding further lazy values, gives an Error. Other values come back as they are.
 LING_API Any unwrap(const Any& value);
+
+namespace internal {
+using ling::unwrap;
 // The Error for a value that is not of the type it was promised to be.
 LING_API Any error_unexpected_type(const Any& value, const Type& expected);
 }  // namespace internal
@@ -95,7 +97,7 @@ class [[nodiscard]] Union : public Any {
     }
   }
   value_type operator*() const noexcept { return value(); }
-  // Lets `result->length()` read like a pointer without a second object.
+  // Lets `result->length()` read like a pointer without a second object. Not for a result that nobody has looked at.
   class arrow {
    public:
     explicit arrow(value_type value) noexcept : value_(std::move(value)) {}
@@ -104,7 +106,8 @@ class [[nodiscard]] Union : public Any {
    private:
     value_type value_;
   };
-  arrow operator->() const noexcept { return arrow(value()); }
+  arrow operator->() const& noexcept { return arrow(value()); }
+  arrow operator->() const&& = delete;
 
   // The error; only when `is_error`.
   Error error() const noexcept;

@@ -16,9 +16,10 @@ class utf8_text {
  public:
   explicit utf8_text(PyObject* text) noexcept : bytes_(PyUnicode_AsUTF8String(text)) {}
   explicit operator bool() const noexcept { return static_cast<bool>(bytes_); }
-  std::string_view view() const noexcept {
+  std::string_view view() const& noexcept {
     return {PyBytes_AsString(bytes_.get()), static_cast<std::size_t>(PyBytes_Size(bytes_.get()))};
   }
+  std::string_view view() const&& = delete;
 
  private:
   PyObjectPtr bytes_;

@@ -12,6 +12,7 @@
 #include <bit>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <vector>
 
 namespace ling::cpython {
@@ -38,35 +39,33 @@ PyObject* refuse_call(PyObject*, PyObject*) noexcept {
   return nullptr;
 }
 
-PyMethodDef* make_methods(const object_value_class& of_class) {
-  std::vector<PyMethodDef> rows;
-  for (const class_member* member : of_class.methods()) {
-    if (is_exported(*member)) {
-      const String signature = signature_text(I_Callable_Generic::unchecked(member->method));
-      const String doc = String("{}\n\n-").arg(signature);
-      rows.push_back({member->name->text.data(), refuse_call, METH_VARARGS, kept_text(doc.view())});
-    }
+std::vector<const class_member*> exported(std::vector<const class_member*> members) {
+  std::erase_if(members, [](const class_member* each) { return !is_exported(*each); });
+  return members;
+}
+
+PyMethodDef* make_methods(std::span<const class_member* const> methods) {
+  auto* rows = new PyMethodDef[methods.size() + 1]();
+  for (std::size_t i = 0; i < methods.size(); ++i) {
+    rows[i] = {methods[i]->name->text.data(), refuse_call, METH_VARARGS, nullptr};
   }
-  rows.push_back({});
-  return std::copy(rows.begin(), rows.end(), new PyMethodDef[rows.size()]) - rows.size();
+  return rows;
 }
 
 PyGetSetDef* make_properties(const object_value_class& of_class) {
   std::vector<PyGetSetDef> rows;
-  for (const class_member* member : of_class.properties()) {
-    if (is_exported(*member)) {
-      const auto property = Property::unchecked(member->property);
-      rows.push_back({member->name->text.data(), getter_slot<get_property>,
-                      property.hasSetter() ? setter_slot<set_property> : nullptr, kept_text(property.doc().view()),
-                      const_cast<name_entry*>(member->name)});
-    }
+  for (const class_member* member : exported(of_class.properties())) {
+    const auto property = Property::unchecked(member->property);
+    rows.push_back({member->name->text.data(), getter_slot<get_property>,
+                    property.hasSetter() ? setter_slot<set_property> : nullptr, kept_text(property.doc().view()),
+                    const_cast<name_entry*>(member->name)});
   }
   rows.push_back({});
   return std::copy(rows.begin(), rows.end(), new PyGetSetDef[rows.size()]) - rows.size();
 }
 
-// Runs code of the host (signatures, docs) and of Python. Null with an exception set.
-PyTypeObject* make_class_type(object_value_class& of_class) {
+// Runs no code of the host's and none of Python's. Null with an exception set.
+PyTypeObject* make_class_type(object_value_class& of_class, std::span<const class_member* const> methods) {
   PyTypeObject* base = shared_callable_type();
   if (base == nullptr) {
     return nullptr;
@@ -77,11 +76,26 @@ PyTypeObject* make_class_type(object_value_class& of_class) {
   // Python takes what stands before the last dot for the name of a module.
   const String name = qualname(Class_Generic(of_class)).replaced(".", "`");
   type->tp_name = kept_text(String("ling~{}").arg(name).view());
-  type->tp_doc = kept_text(of_class.doc().view());
   type->tp_base = base;
-  type->tp_methods = make_methods(of_class);
+  type->tp_methods = make_methods(methods);
   type->tp_getset = make_properties(of_class);
   return PyType_Ready(type_of_layout(*type)) == 0 ? type_of_layout(*type) : nullptr;
+}
+
+// The texts of a type that is in use already. Making them runs code of the host and of Python, which may wrap instances
+// of this very class: a default value that is shown, a doc that is computed.
+void describe_class_type(type_object& type, const object_value_class& of_class,
+                         std::span<const class_member* const> methods) {
+  type.tp_doc = kept_text(of_class.doc().view());
+  const PyObjectPtr doc(PyUnicode_FromString(type.tp_doc));
+  if (!doc || PyDict_SetItemString(type.tp_dict, "__doc__", doc.get()) != 0) {
+    PyErr_Clear();
+  }
+  PyType_Modified(type_of_layout(type));
+  for (std::size_t i = 0; i < methods.size(); ++i) {
+    const String signature = signature_text(I_Callable_Generic::unchecked(methods[i]->method));
+    type.tp_methods[i].ml_doc = kept_text(String("{}\n\n-").arg(signature).view());
+  }
 }
 
 // --- the table
@@ -162,8 +176,13 @@ PyTypeObject* class_type_of(object_value_class& of_class) {
     return made;
   }
   // Made outside the lock; whoever is first decides.
-  PyTypeObject* type = make_class_type(of_class);
-  return type == nullptr ? nullptr : class_types().insert(of_class, type);
+  const std::vector<const class_member*> methods = exported(of_class.methods());
+  PyTypeObject* const made = make_class_type(of_class, methods);
+  PyTypeObject* const type = made == nullptr ? nullptr : class_types().insert(of_class, made);
+  if (type != nullptr && type == made) {
+    describe_class_type(*layout_of(type), of_class, methods);
+  }
+  return type;
 }
 
 // --- the choice

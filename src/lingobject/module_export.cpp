@@ -26,6 +26,12 @@ const char* kept_text(const String& text) {
   return static_cast<const object_value_string*>(Any(text).detach())->data();
 }
 
+// A property of that name says more than the text that every module has.
+String doc_of(const Module& module) {
+  const Result<String> doc = result_unwrap_lazy(I_HasDoc::unchecked(module).doc());
+  return doc ? doc.value() : module.doc();
+}
+
 PyObjectPtr make_module(const Module& module) {
   // Python 3.12 and later take objects with a count this large for immortal, earlier ones never get down to zero.
   constexpr Py_ssize_t immortal_count = 0xFFFFFFFF;
@@ -35,7 +41,7 @@ PyObjectPtr make_module(const Module& module) {
   PyModuleDef* const definition = definitions.emplace_back(new PyModuleDef{});
   Py_SET_REFCNT(reinterpret_cast<PyObject*>(definition), immortal_count);
   definition->m_name = kept_text(module.name());
-  definition->m_doc = kept_text(module.doc());
+  definition->m_doc = kept_text(doc_of(module));
   definition->m_size = -1;
   return PyObjectPtr(PyModule_Create2(definition, api_version));
 }

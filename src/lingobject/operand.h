@@ -17,7 +17,8 @@ class operand {
  public:
   explicit operand(PyObject* object);
 
-  const Any& value() const noexcept { return value_; }
+  const Any& value() const& noexcept { return value_; }
+  const Any& value() const&& = delete;
   bool failed() const noexcept { return failed_; }
   // Of one that failed.
   Error error() const noexcept { return Error::unchecked(value_); }

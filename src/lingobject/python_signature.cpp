@@ -41,7 +41,8 @@ String python_name_of(object_value_class& of_class) {
 
 String type_name(const Type& type) {
   string_builder text;
-  for (object_value_class* alternative : unwrapped_type(type).object().alternatives()) {
+  const Type unwrapped = unwrapped_type(type);
+  for (object_value_class* alternative : unwrapped.object().alternatives()) {
     if (!text.empty()) {
       text.append(" | ");
     }

@@ -1,5 +1,6 @@
 // The five wrapper types for values of classes that nobody declares, and what tells them apart.
 #include "lingobject/call.h"
+#include "lingobject/directory.h"
 #include "lingobject/iteration.h"
 #include "lingobject/members.h"
 #include "lingobject/slot_tables.h"
@@ -45,6 +46,12 @@ constexpr std::size_t row_of(std::uint64_t flags) {
 static_assert(row_of(all) == callable_row && row_of(0) == 1 && row_of(class_flags::sequence) == 2 &&
               row_of(collection) == 3 && row_of(collection | class_flags::sequence) == 4);
 
+// The interpreter's own lookups of special methods ask the type and never the attributes of the instance.
+constinit PyMethodDef shared_methods[] = {
+    {"__dir__", list_attributes, METH_NOARGS, "The names of the attributes."},
+    {},
+};
+
 // Each is made on first need; two threads may both make it, the first to finish decides.
 constinit std::array<std::atomic<PyTypeObject*>, std::size(shared_rows)> shared_types{};
 
@@ -57,6 +64,7 @@ PyTypeObject* make_shared_type(std::size_t row) {
   type->tp_call = shared_rows[row].call;
   type->tp_as_sequence = shared_rows[row].sequence;
   type->tp_as_mapping = shared_rows[row].mapping;
+  type->tp_methods = shared_methods;  // types made for one class inherit them
   if (PyType_Ready(type_of_layout(*type)) != 0) {
     return nullptr;
   }

@@ -44,7 +44,7 @@ Any new_list(const I_Sequence_Generic& sequence, std::vector<Any> items) {
 Any read(const I_Sequence_Generic& sequence, selection selected) {
   TRY(selected.clamp(sequence));
   if (selected.step == 1) {
-    return internal::unwrap(sequence.sliced(selected.start, std::max(selected.start, selected.stop)));
+    return internal::unwrap(sequence.sliced(selected.start, selected.stop));
   }
   std::vector<Any> items;
   items.reserve(static_cast<std::size_t>(selected.count));

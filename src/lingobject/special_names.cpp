@@ -10,6 +10,7 @@
 #include "ling/module.h"
 #include "ling/reflection.h"
 #include "ling/tuple.h"
+#include "lingobject/directory.h"
 #include "lingobject/python_signature.h"
 
 #include <algorithm>
@@ -36,8 +37,8 @@ slot_result read_doc(const Any& value) {
 
 bool set_annotation(PyObject* annotations, const String& name, const Type& type) {
   const PyObjectPtr key = to_python_locked(name);
-  PyObject* annotation = key ? python_type_of(unwrapped_type(type)) : nullptr;
-  return annotation != nullptr && PyDict_SetItem(annotations, key.get(), annotation) == 0;
+  const PyObjectPtr annotation = key ? python_type_of(unwrapped_type(type)) : PyObjectPtr();
+  return annotation && PyDict_SetItem(annotations, key.get(), annotation.get()) == 0;
 }
 
 slot_result read_annotations(const Any& value) {
@@ -127,18 +128,7 @@ class list_writer {
 };
 
 slot_result read_dir(const Any& value) {
-  const object_value_class& of_class = class_of(value).object();
-  std::vector<std::string> names;
-  for (const auto& declared : {of_class.fields(), of_class.methods(), of_class.properties()}) {
-    for (const class_member* member : declared) {
-      names.emplace_back(member->name->text);
-    }
-  }
-  for (const HashMap_Generic& own : {own_methods_of(value), own_properties_of(value)}) {
-    for (const auto& [name, member] : own.copyPairs()) {
-      names.emplace_back(String::unchecked(name).view());
-    }
-  }
+  const std::vector<std::string> names = member_names(value);
   list_writer list(names.size());
   for (const std::string& name : names) {
     list.add(name);

@@ -23,6 +23,7 @@ inline const Any& value_in(PyObject* self) noexcept { return *reinterpret_cast<w
 template <class H>
 class borrowed {
  public:
+  explicit borrowed(const Any&& value) = delete;
   explicit borrowed(const Any& value) noexcept : handle_(H::unchecked(Any::adopt(value.get()))) {}
   ~borrowed() { static_cast<void>(handle_.detach()); }
   borrowed(const borrowed&) = delete;

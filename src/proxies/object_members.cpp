@@ -13,10 +13,15 @@ namespace ling::cpython {
 
 namespace {
 
-// What the class of the proxy registers under the name; null when nothing. Names that no class has are not interned.
-const class_member* registered_member(const CPythonObject& self, const String& name) {
+// What the runtime has under the name for the proxy: as a member of its own, inserted past the Python object, or of its
+// class. Names that nobody has are not interned.
+Union<Property, None> registered_property(const CPythonObject& self, const String& name) {
   const name_entry* entry = internal::find_interned(name.view());
-  return entry == nullptr ? nullptr : raw_class_of(self).object().find_member(*entry);
+  return entry == nullptr ? None() : raw_property_of(self, meta_property_untyped(*entry));
+}
+Union<I_Callable_Generic, None> registered_method(const CPythonObject& self, const String& name) {
+  const name_entry* entry = internal::find_interned(name.view());
+  return entry == nullptr ? None() : raw_method_of(self, meta_method_untyped(*entry));
 }
 
 // The attribute; null with an exception set. The name is converted as a whole, zero bytes included.
@@ -43,6 +48,19 @@ Result<None> write_attribute(const CPythonObject& self, const String& name, cons
   });
 }
 
+// A callable attribute; None for every other attribute.
+Union<I_Callable_Generic, None> callable_attribute(const CPythonObject& self, const String& name) {
+  const Any attribute = with_python_object(self, [&](PyObjectPtr_Borrowed object) -> Any {
+    const PyObjectPtr value = get_attribute(object, name);
+    if (!value) {
+      PyErr_Clear();
+      return {};
+    }
+    return from_python_locked(value.get());
+  });
+  return I_Callable_Generic::cast(attribute);
+}
+
 Any describe_property(PyObjectPtr_Borrowed object, const String& name) {
   const PyObjectPtr attribute = get_attribute(object, name);
   if (!attribute) {
@@ -60,17 +78,16 @@ Any describe_property(PyObjectPtr_Borrowed object, const String& name) {
 // --- values ----------------------------------------------------------------------------------------------------------
 
 Any object_property_value(const CPythonObject& self, const String& name) {
-  if (const class_member* member = registered_member(self, name); member != nullptr && !member->property.empty()) {
-    return Property::unchecked(member->property).read(self);
+  if (const auto property = registered_property(self, name)) {
+    return property->read(self);
   }
   return read_attribute(self, name);
 }
 
 Any set_object_property(const CPythonObject& self, const String& name, const Any& value) {
-  if (const class_member* member = registered_member(self, name); member != nullptr && !member->property.empty()) {
-    const Property property = Property::unchecked(member->property);
-    return property.hasSetter()
-               ? property.write(self, value)
+  if (const auto property = registered_property(self, name)) {
+    return property->hasSetter()
+               ? property->write(self, value)
                : Any(Error(String("The property '{}' is read-only for '{}'.").arg(name, display_text(self))));
   }
   return write_attribute(self, name, value);
@@ -79,8 +96,8 @@ Any set_object_property(const CPythonObject& self, const String& name, const Any
 // --- descriptions ----------------------------------------------------------------------------------------------------
 
 Union<Property, None> object_property(const CPythonObject& self, const String& name) {
-  if (const class_member* member = registered_member(self, name); member != nullptr && !member->property.empty()) {
-    return Union<Property, None>::unchecked(member->property);
+  if (auto property = registered_property(self, name)) {
+    return property;
   }
   const Any described =
       with_python_object(self, [&](PyObjectPtr_Borrowed object) -> Any { return describe_property(object, name); });
@@ -88,18 +105,8 @@ Union<Property, None> object_property(const CPythonObject& self, const String& n
 }
 
 Union<I_Callable_Generic, None> object_method(const CPythonObject& self, const String& name) {
-  if (const class_member* member = registered_member(self, name); member != nullptr && !member->method.empty()) {
-    return Union<I_Callable_Generic, None>::unchecked(member->method);
-  }
-  const Any attribute = with_python_object(self, [&](PyObjectPtr_Borrowed object) -> Any {
-    const PyObjectPtr value = get_attribute(object, name);
-    if (!value) {
-      PyErr_Clear();
-      return {};
-    }
-    return from_python_locked(value.get());
-  });
-  return I_Callable_Generic::cast(attribute);
+  auto method = registered_method(self, name);
+  return method ? method : callable_attribute(self, name);
 }
 
 // --- inserting -------------------------------------------------------------------------------------------------------
@@ -134,7 +141,11 @@ Result<String> display_object(const CPythonObject& self) {
 // --- hooks -----------------------------------------------------------------------------------------------------------
 
 Any method_hook(const Any& instance, const name_entry& name) {
-  const auto method = object_method(CPythonObject::unchecked(instance), internal::name_string(name));
+  const CPythonObject self = CPythonObject::unchecked(instance);
+  if (auto registered = raw_method_of(instance, meta_method_untyped(name))) {
+    return registered;
+  }
+  const auto method = callable_attribute(self, internal::name_string(name));
   if (!method) {
     return {};
   }

@@ -7,7 +7,8 @@
 
 namespace ling::cpython {
 
-// Members that the class registers win over the attributes of the object.
+// Members that the class registers, and those that the runtime inserted into the proxy past the object
+// (`raw_insert_property`), win over the attributes of the object.
 Any object_property_value(const CPythonObject& self, const String& name);
 Any set_object_property(const CPythonObject& self, const String& name, const Any& value);
 // A `property` that is an attribute of the object, as one of a class is; None for every other attribute.

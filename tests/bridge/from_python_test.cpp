@@ -153,13 +153,13 @@ TEST_F(FromPython, HoldsOneReferenceThatAnyThreadMayRelease) {
 }
 
 TEST_F(FromPython, LetsAnObjectBeAttachedWhileOthersReadIt) {
-  const Any value = Class_Generic(cpython_object_class.required())();
+  const auto value = CPythonObject::unchecked(Class_Generic(cpython_object_class.required())());
   EXPECT_TRUE(is_error_result(display(value)));
   on_eight_threads([&](int i) {
     for (int round = 0; round < 1000; ++round) {
       const GilGuard gil;
       if (i % 2 == 0) {
-        CPythonObject::unchecked(value).object().attach(PyObjectPtr(PyList_New(i)));
+        value.object().attach(PyObjectPtr(PyList_New(i)));
       } else if (const PyObjectPtr seen = python_object_of(value)) {
         EXPECT_EQ(PyList_Size(seen.get()) % 2, 0);
       }

@@ -138,16 +138,68 @@ TEST_F(ToPython, LeaksNothing) {
 }
 
 TEST_F(ToPython, SpellsValuesAsCode) {
+  const Any list = List_Generic({"a"});
   const std::pair<Any, const char*> rows[] = {
-      {Any(),                                 "None"      },
-      {Tuple_Generic({1, ByteArray("b")}),    "(1, b'b')" },
-      {from_python(eval("{'a': [1]}").get()), "{'a': [1]}"},
+      {Any(),                                                                 "None"                   },
+      {Tuple_Generic({1, ByteArray("b")}),                                    "(1, b'b')"              },
+      {from_python(eval("{'a': [1]}").get()),                                 "{'a': [1]}"             },
+      {list,                                                                  "[\"a\"]"                },
+      {Tuple_Generic({list}),                                                 "([\"a\"],)"             },
+      {Tuple_Generic({"a", Tuple_Generic(), Tuple_Generic({list, 2})}),       "('a', (), ([\"a\"], 2))"},
+      {external([=] { return Any(Tuple_Generic({list})); }),                  "([\"a\"],)"             },
+      {make_computed<Any>([=] { return list; }),                              "[\"a\"]"                },
+      {Tuple_Generic({make_computed<Any>([] { return Any(1); }), Error("")}), ""                       },
+      {nested_tuple(maximum_conversion_depth + 1),                            ""                       },
   };
   for (const auto& [value, expected] : rows) {
     EXPECT_EQ(display_text(to_code(value)).view(), expected);
+    if (const PyObjectPtr object = to_python(value)) {
+      EXPECT_EQ(repr(object), expected) << "the text is that of the object that arrives";
+    }
+    PyErr_Clear();
   }
   const Any hostile = from_python(run("class C:\n  def __repr__(self): raise KeyError('r')\nresult = C()").get());
   EXPECT_TRUE(to_code(hostile).is_error());
+  EXPECT_TRUE(to_code(Tuple_Generic({1, hostile})).is_error());
+}
+
+TEST_F(ToPython, TellsBeforehandWhatItWraps) {
+  const I_Callable_Generic function = make_function("f", "", "", [] {});
+  const Any values[] = {{},
+                        Undefined(),
+                        true,
+                        1,
+                        2.5,
+                        "text",
+                        ByteArray("b"),
+                        Tuple_Generic({1}),
+                        List_Generic(),
+                        HashMap_Generic(),
+                        HashSet_Generic(),
+                        WeakReference(List_Generic()),
+                        Date::from(2020, 2, 29),
+                        Time::from(1, 2, 3, 0),
+                        DateTime::fromString("2020-02-29T10:20"),
+                        Decimal::fromString("1.5"),
+                        make_computed<Any>([] { return Any(1); }),
+                        external([] { return Any(1); }),
+                        function,
+                        from_python(eval("len").get()),
+                        from_python(eval("object()").get()),
+                        from_python(eval("[1]").get()),
+                        from_python(run("class result: pass").get()),
+                        List_Generic::getClass(),
+                        get_logger(),
+                        Property::constant(1),
+                        get_module("ling").value(),
+                        Type::untyped(),
+                        make<object_value_bound>(function, Any(1)),
+                        make<object_value_multimethod>("m", std::vector{function})};
+  for (const Any& value : values) {
+    const PyObjectPtr object = to_python(value);
+    ASSERT_TRUE(object) << display_text(value).view();
+    EXPECT_EQ(arrives_wrapped(value), wrapped_value(object.get()) != nullptr) << display_text(value).view();
+  }
 }
 
 TEST_F(ToPython, KnowsThePythonTypeOfAType) {
@@ -161,10 +213,13 @@ TEST_F(ToPython, KnowsThePythonTypeOfAType) {
       {Type::of(cpython_object_class.required()), "<class 'object'>"       },
   };
   for (const auto& [type, expected] : rows) {
-    EXPECT_EQ(repr(PyObjectPtr::share(python_type_of(type))), expected);
+    EXPECT_EQ(repr(python_type_of(type)), expected);
   }
-  EXPECT_EQ(python_type_of(List_Generic::getType()),
+  EXPECT_EQ(python_type_of(List_Generic::getType()).get(),
             reinterpret_cast<PyObject*>(wrapper_type_of(List_Generic::getClass())));
+  const PyObjectPtr own = run("class result: pass");
+  const Any presented = from_python(own.get());
+  EXPECT_EQ(python_type_of(Type::of(Class_Generic::unchecked(presented))).get(), own.get()) << "no wrapper type for it";
 }
 
 }  // namespace

@@ -88,7 +88,7 @@ f = A())");
   expect_outcome(made.signature(), "Error: not yet");
   EXPECT_TRUE(ask(made, ".$_sign").empty());
   expect_outcome(made.signature(), "(a, b)");
-  EXPECT_TRUE(made.signature()->is_same(ask(made, ".$_sign")));
+  EXPECT_TRUE(made.signature().value().is_same(ask(made, ".$_sign")));
   expect_outcome(ask(made, ".$_result_type"), "Any");
   expect_outcome(made(), "2");
 }
@@ -117,10 +117,10 @@ TEST_F(PythonFunction, ReadsAndWritesDefaultsAllOrNothing) {
   const meta_property_untyped defaults("$$defaults");
   expect_outcomes({
       {made.propertyValue(defaults), "[2, \"x\"]"},
-      {made.signature()->requiredParameterCount(), "1"},
+      {made.signature().value().requiredParameterCount(), "1"},
       {made.setPropertyValue(defaults, List_Generic({7})), "None"},
       {made.propertyValue(defaults), "[7]"},
-      {made.signature()->requiredParameterCount(), "2"},
+      {made.signature().value().requiredParameterCount(), "2"},
       {made.setPropertyValue(defaults, List_Generic({1, Error("no paper")})), "Error: no paper"},
       {made.propertyValue(defaults), "[7]"},
       {function("class f: __defaults__ = 3").propertyValue(defaults), "[]"},
@@ -132,10 +132,15 @@ TEST_F(PythonFunction, ReadsAndWritesDefaultsAllOrNothing) {
 TEST_F(PythonFunction, IsNamedAndDocumentedByPython) {
   const CPythonFunction method = function("class A:\n def m(self):\n  'What it does.'\nf = A.m");
   expect_outcomes({
-      {method.name(),                                               "A.m"                                       },
-      {method.doc(),                                                "What it does."                             },
-      {function("f = __import__('functools').partial(len)").name(), ""                                          },
-      {make_python_function(eval("3").get()),                       "Error: The source object isn't a function."},
+      {method.name(), "A.m"},
+      {method.doc(), "What it does."},
+      {ask(method, ".doc"), "What it does."},
+      {ask(function("def f(): pass"), ".doc"), "None"},
+      {ask(function("def f(): pass\nf.__doc__ = 7"), ".doc"), "7"},
+      {ask(function("class A:\n __call__ = __doc__ = property(lambda self: 1 / 0)\nf = A()"), ".doc"),
+       "Error: division by zero"},
+      {function("f = __import__('functools').partial(len)").name(), ""},
+      {make_python_function(eval("3").get()), "Error: The source object isn't a function."},
   });
 }
 
@@ -160,6 +165,12 @@ TEST_F(PythonFunction, IsMadeFromSourceText) {
       {" def add(a, b) :\n  return a + b\n",    "42"                                        },
       {"def\tadd(a: int, b):\n\treturn a + b",  "42"                                        },
       {"x = sum(args)\nif x:\n  return x",      "42"                                        },
+      {"\n\n  return '''\n''' + 'a\\\n  b'",    "\na  b"                                    },
+      {"x = 1\rreturn x # '''",                 "1"                                         },
+      {"x = 1\n\freturn sum(args)",             "42"                                        },
+      {"# nothing",                             "None"                                      },
+      {"  x = 1\nreturn x",                     "unindent does not match"                   },
+      {"return (",                              "was never closed"                          },
       {"return ling.List is not None",          "true"                                      },
       {"default = 3",                           "None"                                      },
       {"return __name__",                       "builtins"                                  },
@@ -190,7 +201,7 @@ TEST_F(PythonFunction, ServesEightThreads) {
       EXPECT_TRUE(is_none(made.setPropertyValue(meta_property_untyped("$$defaults"), List_Generic({Any(i)}))));
     }
   });
-  EXPECT_EQ(made.signature()->toString().view(), "(a: Integer, b=199) -> Integer");
+  EXPECT_EQ(made.signature().value().toString().view(), "(a: Integer, b=199) -> Integer");
 }
 
 }  // namespace

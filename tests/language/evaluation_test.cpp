@@ -50,6 +50,19 @@ TEST_F(Evaluation, GivesWhatTheCodeReturns) {
   }
 }
 
+TEST_F(Evaluation, KeepsCodeInItsFunction) {
+  for (const char* code : {"%s", "\f%s", "x = 1\n  \f%s", "x = '''\n\f'''\n\f%s", "x = 1\n\\\n\f%s", "    \f%s"}) {
+    const String all = String(code).replaced("%s", "return __import__('sys')._getframe().f_code.co_name");
+    EXPECT_EQ(run_code(all.c_str()), "'ling_outer'") << code;
+    EXPECT_EQ(run_code(all.c_str(), with_out_locals(map({"out", 1}))), "'ling_outer'") << code;
+  }
+}
+
+TEST_F(Evaluation, IsTheBodyOfTheLanguagesMethod) {
+  EXPECT_EQ(text(language_python_evaluate_method("return self", EvaluationScope(Any("me"), {}, {}, {}))), "'me'");
+  EXPECT_EQ(text(language_python_evaluate_method("return self", None())), "None");
+}
+
 TEST_F(Evaluation, PlacesErrorsInTheCallersText) {
   constexpr std::int64_t none = 0;
   const std::tuple<const char*, std::int64_t, std::int64_t, const char*> rows[] = {
@@ -60,6 +73,10 @@ TEST_F(Evaluation, PlacesErrorsInTheCallersText) {
       {"return ling_outer()",                     1, none, "name 'ling_outer' is not defined"  },
       {"\nraise SystemExit(3)",                   2, none, "3"                                 },
       {"x = '''\n'''\nreturn 1 + \\",             4, 1,    "SyntaxError"                       },
+      {"x = 1\n \fx = = 2",                       2, 7,    "SyntaxError"                       },
+      {"if 1:\ny = 2",                            2, 1,    "IndentationError"                  },
+      {"x = 1\n  y = 2",                          2, none, "IndentationError"                  },
+      {"x = [1,\n)",                              2, 1,    "SyntaxError"                       },
   };
   // The declarations of out-locals stand above the code and must not count.
   for (const Any& out_locals : {Any(), Any(map({"a", 1, "b", 2, "c", 3}))}) {
@@ -139,9 +156,9 @@ TEST_F(Evaluation, CountsAnythingButAScopeAsNone) {
 }
 
 TEST_F(Evaluation, SeesTheHostsModules) {
-  get_module("visible")->setImportance(Any(9));
-  get_module("hidden")->setImportance(Any(10));
-  get_module("visible.tools")->setInlined();
+  get_module("visible").value().setImportance(Any(9));
+  get_module("hidden").value().setImportance(Any(10));
+  get_module("visible.tools").value().setInlined();
   const auto shout = make_function("shout", "text", "", [](const String& text) { return String("{}!").arg(text); });
   EXPECT_FALSE(register_function("visible.tools", "shout", shout).is_error());
   EXPECT_EQ(run_code("return shout('hey')"), "'hey!'");

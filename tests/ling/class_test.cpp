@@ -75,7 +75,8 @@ TEST(Class, DescendantsInheritHideAndConvert) {
       {square.fieldValue(note), "empty"},
   });
   EXPECT_NE(native_cast<Shape>(square), nullptr);
-  EXPECT_EQ(native_cast<Square>(Class_Generic(shape_class.required())()), nullptr);
+  const Any shape = Class_Generic(shape_class.required())();
+  EXPECT_EQ(native_cast<Square>(shape), nullptr);
 }
 
 TEST(Class, ErrorsNameTheCulprit) {

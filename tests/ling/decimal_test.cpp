@@ -113,11 +113,11 @@ TEST(Decimal, MultipliesLongNumbers) {
 }
 
 TEST(Decimal, GivesTheNearestFloat) {
-  EXPECT_EQ(Decimal::fromString("0.1")->toFloat(), 0.1);
-  EXPECT_EQ(Decimal::fromString("-1E+400")->toFloat(), -HUGE_VAL);
-  EXPECT_EQ(Decimal::fromString("4.9E-324")->toFloat(), 5e-324);
-  EXPECT_EQ(Decimal::fromString("1E+99999999999")->toFloat(), HUGE_VAL);
-  EXPECT_TRUE(std::isnan(Decimal::fromString("sNaN")->toFloat()));
+  EXPECT_EQ(Decimal::fromString("0.1").value().toFloat(), 0.1);
+  EXPECT_EQ(Decimal::fromString("-1E+400").value().toFloat(), -HUGE_VAL);
+  EXPECT_EQ(Decimal::fromString("4.9E-324").value().toFloat(), 5e-324);
+  EXPECT_EQ(Decimal::fromString("1E+99999999999").value().toFloat(), HUGE_VAL);
+  EXPECT_TRUE(std::isnan(Decimal::fromString("sNaN").value().toFloat()));
 }
 
 }  // namespace

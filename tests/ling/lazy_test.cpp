@@ -33,7 +33,7 @@ TEST(Computed, IsOneObjectOnAllThreads) {
     }
     EXPECT_GE(runs, 1);
     EXPECT_EQ(deaths, 0);
-    List_Generic::unchecked(seen[0]).object().clear();
+    call(seen[0], "clear");
     EXPECT_EQ(deaths, 1) << "a function that has run lets go of what it captured";
   }
 }

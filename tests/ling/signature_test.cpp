@@ -28,7 +28,7 @@ TEST(Type, TellsWhatItAccepts) {
   };
   for (const auto& [type, name, to_class, takes_one, takes_none, is_immutable] : cases) {
     EXPECT_EQ(type.name(), name);
-    EXPECT_EQ(type.toClass() ? type.toClass()->name() : String("None"), to_class) << name;
+    EXPECT_EQ(type.toClass() ? type.toClass().value().name() : String("None"), to_class) << name;
     EXPECT_EQ(type.matches(Any(1)), takes_one) << name;
     EXPECT_EQ(type.matches(Any()), takes_none) << name;
     EXPECT_EQ(type.conformsTo(I_Immutable::getClass()), is_immutable) << name;

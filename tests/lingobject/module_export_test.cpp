@@ -35,7 +35,8 @@ TEST_F(ModuleExport, HoldsMembersOfWhichLaterOnesReplaceEarlierOnes) {
     import warnings; warnings.simplefilter('ignore'); import ling.exported => None
     import ling.exported as m; result = sorted(n for n in vars(m) if n[:2] != '__') => ['Thing', '_act', '_seen', 'act', 'myself', 'twice']
     import ling.exported as m; result = m.__doc__, m.act(), m._seen, m.twice, m.myself => ('For export.', 1, 2, 5, 'ling.exported')
-    import ling.exported as m; result = m.Thing => <class ling.exported.Thing>)");
+    import ling.exported as m; result = m.Thing => <class ling.exported.Thing>
+    import ling.cpython as m; result = m.__doc__, m.doc => ('Interface to Python language.', 'Interface to Python language.'))");
 }
 
 }  // namespace

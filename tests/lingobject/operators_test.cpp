@@ -27,6 +27,15 @@ constinit const class_definition<void> bare_class("Bare", [](class_builder<void>
   c.flags(class_flags::sequence | class_flags::collection);
 });
 
+// A sequence of ten that tells what slice it is asked for.
+constinit const class_definition<void> telling_class("Telling", [](class_builder<void>& c) {
+  c.parent(I_Sequence_Generic::getClass())
+      .property("__length__", "", [](const Any&) { return 10; })
+      .method("sliced", "start, stop", "", [](const Any&, std::int64_t start, std::int64_t stop) {
+        return Tuple_Generic({start, stop});
+      });
+});
+
 // A map that computes its values.
 Any later(const Any&, const Any& key, const Any& otherwise) {
   return make_computed<Any>([=] { return is_none(key) ? otherwise : Any(Error("not today")); });
@@ -53,6 +62,16 @@ TEST_F(OddOperators, TellLengthsThatAreNone) {
     len(w) => TypeError: Object is not a Ling sequence.
     w[0] => RuntimeError: The method 'at' is missing in 'Bare'.
     del w[0] => RuntimeError: The method 'removeAt' is missing in 'Bare'.)");
+}
+
+TEST_F(OddOperators, HandSlicesOnAsPythonClampsThem) {
+  expect_outcomes(telling_class.required().allocate_instance(), R"(
+    w[:], w[2:5], w[-3:-1], w[-99:99]     => ((0, 10), (2, 5), (7, 9), (0, 10))
+    w[2:1], w[-1:-3], w[99:], w[5:-99]    => ((2, 1), (9, 7), (10, 10), (5, 0)))");
+  expect_outcomes(List_Generic({1, 2, 3}), "[[*w[2:1]], [*w[99:]], [*w[-1:0]]] => [[], [], []]");
+  const PyObjectPtr list = eval("[1, 2, 3]");
+  const auto sequence = I_Sequence_Generic::cast(from_python(list.get()));
+  EXPECT_EQ(display_text(sequence->sliced(2, 1)), "[]");
 }
 
 TEST_F(OddOperators, LetExceptionsThrough) {

@@ -3,6 +3,7 @@
 #include "bridge/python.h"
 #include "ling/ling.h"
 #include "lingobject/ling_object.h"
+#include "lingobject/outcomes.h"
 
 #include <algorithm>
 
@@ -86,6 +87,73 @@ TEST_F(Types, AreTheSameForThreadsThatAskAtOnce) {
     EXPECT_EQ(seen, types[0]);
   }
   EXPECT_EQ(types[0][0], wrapper_type_of(slow_class.required())) << "what is remembered is what is in the table";
+}
+
+// Two classes whose methods have instances of both as defaults, in every way that a default can hold one.
+constinit const class_definition<Sample> needed_class("Needed",
+                                                      [](class_builder<Sample>& c) { c.module("test.types"); });
+constinit const class_definition<Sample> needing_class("Needing",
+                                                       [](class_builder<Sample>& c) { c.module("test.types"); });
+
+class sample_on_demand final : public object_value_external {
+ public:
+  Any load() override { return needing_class.required().allocate_instance(); }
+};
+
+TEST_F(Types, MayNeedThemselves) {
+  const auto add = [](const class_definition<Sample>& of, const char* name, std::vector<Any> defaults) {
+    const auto method = make_function(
+        name, "self, value", "", [](const Any&, const Any&) {}, std::move(defaults));
+    method.setIndependent(false);
+    of.required().add_method_unsafe(name, method);
+  };
+  const Any needing = needing_class.required().allocate_instance();
+  add(needing_class, "itself", {needing});
+  add(needing_class, "rows", {Tuple_Generic({1, Tuple_Generic({needing})})});
+  add(needing_class, "later", {make_computed<Any>([] { return needing_class.required().allocate_instance(); })});
+  add(needing_class, "elsewhere", {make<sample_on_demand>()});
+  add(needing_class, "other", {needed_class.required().allocate_instance()});
+  add(needed_class, "other", {needing});
+  expect_outcomes(needing, R"(
+    t.itself.__doc__    => '(self: object, value: object = <test.types.Needing>)\n\n-'
+    t.rows.__doc__      => '(self: object, value: object = (1, (<test.types.Needing>,)))\n\n-'
+    t.later.__doc__     => '(self: object, value: object = <test.types.Needing>)\n\n-'
+    t.elsewhere.__doc__ => '(self: object, value: object = <test.types.Needing>)\n\n-'
+    t.other.__doc__     => '(self: object, value: object = <test.types.Needed>)\n\n-')");
+  expect_outcomes(needed_class.required().allocate_instance(),
+                  R"(t.other.__doc__ => '(self: object, value: object = <test.types.Needing>)\n\n-')");
+}
+
+// Its texts cannot be told without looking at an instance of it.
+struct Curious {};
+Any curious_default;
+constinit const class_definition<Curious> curious_class("Curious", [](class_builder<Curious>& c) {
+  c.module("test.types")
+      .doc("Shows itself.")
+      .method("shown", "value", "", [](const Curious&, const Any&) {}, {curious_default})
+      .method("computed", "value", "", [](const Curious&, const Any&) {},
+              {make_computed<Any>([] { return Any(String("seen {}").arg(display_text(curious_default))); })})
+      .method("plain", "", "", [](const Curious&) { return 1; });
+});
+
+TEST_F(Types, MayBeLookedAtWhileTheirTextsAreMade) {
+  const auto make = make_function("make", "", "", [] { return curious_class.required().allocate_instance(); });
+  const PyObjectPtr make_curious = run(R"(
+def result(make):
+  class Curious:
+    looks = 0
+    def __repr__(self):
+      Curious.looks += 1
+      w = make()
+      return f'{type(w) is type(make())} {type(w).__name__[-7:]} {w.plain()} {Curious.looks}'
+  return Curious())");
+  const PyObjectPtr curious(PyObject_CallFunctionObjArgs(make_curious.get(), to_python(make).get(), nullptr));
+  curious_default = from_python(curious.get());
+  expect_outcomes(curious_class.required().allocate_instance(), R"(
+    t.shown.__doc__    => '(self: test.types.Curious, value: object = True Curious 1 1)\n\n-'
+    t.computed.__doc__ => '(self: test.types.Curious, value: object = seen True Curious 1 2)\n\n-'
+    t.plain.__doc__, t.__doc__, vars(t)['__doc__'] => ('(self: test.types.Curious) -> int\n\n-', 'Shows itself.', 'Shows itself.'))");
+  curious_default = {};
 }
 
 // Counts lives; its end runs Python code that fails.

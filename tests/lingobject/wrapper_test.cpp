@@ -149,7 +149,9 @@ TEST_F(Wrapper, AnswersSpecialNames) {
     import copy; w.count = 5; result = w.__copy__().count, copy.deepcopy(w).count => (5, 50)
     w.__annotations__                     => AttributeError: 'ling~test`wrapped`Probe' object has no attribute '__annotations__'
     w.__bytes__                           => RuntimeError: Unable to convert '<test.wrapped.Probe>' to ByteArray.
-    w.own = 1; result = [n for n in w.__dir__ if n in ('own', 'unit', 'count', 'note')] => ['note', 'unit', 'count', 'own'])");
+    w.own = 1; result = [n for n in w.__dir__ if n in ('own', 'unit', 'count', 'note')] => ['note', 'unit', 'count', 'own']
+    [n for n in dir(w) if n in ('own', 'unit', 'count', 'note', '_hidden')] => ['count', 'note', 'own', 'unit']
+    '_hidden' in w.__dir__, '__dir__' in vars(t), '__dir__' in vars(t.__base__) => (True, False, True))");
   expect_outcomes(Class_Generic(probe_class.required()), R"(
     w.__doc__                             => '(count: int = 1) -> test.wrapped.Probe\n\nMeasures things.'
     w.__name__, w.__module__              => ('Probe', 'test.wrapped'))");

@@ -60,7 +60,7 @@ TEST_F(Collections, MappingsAnswerAsPythonDoes) {
       {shrinking, ".keys", {}, "Error: dictionary changed size during iteration", "{}"},
       {vague, "get", {1, 2}, "BadArgument: Expected Boolean, got String: perhaps"},
   });
-  expect_outcome(I_Map_Generic::cast(python(dict))->get("z"), "Error: Key not found: z.");
+  expect_outcome(I_Map_Generic::cast(python(dict)).value().get("z"), "Error: Key not found: z.");
 }
 
 TEST_F(Collections, SetsAndIterablesAnswerAsPythonDoes) {
@@ -100,7 +100,7 @@ TEST_F(Collections, ServeTheRuntimesOwnAlgorithms) {
   for (const auto& [made, from, expected] : rows) {
     expect_outcome(made(python(from)), expected, from);
   }
-  const I_Iterator_Generic spent = I_Iterable_Generic::cast(python("[]"))->iter().value();
+  const I_Iterator_Generic spent = I_Iterable_Generic::cast(python("[]")).value().iter().value();
   EXPECT_TRUE(StopIteration::matches(spent.next().get()) && StopIteration::matches(spent.next().get()));
 }
 

@@ -52,7 +52,7 @@ TEST_F(PythonModule, IsTheHomeOfTheClassesThatItDefines) {
 TEST_F(PythonModule, IsMadeOnceAndLinkedToTheModuleAroundIt) {
   const auto outer = exported("outer", "inner = 0"), inner = exported("outer.inner", "x = 1");
   EXPECT_TRUE(ask(*outer, ".inner").is_same(*inner));
-  EXPECT_TRUE(exported("outer.inner", "x = 2")->is_same(*inner));
+  EXPECT_TRUE(exported("outer.inner", "x = 2").value().is_same(*inner));
   expect_outcome(ask(*inner, ".x"), "1");
   ASSERT_FALSE(insert_module(Module("test.taken")).is_error());
   EXPECT_TRUE(exported("taken", "").is_error());

@@ -84,6 +84,42 @@ TEST_F(Objects, TakeInsertedMembers) {
                  "Error: Unable to insert non-value property to a python object, use 'raw_insert_property' instead.");
 }
 
+TEST_F(Objects, HaveMembersOfTheHostsPastTheObject) {
+  const Any object = from_python(run(account).get());
+  auto& instance = static_cast<object_value_instance&>(*object.get());
+  std::int64_t level = 1;
+  const Property computed = property_builder_base("level", "")
+                                .getter([&](const Any&) { return level; })
+                                .setter([&](const Any&, std::int64_t value) { level = value; })
+                                .build()
+                                .value();
+  const meta_property_untyped level_name("level"), balance("balance");
+  EXPECT_FALSE(raw_insert_property(object, level_name, computed).is_error());
+  EXPECT_FALSE(raw_insert_property(object, balance, Property::constant("hidden")).is_error());
+  const I_Callable_Generic twice = make_function("twice", "self, text", "", [](const Any& self, const String& text) {
+    return String("{}{}{}").arg(text, text, display_text(self));
+  });
+  twice.setIndependent(false);
+  instance.insert_own_method(meta_method_untyped("twice").entry(), twice);
+  instance.insert_own_method(meta_method_untyped("add").entry(), twice);
+  expect_outcomes({
+      {ask(object, ".level"), "1"},
+      {property_of(object, level_name).value().read(object), "1"},
+      {own_property_of(object, level_name).value().read(object), "1"},
+      {object.setPropertyValue(level_name, 2), "None"},
+      {getter_hook(object, level_name.entry()), "2"},
+      {ask(object, ".balance"), "hidden"},
+      {object.setPropertyValue(balance, 6), "Error: The property 'balance' is read-only for 'account 5'."},
+      {ask(object, "twice", {"x"}), "xxaccount 5"},
+      {object.boundMethod(meta_method_untyped("twice")).value()("y"), "yyaccount 5"},
+      {ask(object, "add", {"z"}), "zzaccount 5"},
+      {own_properties_of(object), "{}"},
+      {own_methods_of(object), "{}"},
+  });
+  EXPECT_TRUE(method_hook(object, meta_method_untyped("twice").entry()).is_same(twice));
+  EXPECT_FALSE(twice.isIndependent()) << "only what Python has bound takes no receiver";
+}
+
 TEST_F(Objects, CompareByTheirOwnOperatorsInAFixedOrder) {
   const PyObjectPtr make = run(R"(
 def result(answers):

@@ -45,7 +45,7 @@ class deep_cloner {
       case ObjectType::HashMap:
         return clone_map(HashMap_Generic::unchecked(container));
       case ObjectType::HashSet:
-        return remember(container, HashSet_Generic::unchecked(container).object().clone());
+        return remember(container, static_cast<const object_value_hash_set*>(container.get())->clone());
       default:
         return clone_tuple(Tuple_Generic::unchecked(container));
     }

@@ -58,7 +58,7 @@ bool collect_own(const Any& container, std::vector<Any>& items) {
       take(HashSet_Generic::unchecked(container).copyItems());
       return true;
     case ObjectType::HashMap:
-      take(HashMap_Generic::unchecked(container).object().copy_keys());
+      take(static_cast<const object_value_hash_map*>(container.get())->copy_keys());
       return true;
     case ObjectType::Tuple: {
       const std::span<const Any> row = static_cast<const object_value_tuple*>(container.get())->items();
