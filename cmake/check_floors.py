@@ -18,6 +18,7 @@ FLOORS = [
     ("bridge/error_bridge.h",    2),  #   errors,
     ("bridge/python_text.h",     2),  #   texts,
     ("bridge/python_call.h",     2),  #   calls,
+    ("bridge/python_equality.h", 2),  #   equality,
     ("bridge/python_source.h",   2),  #   source text,
     ("bridge/function_body.h",   2),  #   bodies of functions,
     ("bridge/python_modules.h",  2),  #   modules,

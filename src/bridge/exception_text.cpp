@@ -10,6 +10,37 @@ namespace {
 
 constinit const module_attribute format_exception("traceback", "format_exception");
 
+// What is being told of exceptions on this thread, innermost first. An exception's own code makes its text, and what
+// that shows by way of the host may be exceptions again, among them the same one.
+struct told_exception {
+  const PyObject* instance;
+  bool is_traceback;
+  const told_exception* outer;
+};
+constinit thread_local const told_exception* g_told = nullptr;
+
+class [[nodiscard]] telling {
+ public:
+  telling(const PyObject* instance, bool is_traceback) noexcept : told_{instance, is_traceback, g_told} {
+    g_told = &told_;
+  }
+  ~telling() { g_told = told_.outer; }
+  telling(const telling&) = delete;
+  telling& operator=(const telling&) = delete;
+
+ private:
+  const told_exception told_;
+};
+
+template <class Test>
+bool is_told(Test test) noexcept {
+  const told_exception* each = g_told;
+  while (each != nullptr && !test(*each)) {
+    each = each->outer;
+  }
+  return each != nullptr;
+}
+
 }  // namespace
 
 String type_name_of(PyObject* object) {
@@ -20,6 +51,10 @@ String type_name_of(PyObject* object) {
 }
 
 String exception_message(PyObject* instance) {
+  if (is_told([&](const told_exception& each) { return each.instance == instance && !each.is_traceback; })) {
+    return type_name_of(instance);
+  }
+  const telling guard(instance, false);
   const PyObjectPtr text(PyObject_Str(instance));
   if (!text) {
     PyErr_Clear();
@@ -29,10 +64,13 @@ String exception_message(PyObject* instance) {
 }
 
 String exception_traceback_text(PyObject* instance) {
+  // Within a traceback an exception is told by its message alone: with two texts of each, which their own code makes,
+  // there would be four of what these show, and so on.
   PyObject* const format = format_exception.get();
-  if (format == nullptr) {
+  if (format == nullptr || is_told([](const told_exception& each) { return each.is_traceback; })) {
     return {};
   }
+  const telling guard(instance, true);
   // Spelled with all three arguments, which Python 3.9 insists on.
   const PyObjectPtr traceback(PyObject_GetAttrString(instance, "__traceback__"));
   const PyObjectPtr lines(traceback

@@ -4,12 +4,12 @@
 #include "bridge/convert.h"
 #include "bridge/error_bridge.h"
 #include "bridge/python_call.h"
+#include "bridge/python_equality.h"
 #include "bridge/python_text.h"
 #include "extension/interpreter.h"
 #include "function/defaults.h"
 #include "ling/detail/try.h"
 #include "ling/interfaces.h"
-#include "ling/ordering.h"
 
 #include <mutex>
 
@@ -17,34 +17,15 @@ namespace ling::cpython {
 
 namespace {
 
-// Functions are equal when their Python objects are, however often these have crossed.
-Any compare_functions(const CPythonFunction& self, const Any& other) {
-  const auto there = CPythonFunction::cast(other);
-  if (!there) {
-    return Undefined();
-  }
-  PyObject* const a = self.object().function();
-  PyObject* const b = there->object().function();
-  if (a == b) {
-    return Ordering(ordering_value::Equal);
-  }
-  // Python makes a bound method anew each time it is asked for one, and says itself that they are equal.
+// Python makes a bound method anew each time it is asked for one, and says itself that they are equal.
+Any equals(const CPythonFunction& self, const Any& other) {
   const GilGuard gil;
-  const int equal = PyObject_RichCompareBool(a, b, Py_EQ);
-  if (equal < 0) {
-    return capture_error_or("Unable to compare Python functions.");
-  }
-  return Ordering(equal != 0 ? ordering_value::Equal : ordering_value::Incomparable);
+  return equals_python(self.object().function(), other);
 }
 
-// Equal functions have equal hashes; all callables that Python cannot hash have the same one.
-Any hash_function(const CPythonFunction& self) {
+Any hash(const CPythonFunction& self) {
   const GilGuard gil;
-  const Py_hash_t hash = PyObject_Hash(self.object().function());
-  if (hash == -1) {
-    PyErr_Clear();
-  }
-  return static_cast<std::int64_t>(hash);
+  return hash_of_python(self.object().function());
 }
 
 List_Generic read_defaults(const CPythonFunction& self) {
@@ -91,6 +72,7 @@ constinit const class_definition<CPythonFunction> cpython_function_class(
           .doc("Invokable wrapper around of a Python function.")
           .flags(class_flags::callable)
           .parent(I_Callable_Generic::getClass())
+          .parent(I_Immutable::getClass())
           .parent(I_HasName::getClass())
           .parent(I_HasDoc::getClass())
           .constructor("source",
@@ -110,8 +92,8 @@ constinit const class_definition<CPythonFunction> cpython_function_class(
                       const auto signature = Signature::cast(self.object().cached_signature());
                       return signature ? Any(signature->resultType()) : Any();
                     })
-          .method(Any::__compare__, "other", &compare_functions)
-          .method(Any::__hash__, "", &hash_function);
+          .method(Any::__equals__, "other", &equals)
+          .method(Any::__hash__, "", &hash);
     });
 
 object_value_class& object_value_python_function::object_class() const { return cpython_function_class.required(); }
@@ -131,8 +113,14 @@ Any object_value_python_function::call_named(std::span<const Any> positional,
 
 String object_value_python_function::name() const {
   const GilGuard gil;
-  const String qualified = text_attribute(function_.get(), "__qualname__");
-  return qualified.empty() ? text_attribute(function_.get(), "__name__") : qualified;
+  // The second one only where there is no first: either may be code that runs.
+  const PyObjectPtr qualified(PyObject_GetAttrString(function_.get(), "__qualname__"));
+  const bool is_missing = !qualified && PyErr_ExceptionMatches(PyExc_AttributeError) != 0;
+  PyErr_Clear();
+  if (is_missing || (qualified && !PyUnicode_Check(qualified.get()))) {
+    return text_attribute(function_.get(), "__name__");
+  }
+  return text_of(qualified.get(), surrogates::escape);
 }
 
 String object_value_python_function::doc() const {

@@ -117,7 +117,7 @@ class LING_API Any {
   // clang-format off
 #define LING_META_METHODS(X)                                                                                       \
   X(add) X(sub) X(mul) X(div) X(iadd) X(isub) X(imul) X(idiv) X(and) X(or) X(xor) X(not)                           \
-  X(init) X(display) X(compare) X(hash) X(coerce) X(length)                                                        \
+  X(init) X(display) X(compare) X(equals) X(hash) X(coerce) X(length)                                              \
   X(propertyValue) X(setPropertyValue) X(property) X(ownProperty) X(ownProperties)                                 \
   X(method) X(ownMethod) X(ownMethods) X(insertProperty) X(insertMethod) X(removeProperty) X(removeMethod)
   // clang-format on

@@ -154,7 +154,16 @@ Any I_Callable_Generic::callWithNamed(const List_Generic& positional, const Hash
 Type I_Callable_Generic::resultType() const { return object().result_type(); }
 
 I_Callable_Generic I_Callable_Generic::bindInstance(const Any& instance) const {
-  return unchecked(make<object_value_bound>(*this, instance));
+  if (type() != ObjectType::Multimethod) [[likely]] {
+    return unchecked(make<object_value_bound>(*this, instance));
+  }
+  const auto& multimethod = static_cast<const object_value_multimethod&>(object());
+  const bool binds_all = isIndependent();
+  std::vector<I_Callable_Generic> overloads;
+  for (const I_Callable_Generic& each : multimethod.overloads()) {
+    overloads.push_back(each.isIndependent() && !binds_all ? each : each.bindInstance(instance));
+  }
+  return unchecked(make<object_value_multimethod>(multimethod.name(), std::move(overloads)));
 }
 
 // --- functions

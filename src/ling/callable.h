@@ -80,7 +80,8 @@ class LING_API I_Callable_Generic : public Handle<I_Callable_Generic, object_val
   bool hasVariadicParameters() const { return object().has_variadic_parameters(); }
   bool isIndependent() const noexcept { return object().is_independent(); }
   void setIndependent(bool independent = true) const noexcept { object().set_independent(independent); }
-  // A callable that passes `instance` as the first argument.
+  // A callable that passes `instance` as the first argument. Overloads that take no receiver stay as they are among
+  // those that get one.
   I_Callable_Generic bindInstance(const Any& instance) const;
   Any declaringContext() const { return object().declaring_context(); }
 

@@ -2,6 +2,7 @@
 // values, and other values are not guessed from text.
 #include "ling/boolean.h"
 #include "ling/byte_array.h"
+#include "ling/detail/coercion.h"
 #include "ling/detail/definitions.h"
 #include "ling/detail/exact_number.h"
 #include "ling/error.h"
@@ -95,16 +96,18 @@ Any convert_by_method(const Any& value, const Class_Generic& to) {
 
 }  // namespace
 
-Any Class_Generic::coerce(const Any& value) const {
-  const Any given = internal::unwrap(value);
-  if (raw_class_of(given).is_ancestor(*this) || (!given.is_same(value) && is_error_result(given))) {
+Any internal::converted(const Any& value, const Class_Generic& to) {
+  const Any given = unwrap(value);
+  if (raw_class_of(given).is_ancestor(to) || (!given.is_same(value) && is_error_result(given))) {
     return given;
   }
-  Any converted = convert(given, object());
-  if (converted.empty()) {
-    converted = convert_by_method(given, *this);
-  }
-  return converted.empty() ? Any(Error(String("Unable to convert '{}' to {}.").arg(given, name()))) : converted;
+  Any result = convert(given, to.object());
+  return result.empty() ? convert_by_method(given, to) : result;
+}
+
+Any Class_Generic::coerce(const Any& value) const {
+  Any result = internal::converted(value, *this);
+  return result.empty() ? Any(Error(String("Unable to convert '{}' to {}.").arg(value, name()))) : result;
 }
 
 }  // namespace ling

@@ -10,6 +10,7 @@
 #include "ling/reflection.h"
 #include "ling/tuple.h"
 
+#include <algorithm>
 #include <string>
 
 namespace ling {
@@ -19,14 +20,15 @@ namespace {
 // The objects whose text is being made on this thread, innermost first. Kept per thread and not per walk, because a
 // `__display__` that displays its parts starts a new walk.
 struct shown_object {
-  const object_value* object;
+  std::uintptr_t identity;  // what an object stands for may come again as another object
   const shown_object* outer;
 };
 constinit thread_local const shown_object* g_shown = nullptr;
 
 class [[nodiscard]] showing {
  public:
-  explicit showing(const Any& value) noexcept : shown_{value.get(), g_shown}, again_(is_shown(value.get())) {
+  explicit showing(const Any& value) noexcept
+      : shown_{value.get()->identity(), g_shown}, again_(is_shown(shown_.identity)) {
     g_shown = &shown_;
   }
   ~showing() { g_shown = shown_.outer; }
@@ -37,9 +39,9 @@ class [[nodiscard]] showing {
   bool must_stop() const noexcept { return again_ || level_.too_deep(); }
 
  private:
-  static bool is_shown(const object_value* object) noexcept {
+  static bool is_shown(std::uintptr_t identity) noexcept {
     for (const shown_object* each = g_shown; each != nullptr; each = each->outer) {
-      if (each->object == object) {
+      if (each->identity == identity) {
         return true;
       }
     }
@@ -50,6 +52,14 @@ class [[nodiscard]] showing {
   const shown_object shown_;
   const bool again_;
 };
+
+// Whether a callable has a receiver, or is yet to get one.
+bool is_method(const I_Callable_Generic& callable) {
+  if (const auto* multimethod = dynamic_cast<const object_value_multimethod*>(callable.get())) {
+    return std::ranges::any_of(multimethod->overloads(), &is_method);
+  }
+  return !callable.isIndependent() || dynamic_cast<const object_value_bound*>(callable.get()) != nullptr;
+}
 
 // What to do with an Error of a `__display__`.
 enum class on_error { end, show };
@@ -216,8 +226,7 @@ bool display_writer::write_known_instance(const Any& instance) {
 }
 
 void display_writer::write_callable(const I_Callable_Generic& callable) {
-  const bool is_bound = dynamic_cast<const object_value_bound*>(callable.get()) != nullptr;
-  write_named(is_bound || !callable.isIndependent() ? "method " : "function ", qualname(callable));
+  write_named(is_method(callable) ? "method " : "function ", qualname(callable));
 }
 
 void display_writer::write_named(std::string_view kind, const String& name) {

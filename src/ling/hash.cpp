@@ -1,12 +1,16 @@
-// hash_of: numbers for hash tables, consistent with compare_objects. And object_id.
+// hash_of: numbers for hash tables, consistent with equal_objects. And object_id.
 #include "ling/byte_array.h"
+#include "ling/detail/equality.h"
 #include "ling/detail/exact_number.h"
 #include "ling/detail/hash_mix.h"
 #include "ling/detail/nesting.h"
+#include "ling/error.h"
 #include "ling/interfaces.h"
 #include "ling/none.h"
 #include "ling/reflection.h"
 #include "ling/tuple.h"
+
+#include <typeinfo>
 
 namespace ling {
 
@@ -17,6 +21,10 @@ using internal::hash_mix;
 
 constexpr std::uint64_t bytes_seed = 0x6279746573000000ull;
 constexpr std::uint64_t tuple_seed = 0x7475706c65000000ull;
+constexpr std::uint64_t overloads_seed = 0x6f7665726c6f6164ull;
+
+// Of values that are compared as their class says, whatever their kind: an instance may equal a callable.
+constexpr std::uint64_t hash_of_described = 0x6465736372696265ull;
 
 constexpr std::uint64_t hash_of_kind(ObjectType kind) noexcept {
   return hash_mix(0x6b696e6400000000ull + static_cast<std::uint64_t>(kind));
@@ -40,15 +48,20 @@ std::uint64_t hash_of_float(double value) noexcept {
 class hashing {
  public:
   std::uint64_t hash(const Any& value, bool inside_tuple);
+  // Of the first `__hash__` that failed; what failed counts only by kind.
+  Any& error() noexcept { return error_; }
 
  private:
   static constexpr int deepest = 64;
 
-  std::uint64_t hash_tuple(const Tuple_Generic& tuple);
+  template <class Item>
+  std::uint64_t hash_row(std::uint64_t seed, std::span<const Item> items, bool inside_tuple);
+  std::uint64_t hash_callable(const Any& value, bool inside_tuple);
   std::uint64_t hash_described(const Any& value, bool inside_tuple);
 
   int depth_ = 0;
   int items_left_ = 1 << 14;
+  Any error_;
 };
 
 std::uint64_t hashing::hash(const Any& value, bool inside_tuple) {
@@ -69,66 +82,92 @@ std::uint64_t hashing::hash(const Any& value, bool inside_tuple) {
     case ObjectType::ByteArray:
       return internal::hash_bytes(ByteArray::unchecked(value).view(), bytes_seed);
     case ObjectType::Tuple:
-      return hash_tuple(Tuple_Generic::unchecked(value));
+      return hash_row(tuple_seed, Tuple_Generic::unchecked(value).items(), true);
     case ObjectType::List:
     case ObjectType::HashMap:
     case ObjectType::HashSet:
       return inside_tuple ? hash_of_kind(value.type()) : hash_of_identity(value);
-    case ObjectType::Instance:
     case ObjectType::Callable:
+      return hash_callable(value, inside_tuple);
+    case ObjectType::Multimethod:
+      return hash_row(overloads_seed, std::span(static_cast<const object_value_multimethod&>(*value.get()).overloads()),
+                      inside_tuple);
+    case ObjectType::Instance:
       return hash_described(value, inside_tuple);
     default:
       return hash_of_identity(value);
   }
 }
 
-std::uint64_t hashing::hash_tuple(const Tuple_Generic& tuple) {
-  std::uint64_t combined = hash_combine(tuple_seed, tuple.length());
+template <class Item>
+std::uint64_t hashing::hash_row(std::uint64_t seed, std::span<const Item> items, bool inside_tuple) {
+  std::uint64_t combined = hash_combine(seed, items.size());
   if (depth_ == deepest) {
     return combined;
   }
   ++depth_;
-  for (const Any& item : tuple.items()) {
+  for (const Any& item : items) {
     if (items_left_ == 0) {
       break;
     }
     --items_left_;
-    combined = hash_combine(combined, hash(item, true));
+    combined = hash_combine(combined, hash(item, inside_tuple));
   }
   --depth_;
   return combined;
 }
 
-// By `__hash__`. A value that is compared by `__compare__` but says nothing of its hash counts only by kind,
-// because it may equal another one; the rest are compared by identity.
+// A method with its receiver is as good as any other of the same two.
+std::uint64_t hashing::hash_callable(const Any& value, bool inside_tuple) {
+  if (typeid(*value.get()) != typeid(object_value_bound)) {
+    return hash_described(value, inside_tuple);
+  }
+  const auto& bound = static_cast<const object_value_bound&>(*value.get());
+  return hash_row(hash_of_identity(bound.instance()), std::span(&bound.callable(), 1), inside_tuple);
+}
+
+// By `__hash__`. A value that is compared as its class says, but says nothing of its hash, counts only by kind, because
+// it may equal another one; the rest are compared by identity.
 std::uint64_t hashing::hash_described(const Any& value, bool inside_tuple) {
-  const object_value_class& of_class = value.get()->object_class();
-  const std::uint64_t of_kind = hash_of_kind(value.type());
-  const class_member* member = of_class.find_member(Any::__hash__.entry());
-  if (member != nullptr && !member->method.empty()) {
+  const auto method_of_class = [&](const meta_method_untyped& name) -> const Any* {
+    const class_member* member = value.get()->object_class().find_member(name.entry());
+    return member == nullptr || member->method.empty() ? nullptr : &member->method;
+  };
+  if (const Any* method = method_of_class(Any::__hash__)) {
     const internal::nesting level;
     if (level.too_deep()) {
-      return of_kind;
+      return hash_of_described;
     }
     const Any row[] = {value};
-    const Any result = internal::unwrap(I_Callable_Generic::unchecked(member->method).callWith(row));
-    return Integer::matches(result.get()) ? hash_mix(Integer::unchecked(result).unsigned_value()) : of_kind;
+    const Any result = internal::unwrap(I_Callable_Generic::unchecked(*method).callWith(row));
+    if (Integer::matches(result.get())) {
+      return hash_mix(Integer::unchecked(result).unsigned_value());
+    }
+    if (error_.empty() && is_error_result(result)) {
+      error_ = result;
+    }
+    return hash_of_described;
   }
-  member = of_class.find_member(Any::__compare__.entry());
-  const bool compared = member != nullptr && !member->method.empty();
-  if (compared && (inside_tuple || I_Immutable::matches(value.get()))) {
-    return of_kind;
-  }
-  return hash_of_identity(value);
+  const bool compared = method_of_class(Any::__compare__) != nullptr || method_of_class(Any::__equals__) != nullptr;
+  return compared && (inside_tuple || I_Immutable::matches(value.get())) ? hash_of_described : hash_of_identity(value);
 }
 
 }  // namespace
 
 std::uint64_t object_id(const Any& value) noexcept {
   // An empty handle is None.
-  return reinterpret_cast<std::uintptr_t>(value.empty() ? None().get() : value.get());
+  return value.empty() ? None().get()->identity() : value.get()->identity();
 }
 
 std::uint64_t hash_of(const Any& value) { return hashing().hash(value, false); }
+
+Result<None> internal::hash_key(const Any& key, std::uint64_t& hash) {
+  hashing walk;
+  hash = walk.hash(key, false);
+  if (is_error_result(walk.error())) [[unlikely]] {
+    return Error::unchecked(std::move(walk.error()));
+  }
+  return None();
+}
 
 }  // namespace ling

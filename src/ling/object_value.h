@@ -59,6 +59,9 @@ class LING_API object_value {
   virtual ObjectType type() const noexcept = 0;
   // The class of the object; borrowed, classes of objects are immortal.
   virtual object_value_class& object_class() const = 0;
+  // What tells the object from every other one that is alive: its address, or the address of what it stands for where
+  // several objects may stand for one thing.
+  virtual std::uintptr_t identity() const noexcept { return reinterpret_cast<std::uintptr_t>(this); }
 
   bool has(object_traits trait) const noexcept { return (traits_ & static_cast<std::uint32_t>(trait)) != 0; }
 

@@ -48,18 +48,23 @@ LING_API Error error_property_not_found(const Any& value, meta_property_untyped 
 // The value converted to a class, or an Error: `of_class.coerce(value)`.
 inline Any coerce(const Any& value, const Class_Generic& of_class) { return of_class.coerce(value); }
 
-// A number that no other live object has.
+// A number that no other live object has. Values that stand for one thing, as for an object of another language, have
+// one number.
 LING_API std::uint64_t object_id(const Any& value) noexcept;
 // Equal immutable values have equal hashes. Mutable containers inside a tuple count only by kind; a mutable value
 // itself hashes by identity.
 LING_API std::uint64_t hash_of(const Any& value);
 
 // How two values compare. Numbers compare by value whatever their kind, texts and byte arrays by bytes, tuples and
-// lists item by item; maps and sets are equal or incomparable; instances by their `__compare__`, else by identity.
-// Values of different kinds are incomparable. An Error when `__compare__` gives one, or when they nest too deeply.
+// lists item by item; maps and sets are equal or incomparable; methods with a receiver are equal when method and
+// receiver are; instances by their `__compare__`, else by their `__equals__`, else by identity. Values of different
+// kinds are incomparable. An Error when one of the two methods gives one, or when the values nest too deeply.
 LING_API Result<Ordering> compare_objects(const Any& a, const Any& b);
 // The same as a number, Incomparable for an error.
 LING_API ordering_value compare_objects_value(const Any& a, const Any& b);
+// Whether two values are equal, which values without an order may be, too: what containers go by when they look for a
+// value or are compared. As compare_objects, but `__equals__` comes before `__compare__`.
+LING_API Result<Boolean> equal_objects(const Any& a, const Any& b);
 
 // The text of a value for people. A text is itself; in containers it is quoted. Containers that hold themselves show
 // "[...]" in that place. An Error when a `__display__` gives one.

@@ -31,15 +31,6 @@ slot_result read_property(const Any& property, const Any& value) {
   return declared.getter().object().call({&value, declared.getter_is_independent() ? 0u : 1u});
 }
 
-// Overloads that take no receiver stay as they are among those that get one.
-slot_result bind_overloads(const object_value_multimethod& method, const Any& value) {
-  std::vector<I_Callable_Generic> overloads;
-  for (const I_Callable_Generic& overload : method.overloads()) {
-    overloads.push_back(overload.isIndependent() ? overload : overload.bindInstance(value));
-  }
-  return make<object_value_multimethod>(method.name(), std::move(overloads));
-}
-
 // Steps of the lookup; each answers with nothing when it has nothing under the name.
 
 // For classes that take over member access, whose answers only the runtime can tell.
@@ -78,21 +69,9 @@ slot_result read_defined(const Any& value, const name_entry& name) {
   return member != nullptr && !member->method.empty() ? slot_result(member->method) : slot_result::absent();
 }
 
-// A lazy value is not forced for what can be had without.
-slot_result read_computed(const Any& value, const name_entry& name) {
-  if (const auto property = raw_property_of(value, meta_property_untyped(name))) {
-    return read_property(property, value);
-  }
-  const auto method = raw_method_of(value, meta_method_untyped(name));
-  return method ? slot_result(method.value().bindInstance(value)) : slot_result::absent();
-}
-
 constexpr std::uint64_t takes_over_members = class_flags::dynamic_members | class_flags::member_access;
 
 slot_result read_member(const Any& value, const name_entry& name) {
-  if (value.type() == ObjectType::Computed) {
-    return read_computed(value, name);
-  }
   const object_value_class& of_class = class_in(value);
   const class_member* member = of_class.find_member(name);
   if (member != nullptr && member->field != nullptr) {
@@ -129,6 +108,26 @@ slot_result read_unknown(const Any& value, PyObject* name) {
   return read_attribute(value, *internal::name_to_look_up(text.view()));
 }
 
+// A lazy value's own members, for which it is not forced.
+slot_result read_own_of_lazy(const Any& value, const name_entry& name) {
+  if (const auto property = raw_property_of(value, meta_property_untyped(name))) {
+    return read_property(property, value);
+  }
+  const auto method = raw_method_of(value, meta_method_untyped(name));
+  return method ? slot_result(method.value().bindInstance(value)) : slot_result::absent();
+}
+
+// What a lazy value yields answers for all the rest, as if it had been asked itself.
+slot_result read_lazy(const Any& value, const attribute_name& known, PyObject* name) {
+  if (known.meaning == attribute_name::kind::member) {
+    if (slot_result own = read_own_of_lazy(value, *known.entry); !own.is_absent()) {
+      return own;
+    }
+  }
+  const PyObjectPtr yielded = yielded_object(value);
+  return yielded ? slot_result(PyObjectPtr(PyObject_GetAttr(yielded.get(), name))) : slot_result::raised();
+}
+
 }  // namespace
 
 slot_result bind_method(const Any& method, const Any& value) {
@@ -136,21 +135,19 @@ slot_result bind_method(const Any& method, const Any& value) {
   if (callable.is_independent()) {
     return method;
   }
-  if (callable.type() == ObjectType::Multimethod) {
-    return bind_overloads(static_cast<const object_value_multimethod&>(callable), value);
-  }
-  return wrap_locked(make<object_value_bound>(I_Callable_Generic::unchecked(method), value));
+  return wrap_locked(borrowed<I_Callable_Generic>(method)->bindInstance(value));
 }
 
 slot_result get_attribute(const Any& value, PyObject* name) {
   const attribute_name known = attribute_name_of(name);
+  const bool is_lazy = value.has(object_traits::lazy);
   switch (known.meaning) {
     case attribute_name::kind::member:
-      return read_attribute(value, *known.entry);
+      return is_lazy ? read_lazy(value, known, name) : read_attribute(value, *known.entry);
     case attribute_name::kind::unknown:
-      return read_unknown(value, name);
+      return is_lazy ? read_lazy(value, known, name) : read_unknown(value, name);
     case attribute_name::kind::special:
-      return known.special->read(value);
+      return is_lazy ? known.special->read(internal::unwrap(value)) : known.special->read(value);
     case attribute_name::kind::hidden:
       return slot_result::absent();
     case attribute_name::kind::invalid:
@@ -162,6 +159,10 @@ slot_result get_attribute(const Any& value, PyObject* name) {
 slot_result get_property(const Any& value, const name_entry* name) {
   if (name == nullptr || name->text.empty()) {
     return slot_result(slot_exception::attribute_error, "Invalid Ling property name.");
+  }
+  if (value.has(object_traits::lazy)) [[unlikely]] {
+    const Any yielded = internal::unwrap(value);
+    return is_error_result(yielded) ? slot_result(yielded) : get_property(yielded, name);
   }
   const auto property = property_of(value, meta_property_untyped(*name));
   return property ? read_property(property, value)

@@ -61,12 +61,22 @@ slot_result delete_member(const Any& value, const name_entry& name) {
   return error_not_deletable(name);
 }
 
+// Apart from properties of its own, a lazy value has the attributes of what it yields.
+slot_result write_lazy(const Any& value, PyObject* name, PyObject* new_value) {
+  const PyObjectPtr yielded = yielded_object(value);
+  const bool written = yielded && PyObject_SetAttr(yielded.get(), name, new_value) == 0;
+  return written ? slot_result(Any()) : slot_result::raised();
+}
+
 }  // namespace
 
 slot_result set_attribute(const Any& value, PyObject* name, PyObject* new_value) {
   const member_name entry(name);
   if (!entry) {
     return slot_result::raised();
+  }
+  if (value.has(object_traits::lazy) && !raw_property_of(value, meta_property_untyped(*entry))) [[unlikely]] {
+    return write_lazy(value, name, new_value);
   }
   if (new_value == nullptr) {
     return delete_member(value, *entry);
@@ -78,6 +88,10 @@ slot_result set_attribute(const Any& value, PyObject* name, PyObject* new_value)
 slot_result set_property(const Any& value, const name_entry* name, PyObject* new_value) {
   if (name == nullptr || name->text.empty()) {
     return slot_result(slot_exception::attribute_error, "Invalid Ling property name.");
+  }
+  if (value.has(object_traits::lazy)) [[unlikely]] {
+    const Any yielded = internal::unwrap(value);
+    return is_error_result(yielded) ? slot_result(yielded) : set_property(yielded, name, new_value);
   }
   const auto property = property_of(value, meta_property_untyped(*name));
   if (!property) {

@@ -102,6 +102,12 @@ class [[nodiscard]] slot_result {
 };
 static_assert(sizeof(slot_result) == 2 * sizeof(void*));
 
+// What a lazy value yields, as Python code gets it; null with an exception set, which is that of its Error if it yields
+// one.
+inline PyObjectPtr yielded_object(const Any& lazy) {
+  return PyObjectPtr(slot_result(internal::unwrap(lazy)).to_object());
+}
+
 // A failure that Python shows as RuntimeError with a text of the slot's own; the exception carries the error. What ends
 // a program rather than an operation (an interrupt, an exit) travels on as it is.
 slot_result runtime_error(const Error& error, const String& message);
@@ -160,13 +166,10 @@ PyObject* compare_slot(PyObject* self, PyObject* other, int operation) noexcept 
   return guarded<PyObject*>(nullptr, [&] { return Body(value_in(self), other, operation).to_object(); });
 }
 
-// tp_hash: any number; -1 is how Python spells failure.
-template <std::uint64_t (*Body)(const Any& self)>
+// tp_hash: any number but -1, which means that an exception is set.
+template <Py_hash_t (*Body)(const Any& self)>
 Py_hash_t hash_slot(PyObject* self) noexcept {
-  return guarded<Py_hash_t>(-1, [&] {
-    const auto hash = static_cast<Py_hash_t>(Body(value_in(self)));
-    return hash == -1 ? -2 : hash;
-  });
+  return guarded<Py_hash_t>(-1, [&] { return Body(value_in(self)); });
 }
 
 // The getter and setter of a tp_getset entry; the closure is the interned name of the property.

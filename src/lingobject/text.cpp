@@ -1,26 +1,40 @@
 // The texts of a wrapped value, its hash and its order.
 #include "lingobject/text.h"
 
+#include "ling/detail/coercion.h"
 #include "ling/detail/try.h"
 #include "ling/interfaces.h"
 #include "ling/reflection.h"
 
 namespace ling::cpython {
 
+// Texts are made once. A second attempt at a text that failed because a part could not be shown would make two of
+// every part, four of the parts of the parts, and so on.
+
 slot_result code_text(const Any& value, PyObject*) {
-  const Result<String> code = to_code(value);
   // A wrapped Error has no code text, because on its way to Python it would be raised.
-  return code.has_value() && code.value().empty() ? slot_result(display(value)) : slot_result(code);
+  return is_error_result(value) ? slot_result(display(value)) : slot_result(to_code(value));
 }
 
 slot_result plain_text(const Any& value, PyObject*) {
-  Any text = String::getClass().coerce(value);
-  // What ends a program is no refusal.
+  Any text = internal::converted(value, String::getClass());
+  if (text.empty()) {
+    return display(value);
+  }
+  // A conversion of the value's own may refuse. What ends a program is no refusal.
   const bool refused = is_error_result(text) && !is_interruption(Error::unchecked(text));
   return refused ? slot_result(display(value)) : slot_result(std::move(text));
 }
 
-std::uint64_t hash(const Any& value) { return I_Immutable::matches(value.get()) ? hash_of(value) : object_id(value); }
+Py_hash_t hash(const Any& value) {
+  // A lazy value equals what it yields.
+  if (value.has(object_traits::lazy)) [[unlikely]] {
+    const PyObjectPtr yielded = yielded_object(value);
+    return yielded ? PyObject_Hash(yielded.get()) : -1;
+  }
+  const auto hash = static_cast<Py_hash_t>(I_Immutable::matches(value.get()) ? hash_of(value) : object_id(value));
+  return hash == -1 ? -2 : hash;
+}
 
 namespace {
 
@@ -64,7 +78,12 @@ bool holds(const comparison& row, int ordering) {
 }  // namespace
 
 slot_result compare(const Any& value, PyObject* other, int operation) {
-  const Ordering ordering = TRY(compare_objects(value, from_python_locked(other)));
+  const Any other_value = from_python_locked(other);
+  if (operation == Py_EQ || operation == Py_NE) {
+    const Boolean equal = TRY(equal_objects(value, other_value));
+    return Any(equal.value() == (operation == Py_EQ));
+  }
+  const Ordering ordering = TRY(compare_objects(value, other_value));
   return Any(holds(comparisons[operation], ordering.value()));
 }
 

@@ -8,8 +8,6 @@ namespace ling::cpython {
 
 namespace {
 
-std::uint64_t hash_object(const CPythonObject& self) { return reinterpret_cast<std::uintptr_t>(self.address()); }
-
 constexpr dynamic_member_hooks hooks = {&method_hook, &getter_hook, &setter_hook};
 
 }  // namespace
@@ -34,7 +32,8 @@ constinit const class_definition<CPythonObject> cpython_object_class(
           .method(Any::__insertMethod__, "name, method", &insert_object_method)
           .method(Any::__display__, "", &display_object)
           .method(Any::__compare__, "other", &compare_object)
-          .method(Any::__hash__, "", &hash_object);
+          .method(Any::__equals__, "other", &object_equals)
+          .method(Any::__hash__, "", &object_hash);
     });
 
 Type CPythonObject::getType() { return Type::of(getClass()); }

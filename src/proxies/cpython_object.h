@@ -17,6 +17,12 @@ class object_value_python_object final : public object_value_instance {
   object_value_python_object(object_value_class& of_class, PyObjectPtr object)
       : object_value_instance(of_class), object_(std::move(object)) {}
 
+  // The object is one, whatever carries it.
+  std::uintptr_t identity() const noexcept override {
+    PyObject* const object = address();
+    return object == nullptr ? object_value_instance::identity() : reinterpret_cast<std::uintptr_t>(object);
+  }
+
   // A reference for the caller, null when there is no object. The interpreter lock must be held: between the look at
   // the pointer and the count it keeps `attach` on another thread from dropping the last reference.
   PyObjectPtr object() const noexcept { return PyObjectPtr::share(address()); }

@@ -1,8 +1,9 @@
-// Comparing Python objects.
+// Comparing Python objects, and whether they are equal.
 #include "proxies/object_order.h"
 
 #include "bridge/convert.h"
 #include "bridge/error_bridge.h"
+#include "bridge/python_equality.h"
 #include "bridge/python_helper.h"
 #include "extension/type_layout.h"
 #include "ling/number.h"
@@ -33,8 +34,10 @@ constexpr probe probes[] = {
     {Py_EQ, ordering_value::Equal  },
 };
 
+// By the sign of their difference, which might not fit into a signed number.
 Result<Ordering> order_of_identities(const Any& a, const Any& b) {
-  return Ordering::fromSign(static_cast<std::int64_t>(object_id(a) - object_id(b)));
+  const std::uint64_t left = object_id(a), right = object_id(b);
+  return Ordering::fromSign((left > right) - (left < right));
 }
 
 // By the helper, whose operators ask both objects.
@@ -76,7 +79,24 @@ Result<Ordering> compare_object(const CPythonObject& self, const Any& other) {
     return order_of_identities(self, other);
   }
   const GilGuard gil;
-  return order_of_objects(self.python_object().get(), python_object_of(other).get());
+  const PyObjectPtr left = self.python_object(), right = python_object_of(other);
+  return order_of_objects(left.get(), right.get());
+}
+
+Any object_equals(const CPythonObject& self, const Any& other) {
+  if (self.address() == nullptr) {
+    return Undefined();
+  }
+  const GilGuard gil;
+  return equals_python(self.python_object().get(), other);
+}
+
+Any object_hash(const CPythonObject& self) {
+  if (self.address() == nullptr) {
+    return object_id(self);
+  }
+  const GilGuard gil;
+  return hash_of_python(self.python_object().get());
 }
 
 }  // namespace ling::cpython

@@ -151,6 +151,12 @@ TEST_F(PythonFunction, IsOneHoweverOftenItCrosses) {
   EXPECT_EQ(compare_objects_value(first, second), ordering_value::Equal);
   EXPECT_EQ(hash_of(first), hash_of(second));
   EXPECT_NE(compare_objects_value(first, from_python(eval("len").get())), ordering_value::Equal);
+  // A key like any other, unless Python says that it is none.
+  HashMap_Generic map;
+  map.set(first, 1);
+  expect_outcome(map.get(second), "1");
+  const Any unhashable = from_python(run("class A:\n __call__ = __eq__ = lambda *all: True\nresult = A()").get());
+  expect_outcome(ask(map, "set", {unhashable, 1}), "Error: unhashable type: 'A'");
   // Made anew each time it is asked for.
   const PyObjectPtr methods = run("n = 5\nresult = [n.bit_length, n.bit_length]");
   const Any one = from_python(PyList_GetItem(methods.get(), 0)), other = from_python(PyList_GetItem(methods.get(), 1));

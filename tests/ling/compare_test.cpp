@@ -25,6 +25,7 @@ void expect_order(const Any& a, const Any& b, ordering_value expected) {
   const auto result = compare_objects(a, b);
   ASSERT_FALSE(result.is_error());
   EXPECT_EQ(result->value(), static_cast<int>(expected));
+  EXPECT_EQ(text(equal_objects(a, b)), expected == Equal ? "true" : "false");
   if (expected == Equal) {
     EXPECT_EQ(hash_of(Tuple_Generic{a}), hash_of(Tuple_Generic{b}));
   }
@@ -45,32 +46,36 @@ TEST(Compare, OrdersNumbersOfAllKindsExactly) {
 
 TEST(Compare, FollowsContent) {
   const std::tuple<Any, Any, ordering_value> pairs[] = {
-      {1,                                             1.0,                                     Equal       },
-      {0,                                             -0.0,                                    Equal       },
-      {std::uint64_t{1} << 63,                        two_to_63,                               Equal       },
-      {INT64_MIN,                                     -two_to_63,                              Equal       },
-      {Any(),                                         None(),                                  Equal       },
-      {Tuple_Generic({List_Generic{1}, "a"}),         Tuple_Generic({List_Generic{1.0}, "a"}), Equal       },
-      {List_Generic({1, List_Generic{2}}),            List_Generic({1, List_Generic{2}}),      Equal       },
-      {make_map({1, "a", "b", 2}),                    make_map({"b", 2.0, 1.0, "a"}),          Equal       },
-      {make_set({1, "a"}),                            make_set({"a", 1.0}),                    Equal       },
-      {make_computed<Integer>([] { return Any(5); }), 5,                                       Equal       },
-      {false,                                         true,                                    Less        },
-      {"",                                            "a",                                     Less        },
-      {"\uFFFF",                                      "\U00010000",                            Less        },
-      {ByteArray("\x7f"),                             ByteArray("\x80"),                       Less        },
-      {List_Generic({1, "b"}),                        List_Generic({2, 0}),                    Less        },
-      {1,                                             "1",                                     Incomparable},
-      {1,                                             true,                                    Incomparable},
-      {None(),                                        Undefined(),                             Incomparable},
-      {None(),                                        false,                                   Incomparable},
-      {"ab",                                          ByteArray("ab"),                         Incomparable},
-      {Tuple_Generic{1},                              List_Generic{1},                         Incomparable},
-      {Tuple_Generic{1},                              Tuple_Generic{"1"},                      Incomparable},
-      {make_map({1, 2}),                              make_map({1, 3}),                        Incomparable},
-      {make_set({1}),                                 make_set({2}),                           Incomparable},
-      {Error("same"),                                 Error("same"),                           Incomparable},
-      {Integer::getClass(),                           Float::getClass(),                       Incomparable},
+      {1,                                                          1.0,                                     Equal       },
+      {0,                                                          -0.0,                                    Equal       },
+      {std::uint64_t{1} << 63,                                     two_to_63,                               Equal       },
+      {INT64_MIN,                                                  -two_to_63,                              Equal       },
+      {Any(),                                                      None(),                                  Equal       },
+      {Tuple_Generic({List_Generic{1}, "a"}),                      Tuple_Generic({List_Generic{1.0}, "a"}), Equal       },
+      {List_Generic({1, List_Generic{2}}),                         List_Generic({1, List_Generic{2}}),      Equal       },
+      {make_map({1, "a", "b", 2}),                                 make_map({"b", 2.0, 1.0, "a"}),          Equal       },
+      {make_set({1, "a"}),                                         make_set({"a", 1.0}),                    Equal       },
+      {make_computed<Integer>([] { return Any(5); }),              5,                                       Equal       },
+      {Tuple_Generic{make_computed<Any>([] { return Any(5.0); })}, Tuple_Generic{5},                        Equal       },
+      {Decimal::fromFloat(0.5),                                    0.5,                                     Equal       },
+      {Tuple_Generic{*Decimal::fromString("2.00")},                Tuple_Generic{2},                        Equal       },
+      {Tuple_Generic{*Date::from(2024, 2, 29)},                    Tuple_Generic{*Date::from(2024, 2, 29)}, Equal       },
+      {false,                                                      true,                                    Less        },
+      {"",                                                         "a",                                     Less        },
+      {"\uFFFF",                                                   "\U00010000",                            Less        },
+      {ByteArray("\x7f"),                                          ByteArray("\x80"),                       Less        },
+      {List_Generic({1, "b"}),                                     List_Generic({2, 0}),                    Less        },
+      {1,                                                          "1",                                     Incomparable},
+      {1,                                                          true,                                    Incomparable},
+      {None(),                                                     Undefined(),                             Incomparable},
+      {None(),                                                     false,                                   Incomparable},
+      {"ab",                                                       ByteArray("ab"),                         Incomparable},
+      {Tuple_Generic{1},                                           List_Generic{1},                         Incomparable},
+      {Tuple_Generic{1},                                           Tuple_Generic{"1"},                      Incomparable},
+      {make_map({1, 2}),                                           make_map({1, 3}),                        Incomparable},
+      {make_set({1}),                                              make_set({2}),                           Incomparable},
+      {Error("same"),                                              Error("same"),                           Incomparable},
+      {Integer::getClass(),                                        Float::getClass(),                       Incomparable},
   };
   for (const auto& [a, b, expected] : pairs) {
     expect_order(a, b, expected);
@@ -128,6 +133,153 @@ TEST(Compare, AsksInstancesOnEitherSide) {
   EXPECT_EQ(message(compare_objects(1, coin(5, "wrong"))),
             "The method '__compare__' of test.compare.Coin returned ling.String instead of an Ordering.");
   EXPECT_EQ(compare_objects_value(1, coin(5, "wrong")), Incomparable);
+}
+
+// In order by its rank alone; equal when the name is the same, too. `kind` says what it answers instead.
+struct Card {
+  std::int64_t rank = 0;
+  std::string name;
+  std::string kind;
+};
+constinit const class_definition<Card> card_class("Card", [](class_builder<Card>& c) {
+  c.module("test.compare")
+      .parent(I_Immutable::getClass())
+      .method(Any::__compare__, "other",
+              [](const Card& self, const Any& other) -> Any {
+                const Card* card = native_cast<Card>(other);
+                return card == nullptr            ? Any(Undefined())
+                       : self.kind == "unordered" ? Any(Error("no order"))
+                                                  : Any(Ordering::fromSign(self.rank - card->rank));
+              })
+      .method(Any::__equals__, "other",
+              [](const Card& self, const Any& other) -> Any {
+                const Card* card = native_cast<Card>(other);
+                return self.kind == "error"   ? Any(Error("worn out"))
+                       : self.kind == "wrong" ? Any(0)
+                       : card == nullptr      ? Any(Undefined())
+                                              : Any(self.rank == card->rank && self.name == card->name);
+              })
+      .method(Any::__hash__, "",
+              [](const Card& self) { return self.kind == "unhashable" ? Any(Error("no hash")) : Any(self.rank); });
+});
+Any card(std::int64_t rank, const char* name, const char* kind = "") {
+  return make<object_value_native<Card>>(card_class.required(), Card{rank, name, kind});
+}
+
+// Says only what it equals: another one, and texts that are its name.
+struct Label {
+  std::string name;
+};
+constinit const class_definition<Label> label_class("Label", [](class_builder<Label>& c) {
+  c.module("test.compare").method(Any::__equals__, "other", [](const Label& self, const Any& other) -> Any {
+    const Label* label = native_cast<Label>(other);
+    const auto text = String::cast(other);
+    return label != nullptr ? Any(label->name == self.name) : text ? Any(*text == String(self.name)) : Any(Undefined());
+  });
+});
+Any label(const char* name) { return make<object_value_native<Label>>(label_class.required(), Label{name}); }
+
+TEST(Equality, IsNotOrder) {
+  const Any ace = card(1, "ace"), joker = card(1, "joker"), two = card(2, "two");
+  const auto lazy = [](const Any& value) { return make_computed<Any>([value] { return value; }); };
+  const std::tuple<Any, Any, bool, ordering_value> rows[] = {
+      {ace, card(1, "ace"), true, Equal},
+      {ace, joker, false, Equal},
+      {ace, two, false, Less},
+      {lazy(ace), lazy(card(1, "ace")), true, Equal},
+      {card(1, "ace", "unordered"), card(1, "ace"), true, Incomparable},
+ // In containers nothing is Equal that is not equal.
+      {List_Generic{ace}, List_Generic{card(1, "ace")}, true, Equal},
+      {List_Generic{ace}, List_Generic{joker}, false, Incomparable},
+      {List_Generic{lazy(ace)}, List_Generic{joker}, false, Incomparable},
+      {List_Generic({ace, two}), List_Generic({card(1, "ace"), ace}), false, Greater},
+      {List_Generic({ace, two}), List_Generic({ace, two, two}), false, Less},
+      {Tuple_Generic{List_Generic{ace}}, Tuple_Generic{List_Generic{joker}}, false, Incomparable},
+      {make_map({1, ace}), make_map({1, card(1, "ace")}), true, Equal},
+      {make_map({1, ace}), make_map({1, joker}), false, Incomparable},
+      {make_map({ace, 1}), make_map({joker, 1}), false, Incomparable},
+      {make_set({ace, joker}), make_set({joker, card(1, "ace")}), true, Equal},
+ // Without `__compare__` there is equality all the same, whoever is asked first.
+      {label("a"), label("a"), true, Equal},
+      {"a", label("a"), true, Equal},
+      {label("a"), "b", false, Incomparable},
+      {label("a"), ace, false, Incomparable},
+      {coin(5), 5, true, Equal},
+      {label("a"), coin(5), false, Incomparable},
+  };
+  for (const auto& [a, b, equal, order] : rows) {
+    SCOPED_TRACE(text(Tuple_Generic{a, b}));
+    EXPECT_EQ(text(equal_objects(a, b)), equal ? "true" : "false");
+    EXPECT_EQ(text(equal_objects(b, a)), equal ? "true" : "false");
+    EXPECT_EQ(compare_objects_value(a, b), order);
+  }
+}
+
+TEST(Equality, IsWhatContainersGoBy) {
+  const Any ace = card(1, "ace"), joker = card(1, "joker", "unordered"), other_ace = card(1, "ace");
+  const List_Generic list{joker, List_Generic{joker}, ace};
+  EXPECT_EQ(text(call(list, "indexOf", other_ace)), "2");
+  EXPECT_EQ(text(call(list, "contains", card(2, "ace"))), "false");
+  EXPECT_EQ(text(call(list, "contains", List_Generic{other_ace})), "false");
+  EXPECT_EQ(text(call(list, "removeOne", other_ace)), "true");
+  EXPECT_TRUE(list.at(0).is_same(joker) && list.length() == 2);
+  const HashMap_Generic map = make_map({joker, "joker", ace, "ace"});
+  EXPECT_EQ(text(map.get(other_ace)), "ace");
+  EXPECT_EQ(map.length(), 2u);
+}
+
+TEST(Equality, FailsWithTheErrorOfWhoeverIsAsked) {
+  EXPECT_EQ(message(equal_objects(card(1, "", "error"), 1)), "worn out");
+  EXPECT_EQ(message(equal_objects(List_Generic{1}, List_Generic{card(1, "", "error")})), "worn out");
+  EXPECT_EQ(message(call(List_Generic{card(1, "", "error")}, "contains", 1)), "worn out");
+  EXPECT_EQ(message(equal_objects(1, card(1, "", "wrong"))),
+            "The method '__equals__' of test.compare.Card returned ling.Integer instead of a Boolean.");
+  EXPECT_EQ(message(equal_objects(1, make_computed<Any>([] { return Any(Error("late")); }))), "late");
+  const Any unhashable = card(1, "", "unhashable");
+  EXPECT_EQ(message(call(make_map({}), "set", unhashable, 1)), "no hash");
+  EXPECT_EQ(message(call(make_set({1}), "contains", Tuple_Generic{unhashable})), "no hash");
+  EXPECT_EQ(hash_of(unhashable), hash_of(card(2, "", "unhashable"))) << "a hash cannot fail";
+}
+
+TEST(Equality, OfMethodsIsThatOfTheirReceivers) {
+  const auto overloads = I_Callable_Generic::unchecked(make<object_value_multimethod>(
+      "f",
+      std::vector<I_Callable_Generic>{method_builder_base("f", "self", "", {}, true).body([](const Any&) { return 1; }),
+                                      make_function("f", "", "", [] { return 2; })}));
+  const I_Callable_Generic plain = make_function("g", "self", "", [](const Any&) { return 1; });
+  const Any one = List_Generic{1}, equal_one = List_Generic{1};
+  for (const I_Callable_Generic& method : {plain, overloads, plain.bindInstance(1)}) {
+    const Any bound = method.bindInstance(one);
+    expect_order(bound, method.bindInstance(one), Equal);
+    expect_order(bound, method.bindInstance(equal_one), Incomparable);
+    expect_order(bound, method, Incomparable);
+    EXPECT_EQ(hash_of(bound), hash_of(method.bindInstance(one)));
+    EXPECT_NE(hash_of(bound), hash_of(method.bindInstance(equal_one)));
+    EXPECT_EQ(text(call(make_set({bound}), "remove", method.bindInstance(one))), "true");
+  }
+  expect_order(plain.bindInstance(one), overloads.bindInstance(one), Incomparable);
+  EXPECT_EQ(text(overloads.bindInstance(one)), "<method f>");
+  EXPECT_EQ(text(overloads.bindInstance(one)()), "1");
+}
+
+// One of several objects that stand for one thing.
+class stand_in final : public object_value_instance {
+ public:
+  explicit stand_in(const int& thing) : object_value_instance(label_class.required()), thing_(&thing) {}
+  std::uintptr_t identity() const noexcept override { return reinterpret_cast<std::uintptr_t>(thing_); }
+
+ private:
+  const int* const thing_;
+};
+
+TEST(Identity, IsThatOfWhatAnObjectStandsFor) {
+  const int things[] = {1, 2};
+  const Any one = make<stand_in>(things[0]), again = make<stand_in>(things[0]), other = make<stand_in>(things[1]);
+  EXPECT_EQ(object_id(one), object_id(again));
+  EXPECT_NE(object_id(one), object_id(other));
+  EXPECT_EQ(hash_of(one), hash_of(again));
+  const I_Callable_Generic method = make_function("g", "self", "", [](const Any&) { return 1; });
+  expect_order(method.bindInstance(one), method.bindInstance(again), Equal);
 }
 
 // A chain that compares link by link, as deep as the data goes.

@@ -21,6 +21,16 @@ constinit const class_definition<Box> box_class("Box", [](class_builder<Box>& c)
 });
 constinit const class_definition<void> plain_class("Plain", [](class_builder<void>& c) { c.module("test.display"); });
 
+// Shows another one, which stands for the same thing.
+extern const class_definition<void> carrier_class;
+struct carrier final : object_value_instance {
+  carrier() : object_value_instance(carrier_class.required()) {}
+  std::uintptr_t identity() const noexcept override { return reinterpret_cast<std::uintptr_t>(&carrier_class); }
+};
+constinit const class_definition<void> carrier_class("Carrier", [](class_builder<void>& c) {
+  c.module("test.display").method(Any::__display__, "", [](const Any&) { return String("<{}>").arg(make<carrier>()); });
+});
+
 TEST(Display, ShowsEveryKindOfValue) {
   const Class_Generic box(box_class.required());
   const std::pair<Any, const char*> cases[] = {
@@ -62,6 +72,9 @@ TEST(Display, StopsAtContainersThatHoldThemselves) {
   EXPECT_EQ(text(box), "<[1, {\"list\": [...], \"map\": {...}}, ([...],), <test.display.Box>]>");
   list.object().clear();
   map.object().clear();
+
+  // Or come back to another object that stands for the same thing.
+  EXPECT_EQ(text(make<carrier>()), "<<test.display.Carrier>>");
 
   const List_Generic twice{0};
   EXPECT_EQ(text(List_Generic({twice, twice})), "[[0], [0]]") << "holding something twice is no cycle";

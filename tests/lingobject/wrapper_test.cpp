@@ -85,7 +85,7 @@ constinit const class_definition<Rank> rank_class("Rank", [](class_builder<Rank>
               })
       .method(Any::__hash__, "", [](const Rank&) { return std::uint64_t{7}; })
       .method(Any::__coerce__, "class", [](const Rank& self, const Any& to) -> Any {
-        return String::getClass().is_same(to)      ? Any(String("rank {}").arg(self.rank))
+        return String::getClass().is_same(to) ? self.rank < 0 ? Any(Error("no rank")) : String("rank {}").arg(self.rank)
                : ByteArray::getClass().is_same(to) ? Any(ByteArray("rank"))
                                                    : Any(Undefined());
       });
@@ -137,8 +137,39 @@ TEST_F(Wrapper, ReadsMembersInOrder) {
     w.join(w(4), 'a', 'b')                => '4ab0'
     w.name                                => 'Probe'
     w.note                                => AttributeError: 'ling.Class' object has no attribute 'note')");
-  expect_outcomes(make_computed<Any>([&] { return probe; }), R"(
-    w.count                               => AttributeError: 'test.wrapped.Probe' object has no attribute 'count')");
+}
+
+TEST_F(Wrapper, HasTheAttributesOfWhatALazyValueYields) {
+  const auto lazy = [](Any yielded) { return make_computed<Any>([yielded] { return yielded; }); };
+  const Any probe = make_probe();
+  PyObject_SetAttrString(to_python(probe).get(), "own", Py_True);
+  expect_outcomes(lazy(lazy(probe)), R"(
+    w.count, w.note, w.own, w.unit()      => (1, 'empty', True, 'm')
+    w.join('a'), w.clone().count          => ('1ab0', 1)
+    w.__doc__, w.__name__, w.__code__, 'own' in w.__dir__ => ('Measures things.', 'probe', 'Probe()', True)
+    hasattr(w, 'nothing'), hasattr(w, 'nothing that anybody ever asked for') => (False, False)
+    w.nothing                             => AttributeError: 'test.wrapped.Probe' object has no attribute 'nothing'
+    w.broken                              => RuntimeError: no reading
+    w.count = 7; w.added = 9; w.note = 'x'; result = w.count, w.added, w.note => (7, 9, 'x')
+    del w.added; result = hasattr(w, 'added') => False
+    w.both = 1                            => RuntimeError: Read-only attribute: both.
+    t.count.__set__(w, 8), t.count.__get__(w) => (None, 8)
+    w == w.clone(), w.join == w.join      => (False, True))");
+  EXPECT_EQ(PyObject_Hash(to_python(lazy(probe)).get()), PyObject_Hash(to_python(probe).get()));
+  expect_outcomes(lazy(5), R"(
+    w.real, w.bit_length(), w.__bool__    => (5, 3, True)
+    w == 5, {5: 'found'}[w]               => (True, 'found')
+    w.x = 1                               => AttributeError: 'int' object has no attribute 'x')");
+  expect_outcomes(lazy(from_python(run("class A: x = 1\nresult = A()").get())), R"(
+    w.x                                   => 1
+    w.x = 2; result = w.x                 => 2
+    w.y                                   => AttributeError: 'A' object has no attribute 'y')");
+  expect_outcomes(lazy(Error("not computed")), R"(
+    w.message                             => RuntimeError: not computed
+    hasattr(w, 'nothing')                 => RuntimeError: not computed
+    w.x = 1                               => RuntimeError: not computed
+    t.message.__get__(w)                  => RuntimeError: not computed
+    hash(w)                               => RuntimeError: not computed)");
 }
 
 TEST_F(Wrapper, AnswersSpecialNames) {
@@ -206,6 +237,7 @@ TEST_F(Wrapper, HasTextsAHashAndAnOrder) {
   EXPECT_EQ(PyObject_Hash(to_python(probe).get()), static_cast<Py_hash_t>(object_id(probe)));
   EXPECT_EQ(PyObject_Hash(to_python(rank).get()), static_cast<Py_hash_t>(hash_of(rank)));
   expect_outcomes(probe, "str(w), repr(w) => ('<test.wrapped.Probe>', '<test.wrapped.Probe>')");
+  expect_outcomes(Class_Generic(rank_class.required())(-1), "str(w) => '<test.wrapped.Rank>'");
   expect_outcomes(rank, R"(
     str(w), repr(w), w.__bytes__          => ('rank 2', '<test.wrapped.Rank>', b'rank')
     x = 2; result = w < x, w <= x, w == x, w != x, w > x, w >= x     => (False, True, True, False, False, True)

@@ -154,6 +154,75 @@ def result(answers):
   }
 }
 
+TEST_F(Objects, AreEqualWhenPythonSaysSo) {
+  // Python asks the one, then the other; the host asks for no order.
+  const PyObjectPtr objects = run(R"(
+import unittest.mock
+class Same:
+    def __init__(self, name): self.name = name
+    __eq__ = lambda self, other: self.name == other.name if isinstance(other, Same) else NotImplemented
+    __hash__ = lambda self: hash(self.name)
+class Called(Same):
+    __call__ = lambda self: None
+class Broken:
+    __eq__ = lambda self, other: 1 / 0
+class Interrupted:
+    def __eq__(self, other): raise KeyboardInterrupt('stop')
+result = [{1}, {1}, {2}, frozenset({1}), Same('a'), Same('a'), Same('b'), Called('a'), Called('a'), unittest.mock.ANY,
+          Same, (1,), [1], Broken(), Interrupted()])");
+  const auto object = [&](Py_ssize_t i) { return from_python(PyList_GetItem(objects.get(), i)); };
+  for (Py_ssize_t i = 0; i < PyList_Size(objects.get()); ++i) {
+    for (Py_ssize_t j = 0; j < PyList_Size(objects.get()); ++j) {
+      SCOPED_TRACE(testing::Message() << i << " == " << j);
+      const Any a = object(i), b = object(j);
+      const int says =
+          PyObject_RichCompareBool(PyList_GetItem(objects.get(), i), PyList_GetItem(objects.get(), j), Py_EQ);
+      const std::string expected = says < 0 ? outcome_text(capture_error_or("")) : says > 0 ? "true" : "false";
+      expect_outcome(equal_objects(a, b), expected);
+      expect_outcome(equal_objects(Tuple_Generic{List_Generic{a}}, Tuple_Generic{List_Generic{b}}), expected);
+      expect_outcome(ask(List_Generic{a}, "contains", {b}), expected);
+      const bool has_hash = [&] {
+        const bool hashed = PyObject_Hash(PyList_GetItem(objects.get(), i)) != -1;
+        PyErr_Clear();
+        return hashed;
+      }();
+      if (says > 0 && has_hash && i != 9 && j != 9 && j != 0 && j != 1) {
+        EXPECT_EQ(hash_of(a), hash_of(b));
+      }
+    }
+  }
+  for (const Any& other : {Any(1), Any("a"), Any(), Any(Tuple_Generic{1}), Any(List_Generic{1})}) {
+    expect_outcome(equal_objects(object(9), other), "false", "it is asked about Python objects only");
+    expect_outcome(equal_objects(other, object(13)), "false");
+  }
+  const List_Generic list({object(2), object(0)});
+  expect_outcome(ask(list, "removeOne", {object(1)}), "true");
+  expect_outcome(list, "[{2}]");
+}
+
+TEST_F(Objects, AreTheSameWhateverCarriesThem) {
+  const PyObjectPtr objects = run(R"(
+class A: pass
+class Callable: __call__ = lambda self: None
+result = [A(), object(), [], {}, set(), iter(()), frozenset(), Callable(), len, A])");
+  const Any number = 5, null = Class_Generic(cpython_object_class.required())();
+  for (Py_ssize_t i = 0; i < PyList_Size(objects.get()); ++i) {
+    PyObject* const object = PyList_GetItem(objects.get(), i);
+    const Any one = from_python(object), other = from_python(object);
+    EXPECT_EQ(object_id(one), reinterpret_cast<std::uintptr_t>(object));
+    EXPECT_EQ(object_id(one), object_id(other));
+    EXPECT_EQ(hash_of(one), hash_of(other));
+    EXPECT_EQ(compare_objects_value(one, number), compare_objects_value(other, number));
+    EXPECT_EQ(compare_objects_value(one, null), compare_objects_value(other, null));
+  }
+  const Any object = from_python(PyList_GetItem(objects.get(), 0));
+  const bool is_below = object_id(object) < object_id(number);
+  expect_outcome(compare_objects(object, number), is_below ? "Less" : "Greater");
+  expect_outcome(compare_objects(number, object), is_below ? "Greater" : "Less");
+  EXPECT_NE(object_id(null), object_id(Class_Generic(cpython_object_class.required())()));
+  expect_outcome(equal_objects(null, object), "false");
+}
+
 TEST_F(Objects, ComeHomeAsTheVeryObject) {
   const PyObjectPtr objects = run(R"(
 import collections, enum, sys, weakref

@@ -49,8 +49,7 @@ Result<Boolean> are_equal(const Any& a, const Any& b) {
   if (outcome != equality::unknown) {
     return Boolean(outcome == equality::same);
   }
-  const Ordering order = TRY(compare_objects(a, b));
-  return Boolean(order.value() == static_cast<int>(ordering_value::Equal));
+  return equal_objects(a, b);
 }
 
 Result<Integer> index_of_equal(std::span<const Any> items, const Any& value, std::int64_t from) {

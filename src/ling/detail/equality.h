@@ -2,6 +2,7 @@
 #pragma once
 
 #include "ling/boolean.h"
+#include "ling/none.h"
 #include "ling/number.h"
 #include "ling/union.h"
 
@@ -20,15 +21,18 @@ static_assert(is_plain(ObjectType::None) && is_plain(ObjectType::Undefined) && i
 enum class equality : std::uint8_t {
   different,
   same,
-  unknown,  // only compare_objects can tell: unlock first, it may run meta-methods
+  unknown,  // only equal_objects can tell: unlock first, it may run meta-methods
 };
 
 // Compares without running any code but the runtime's; may be asked while a container is locked.
 equality compare_plain(const Any& a, const Any& b);
 
-// Whether the values are one object or compare equal. An Error when comparing gives one.
+// Whether the values are one object or equal. An Error when comparing gives one.
 Result<Boolean> are_equal(const Any& a, const Any& b);
 // The index of the first equal item from `from` on, -1 when there is none. A negative `from` counts from the end.
 Result<Integer> index_of_equal(std::span<const Any> items, const Any& value, std::int64_t from);
+
+// The hash of a key, which is hash_of, or the Error of a `__hash__`.
+Result<None> hash_key(const Any& key, std::uint64_t& hash);
 
 }  // namespace ling::internal

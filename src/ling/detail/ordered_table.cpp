@@ -139,9 +139,9 @@ Result<None> key_search::prepare() {
   if (!is_key(*key_)) {
     return error_not_immutable(role_, *key_);
   }
-  const std::uint64_t hash = hash_of(*key_);
-  hash_ = hash == 0 ? 1 : hash;  // 0 marks gaps
-  return None();
+  Result<None> hashed = hash_key(*key_, hash_);
+  hash_ = hash_ == 0 ? 1 : hash_;  // 0 marks gaps
+  return hashed;
 }
 
 equality key_search::recall(const Any& candidate) const noexcept {
@@ -170,12 +170,12 @@ Result<None> key_search::find(std::unique_lock<spinlock>& held, const ordered_ta
     done_.push_back({candidate, equality::unknown});
     const std::uint64_t version = table.version();
     held.unlock();
-    const Result<Ordering> order = result_unwrap_lazy(compare_objects(done_.back().candidate, *key_));
+    const Result<Boolean> compared = equal_objects(done_.back().candidate, *key_);
     held.lock();
-    if (order.is_error()) {
-      return order.error();
+    if (compared.is_error()) {
+      return compared.error();
     }
-    const bool equal = order.value().value() == static_cast<int>(ordering_value::Equal);
+    const bool equal = compared.value().value();
     done_.back().outcome = equal ? equality::same : equality::different;
     if (table.version() != version) {
       slot = table.first_slot(hash_);
