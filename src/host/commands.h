@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/inspect.h"
+#include "host/program.h"
 #include "host/python_session.h"
 
 #include <string>

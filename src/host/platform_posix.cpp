@@ -1,7 +1,12 @@
 // The system as POSIX has it.
 #include "host/platform.h"
 
+#include <dlfcn.h>
+#include <signal.h>
+#include <unistd.h>
+
 #include <clocale>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <system_error>
@@ -27,6 +32,16 @@ void prepare_locale() {
   if (current != nullptr && std::strcmp(current, "C") == 0 && std::setlocale(LC_CTYPE, "C.UTF-8") != nullptr) {
     setenv("LC_CTYPE", "C.UTF-8", 1);
   }
+}
+
+// The language module has made the library's names global.
+void* interpreter_symbol(const char* name) { return dlsym(RTLD_DEFAULT, name); }
+
+int end_by_interrupt() {
+  std::fflush(nullptr);
+  signal(SIGINT, SIG_DFL);
+  kill(getpid(), SIGINT);
+  return 128 + SIGINT;
 }
 
 }  // namespace ling::host

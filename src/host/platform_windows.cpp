@@ -21,4 +21,19 @@ std::filesystem::path program_directory(const char*) {
 
 void prepare_locale() {}
 
+// python3.dll passes on the stable functions only; the library that they are in has all.
+void* interpreter_symbol(const char* name) {
+  const HMODULE stable = GetModuleHandleW(L"python3.dll");
+  const FARPROC known = stable == nullptr ? nullptr : GetProcAddress(stable, "Py_IsInitialized");
+  HMODULE library = nullptr;
+  if (known == nullptr ||
+      GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                         reinterpret_cast<LPCWSTR>(known), &library) == 0) {
+    return nullptr;
+  }
+  return reinterpret_cast<void*>(GetProcAddress(library, name));
+}
+
+int end_by_interrupt() { return static_cast<int>(STATUS_CONTROL_C_EXIT); }
+
 }  // namespace ling::host

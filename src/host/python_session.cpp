@@ -6,12 +6,13 @@
 #include "ling/evaluation_scope.h"
 #include "ling/extension.h"
 #include "ling/hash_map.h"
+#include "ling/interfaces.h"
 #include "ling/logger.h"
 #include "ling/module.h"
 #include "ling/registration.h"
 #include "ling/tuple.h"
 
-#include <cstdio>
+#include <utility>
 
 namespace ling::host {
 
@@ -53,46 +54,27 @@ Result<None> python_session::open(const session_options& options) {
   return find_evaluator("evaluate_expr", evaluate_expr_);
 }
 
-Any python_session::call(const char* expression, variables locals) const {
-  const HashMap_Generic map;
-  for (const auto& [name, value] : locals) {
-    map.set(String(name), value);
-  }
-  const std::string code = std::string(session_source) + "\nreturn " + expression;
-  return call_evaluator(evaluate_, code, EvaluationScope(None(), None(), map, None()));
-}
-
-int python_session::call_for_status(const char* expression, variables locals) const {
-  const Any result = call(expression, locals);
-  if (const auto status = Integer::cast(result)) {
-    return static_cast<int>(status->value());
-  }
-  const String text = is_error_result(result) ? Error::unchecked(result).message() : String("no exit status");
-  std::fprintf(stderr, "ling: %s: %s\n", expression, text.c_str());
-  return failure;
-}
-
-int python_session::begin(const std::vector<std::string>& arguments) const {
+Result<Boolean> python_session::prepare(const program_arguments& arguments) {
   // As bytes: what the shell passes need not be text.
   std::vector<Any> row;
-  for (const std::string& argument : arguments) {
+  for (const std::string& argument : arguments.argv) {
     row.push_back(ByteArray(argument));
   }
-  return call_for_status("begin(arguments)", {
-                                                 {"arguments", Tuple_Generic(std::move(row))}
-  });
-}
-
-int python_session::finish(int status) const {
-  return call_for_status("finish(status)", {
-                                               {"status", status}
-  });
-}
-int python_session::run_file() const { return call_for_status("run_file()"); }
-int python_session::show(const String& text) const {
-  return call_for_status("show(text)", {
-                                           {"text", text}
-  });
+  const HashMap_Generic locals;
+  locals.set("arguments", Tuple_Generic(std::move(row)));
+  locals.set("file", arguments.file ? Any(ByteArray(*arguments.file)) : Any(None()));
+  const std::string code = std::string(session_source) + "\nreturn prepare(arguments, file)";
+  const Any prepared = call_evaluator(evaluate_, code, EvaluationScope(None(), None(), locals, None()));
+  if (is_error_result(prepared)) {
+    return Error::unchecked(prepared);
+  }
+  const auto pair = I_Sequence_Generic::cast(prepared);
+  handover_ = pair ? internal::unwrap(pair->at(1)) : Any();
+  const auto is_package = Boolean::cast(pair ? internal::unwrap(pair->at(0)) : Any());
+  if (!is_package || !I_MutableSequence_Generic::matches(handover_.get())) {
+    return Error("The interpreter cannot be prepared for a program.");
+  }
+  return is_package.value();
 }
 
 Any python_session::evaluate(const String& code) const { return call_evaluator(evaluate_, code, None()); }
@@ -100,15 +82,8 @@ Any python_session::evaluate_expression(const String& code) const {
   return call_evaluator(evaluate_expr_, code, None());
 }
 
-int python_session::report(const Error& error) const {
-  if (const auto status = Integer::cast(call("stop_status(value)", {
-                                                                       {"value", error.value()}
-  }))) {
-    return static_cast<int>(status->value());
-  }
-  const String text = error.stack().empty() ? error.message() : error.stack();
-  std::fprintf(stderr, "%s\n", text.trimmed().c_str());
-  return failure;
+void python_session::hand_over(const Any& value) const {
+  static_cast<void>(I_MutableSequence_Generic::unchecked(handover_).append(value));
 }
 
 }  // namespace ling::host
