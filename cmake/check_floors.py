@@ -23,7 +23,8 @@ FLOORS = [
     ("bridge/function_body.h",   2),  #   bodies of functions,
     ("bridge/python_modules.h",  2),  #   modules,
     ("bridge/python_helper.h",   2),  #   functions of our own,
-    ("bridge/module_attribute.h",2),  #   attributes of modules
+    ("bridge/module_attribute.h",2),  #   attributes of modules,
+    ("bridge/pending_exception.h",2), #   pending exceptions
     ("extension/interpreter.h",  2),  #   and the running interpreter: declarations only
     ("language/*",               3),  # the rooms: they meet in the declarations below, never in each other
     ("function/*",               3),

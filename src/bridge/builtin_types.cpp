@@ -1,6 +1,7 @@
 // Which class of the runtime and which built-in type of Python stand for each other.
 #include "bridge/convert.h"
 #include "bridge/module_attribute.h"
+#include "bridge/pending_exception.h"
 #include "ling/boolean.h"
 #include "ling/byte_array.h"
 #include "ling/class.h"
@@ -98,7 +99,7 @@ PyObjectPtr python_type_of(const Type& type) {
   if (PyTypeObject* wrapper_type = wrapper_type_of(of_class.value())) {
     return shared(wrapper_type);
   }
-  PyErr_Clear();
+  tolerate_exception();
   return shared(&PyBaseObject_Type);
 }
 

@@ -1,6 +1,7 @@
 // Values as Python code.
 #include "bridge/convert.h"
 #include "bridge/error_bridge.h"
+#include "bridge/pending_exception.h"
 #include "bridge/python_text.h"
 #include "extension/interpreter.h"
 #include "ling/none.h"
@@ -48,7 +49,7 @@ code_result code_of(const Any& value, int depth) {
   }
   const PyObjectPtr object = to_python_locked(value);
   if (!object) {
-    PyErr_Clear();
+    tolerate_exception();
     return None();
   }
   const PyObjectPtr text(PyObject_Repr(object.get()));

@@ -4,6 +4,7 @@
 #include "bridge/convert.h"
 #include "bridge/instance_test.h"
 #include "bridge/module_attribute.h"
+#include "bridge/pending_exception.h"
 #include "bridge/python_name.h"
 
 #include <algorithm>
@@ -44,27 +45,27 @@ constinit const struct {
 } names;
 
 // What an attribute or a method of a hostile object raises says only that there is no such field.
-PyObjectPtr taken(PyObject* result) noexcept {
+PyObjectPtr taken(PyObject* result) {
   if (result == nullptr) {
-    PyErr_Clear();
+    tolerate_exception();
   }
   return PyObjectPtr(result);
 }
-PyObjectPtr call(PyObject* object, const python_name& method) noexcept {
+PyObjectPtr call(PyObject* object, const python_name& method) {
   PyObject* const name = method.get();
   return taken(name == nullptr ? nullptr : PyObject_CallMethodObjArgs(object, name, nullptr));
 }
 
-std::optional<long> integer_of(PyObject* object) noexcept {
+std::optional<long> integer_of(PyObject* object) {
   const long value = PyLong_AsLong(object);
   if (value == -1 && PyErr_Occurred() != nullptr) {
-    PyErr_Clear();
+    tolerate_exception();
     return std::nullopt;
   }
   return value;
 }
 
-std::optional<long> field_of(PyObject* object, const python_name& field) noexcept {
+std::optional<long> field_of(PyObject* object, const python_name& field) {
   PyObject* const name = field.get();
   const PyObjectPtr value = taken(name == nullptr ? nullptr : PyObject_GetAttr(object, name));
   return value ? integer_of(value.get()) : std::nullopt;
@@ -74,7 +75,7 @@ std::optional<long> field_of(PyObject* object, const python_name& field) noexcep
 std::int64_t narrowed(long value) noexcept { return static_cast<std::uint8_t>(value); }
 
 // The seconds of a time difference, when they are a number.
-std::optional<double> total_seconds(PyObject* difference) noexcept {
+std::optional<double> total_seconds(PyObject* difference) {
   const PyObjectPtr seconds = call(difference, names.total_seconds);
   if (!seconds) {
     return std::nullopt;
@@ -88,7 +89,7 @@ std::optional<double> total_seconds(PyObject* difference) noexcept {
 
 // The offset from UTC in seconds. A time with an offset that the runtime cannot express becomes one without: scripts
 // rely on zones west of UTC being dropped, not refused.
-std::optional<std::int64_t> offset_of(PyObject* object) noexcept {
+std::optional<std::int64_t> offset_of(PyObject* object) {
   const PyObjectPtr difference = call(object, names.utcoffset);
   const auto seconds = difference && difference.get() != Py_None ? total_seconds(difference.get()) : std::nullopt;
   double whole = 0;

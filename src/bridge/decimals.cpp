@@ -39,7 +39,7 @@ PyObjectPtr decimal_to_python(const Decimal& value) {
                                               : PyObject_CallFunction(decimal_class, "s", value.toString().c_str()));
 }
 
-bool is_decimal(PyObject* object) noexcept {
+bool is_decimal(PyObject* object) {
   PyObject* const decimal_class = decimal_class_from_python.get();
   return decimal_class != nullptr && is_instance(object, decimal_class);
 }

@@ -27,6 +27,18 @@ struct fetched_exception {
   PyObjectPtr traceback;
 };
 
+// The Error that `say` makes of an exception; where memory does not suffice for it, the one that says so.
+template <class F>
+Error as_far_as_memory_reaches(const F& say) {
+  Error error = Error::outOfMemory();
+  try {
+    error = say();
+  } catch (const std::bad_alloc&) {
+    PyErr_Clear();
+  }
+  return error;
+}
+
 std::optional<fetched_exception> fetch_exception() {
   PyObject* type = nullptr;
   PyObject* value = nullptr;
@@ -59,7 +71,7 @@ Union<Error, None> carried_error(PyObjectPtr& carrier) {
   PyObjectPtr outermost = PyObjectPtr::share(carrier.get());
   for (int i = 0; i < maximum_conversion_depth; ++i) {
     PyObjectPtr carried(PyObject_GetAttrString(carrier.get(), "ling"));
-    PyErr_Clear();
+    tolerate_exception();
     const Any* value = carried ? wrapped_value(carried.get()) : nullptr;
     if (value != nullptr && is_error_result(*value)) {
       return Error::unchecked(*value);
@@ -106,7 +118,9 @@ Error error_from_texts(PyObject* instance) {
     message = exception_message(instance);
   }
   Any error;
-  if (object_value_class* error_class = error_class_of(Py_TYPE(instance))) {
+  if (PyErr_GivenExceptionMatches(instance, PyExc_MemoryError) != 0) {
+    error = Error::outOfMemory(message);
+  } else if (object_value_class* error_class = error_class_of(Py_TYPE(instance))) {
     error = Class_Generic(*error_class)(message);
   }
   const Error result = is_error_result(error) ? Error::unchecked(error) : Error(message);
@@ -114,6 +128,26 @@ Error error_from_texts(PyObject* instance) {
   // Tells what the message alone does not: whether it was, say, a LookupError.
   result.setValue(make<exception_class>(reinterpret_cast<PyObject*>(Py_TYPE(instance))));
   return result;
+}
+
+Error placed_error(const fetched_exception& exception, int line_shift, int column_shift) {
+  const Error error = error_from_fetched(exception);
+  const source_position position =
+      position_of(exception.value.get(), exception.traceback.get(), line_shift, column_shift);
+  if (!position.line && !position.column) {
+    return error;
+  }
+  const auto placed = EvaluationError::unchecked(make<object_value_evaluation_error>(
+      EvaluationError::getClass().object(), error.message(),
+      source_position{{}, position.line, position.column, position.length},
+      error.isOutOfMemory() ? object_traits::out_of_memory : object_traits::none));
+  placed.setStack(error.stack());
+  placed.setValue(error.object().value());
+  // Whoever raised an error of the host's finds that very error again.
+  if (PyObjectPtr carrier = PyObjectPtr::share(exception.value.get()); carrier && carried_error(carrier)) {
+    placed.setCause(std::make_exception_ptr(error));
+  }
+  return placed;
 }
 
 // --- the host to Python ----------------------------------------------------------------------------------------------
@@ -134,6 +168,24 @@ bool raise_interruption(const Error& error) {
   return static_cast<bool>(exception);
 }
 
+PyObject* exception_type_for(const Error& error) {
+  return error.isOutOfMemory() ? PyExc_MemoryError : exception_type_of(raw_class_of(error));
+}
+
+// Runs what sets an exception for the error. Where memory does not suffice for it, and for the error that says no more
+// than that, Python has an exception ready.
+template <class F>
+void raise_within_memory(const Error& error, const F& raise) noexcept {
+  try {
+    if (!error.is_same(Error::outOfMemory())) {
+      raise();
+      return;
+    }
+  } catch (...) {
+  }
+  PyErr_NoMemory();
+}
+
 // Whole texts, zero bytes included.
 void raise_text(PyObject* type, const String& message) {
   const PyObjectPtr text = to_python_locked(message);
@@ -142,7 +194,8 @@ void raise_text(PyObject* type, const String& message) {
   }
 }
 
-// An exception of the type with the error as its attribute "ling"; null when it cannot be made.
+// An exception of the type with the error as its attribute "ling"; null when it cannot be made for another reason than
+// memory.
 PyObjectPtr make_exception(PyObject* type, const Error& error, const String& message) {
   const PyObjectPtr no_arguments(PyTuple_New(0));
   PyObjectPtr instance(no_arguments ? PyObject_Call(type, no_arguments.get(), nullptr) : nullptr);
@@ -151,6 +204,7 @@ PyObjectPtr make_exception(PyObject* type, const Error& error, const String& mes
     if (carried) {
       PyObject_SetAttrString(instance.get(), "ling", carried.get());
     }
+    tolerate_exception();
     // Set, not passed on: the constructor of a standard exception may make more of an argument than its text.
     if (!message.empty()) {
       const PyObjectPtr arguments = to_python_locked(Tuple_Generic({message}));
@@ -159,8 +213,20 @@ PyObjectPtr make_exception(PyObject* type, const Error& error, const String& mes
       }
     }
   }
-  PyErr_Clear();
+  tolerate_exception();
   return instance;
+}
+
+void raise_with_error(PyObject* exception_type, const Error& error, const String& message) {
+  if (raise_interruption(error)) {
+    return;
+  }
+  const PyObjectPtr instance = make_exception(exception_type, error, message);
+  if (instance) {
+    PyErr_SetObject(exception_type, instance.get());
+  } else {
+    raise_text(exception_type, message);
+  }
 }
 
 }  // namespace
@@ -170,7 +236,7 @@ Union<Error, None> capture_error() {
   if (!exception) {
     return None();
   }
-  return error_from_fetched(*exception);
+  return as_far_as_memory_reaches([&] { return error_from_fetched(*exception); });
 }
 
 Error capture_error_or(const char* message) {
@@ -183,20 +249,7 @@ Error exception_to_error(int line_shift, int column_shift) {
   if (!exception) {
     return Error::unknown();
   }
-  const Error error = error_from_fetched(*exception);
-  const source_position position =
-      position_of(exception->value.get(), exception->traceback.get(), line_shift, column_shift);
-  if (!position.line && !position.column) {
-    return error;
-  }
-  const EvaluationError placed(error.message(), {}, position.line, position.column, position.length);
-  placed.setStack(error.stack());
-  placed.setValue(error.object().value());
-  // Whoever raised an error of the host's finds that very error again.
-  if (PyObjectPtr carrier = PyObjectPtr::share(exception->value.get()); carrier && carried_error(carrier)) {
-    placed.setCause(std::make_exception_ptr(error));
-  }
-  return placed;
+  return as_far_as_memory_reaches([&] { return placed_error(*exception, line_shift, column_shift); });
 }
 
 Error error_from_exception(PyObjectPtr_Borrowed instance) {
@@ -207,18 +260,14 @@ Error error_from_exception(PyObjectPtr_Borrowed instance) {
 
 bool is_interruption(const Error& error) noexcept { return static_cast<bool>(interruption_in(error)); }
 
-void raise_error(const Error& error) { raise_error_as(exception_type_of(raw_class_of(error)), error, error.message()); }
+void raise_error(const Error& error) noexcept {
+  raise_within_memory(error, [&] { raise_with_error(exception_type_for(error), error, error.message()); });
+}
 
-void raise_error_as(PyObject* exception_type, const Error& error, const String& message) {
-  if (raise_interruption(error)) {
-    return;
-  }
-  const PyObjectPtr instance = make_exception(exception_type, error, message);
-  if (instance) {
-    PyErr_SetObject(exception_type, instance.get());
-  } else {
-    raise_text(exception_type, message);
-  }
+void raise_error_as(PyObject* exception_type, const Error& error, const String& message) noexcept {
+  raise_within_memory(error, [&] {
+    raise_with_error(error.isOutOfMemory() ? PyExc_MemoryError : exception_type, error, message);
+  });
 }
 
 }  // namespace ling::cpython

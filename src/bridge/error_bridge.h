@@ -31,9 +31,9 @@ bool is_interruption(const Error& error) noexcept;
 
 // Sets the Python exception for an Error: of the class for its class, with its message. The exception carries the Error
 // in its attribute "ling". An Error made for an exception that ends more than an operation (an interrupt, an exit) sets
-// that exception again.
-void raise_error(const Error& error);
+// that exception again; one that says that memory has run out is a MemoryError, for which no memory is needed.
+void raise_error(const Error& error) noexcept;
 // The same with an exception class and a text of the caller's. Borrows the class.
-void raise_error_as(PyObject* exception_type, const Error& error, const String& message);
+void raise_error_as(PyObject* exception_type, const Error& error, const String& message) noexcept;
 
 }  // namespace ling::cpython

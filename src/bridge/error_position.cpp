@@ -1,6 +1,8 @@
 // Reading source positions off exceptions and tracebacks.
 #include "bridge/error_position.h"
 
+#include "bridge/pending_exception.h"
+
 namespace ling::cpython {
 
 namespace {
@@ -11,7 +13,7 @@ using number = std::optional<std::int64_t>;
 number read_number(PyObject* object, const char* attribute) {
   const PyObjectPtr value(PyObject_GetAttrString(object, attribute));
   if (!value) {
-    PyErr_Clear();
+    tolerate_exception();
     return {};
   }
   if (value.get() == Py_None) {
@@ -19,7 +21,7 @@ number read_number(PyObject* object, const char* attribute) {
   }
   const long long read = PyLong_AsLongLong(value.get());
   if (read == -1 && PyErr_Occurred() != nullptr) {
-    PyErr_Clear();
+    tolerate_exception();
     return {};
   }
   return read;
@@ -42,7 +44,7 @@ number innermost_line(PyObject* traceback) {
     }
     frame = PyObjectPtr(PyObject_GetAttrString(frame.get(), "tb_next"));
   }
-  PyErr_Clear();
+  tolerate_exception();
   return line;
 }
 

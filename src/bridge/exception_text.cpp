@@ -2,6 +2,7 @@
 #include "bridge/exception_text.h"
 
 #include "bridge/module_attribute.h"
+#include "bridge/pending_exception.h"
 #include "bridge/python_text.h"
 
 namespace ling::cpython {
@@ -46,7 +47,7 @@ bool is_told(Test test) noexcept {
 String type_name_of(PyObject* object) {
   const PyObjectPtr name(PyObject_GetAttrString(reinterpret_cast<PyObject*>(Py_TYPE(object)), "__name__"));
   const bool is_text = name && PyUnicode_Check(name.get());
-  PyErr_Clear();
+  tolerate_exception();
   return is_text ? text_of(name.get(), surrogates::escape) : String();
 }
 
@@ -57,7 +58,7 @@ String exception_message(PyObject* instance) {
   const telling guard(instance, false);
   const PyObjectPtr text(PyObject_Str(instance));
   if (!text) {
-    PyErr_Clear();
+    tolerate_exception();
     return type_name_of(instance);
   }
   return text_of(text.get(), surrogates::escape);
@@ -79,7 +80,7 @@ String exception_traceback_text(PyObject* instance) {
                               : nullptr);
   const PyObjectPtr separator(lines ? PyUnicode_FromString("") : nullptr);
   const PyObjectPtr joined(separator ? PyUnicode_Join(separator.get(), lines.get()) : nullptr);
-  PyErr_Clear();
+  tolerate_exception();
   return text_of(joined.get(), surrogates::escape);
 }
 

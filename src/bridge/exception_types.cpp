@@ -2,6 +2,7 @@
 #include "bridge/exception_types.h"
 
 #include "bridge/error_bridge.h"
+#include "bridge/pending_exception.h"
 #include "ling/reflection.h"
 
 #include <atomic>
@@ -66,7 +67,7 @@ PyObject* exception_type_of(const Class_Generic& error_class) {
   }
   PyObjectPtr made = make_exception_type(error_class);
   if (!made) {
-    PyErr_Clear();
+    tolerate_exception();
     return PyExc_RuntimeError;
   }
   return publish(error_class.object(), std::move(made));

@@ -96,7 +96,7 @@ const class_definition<CPythonObject>& proxy_class_of(PyObject* object, PyTypeOb
     return cpython_proxy_iterable_class;
   }
   // 19. All the rest.
-  PyErr_Clear();
+  tolerate_exception();
   return cpython_object_class;
 }
 

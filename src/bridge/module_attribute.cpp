@@ -1,13 +1,15 @@
 // Looking up an attribute of a Python module.
 #include "bridge/module_attribute.h"
 
+#include "bridge/pending_exception.h"
+
 namespace ling::cpython {
 
-PyObject* module_attribute::look_up() const noexcept {
+PyObject* module_attribute::look_up() const {
   const PyObjectPtr module(PyImport_ImportModule(module_));
   PyObjectPtr attribute(module ? PyObject_GetAttrString(module.get(), name_) : nullptr);
   if (!attribute) {
-    PyErr_Clear();
+    tolerate_exception();
     attribute = PyObjectPtr::share(missing());
   }
   PyObject* kept = nullptr;

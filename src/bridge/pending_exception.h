@@ -1,7 +1,9 @@
-// Puts the pending Python exception aside for a scope. The lock must be held.
+// What is done with a pending Python exception that is not the caller's concern. The lock must be held.
 #pragma once
 
 #include "extension/python_api.h"
+
+#include <new>
 
 namespace ling::cpython {
 
@@ -14,10 +16,26 @@ class [[nodiscard]] pending_exception_aside {
   pending_exception_aside(const pending_exception_aside&) = delete;
   pending_exception_aside& operator=(const pending_exception_aside&) = delete;
 
+  // Of the exception put aside; borrowed, may be null.
+  PyObject* traceback() const noexcept { return traceback_; }
+
  private:
   PyObject* type_ = nullptr;
   PyObject* value_ = nullptr;
   PyObject* traceback_ = nullptr;
 };
+
+// Clears the pending exception, if there is one, for those who make do without what it keeps from them. Exhausted memory
+// is nothing to make do with, or the answer would be a wrong one: it is thrown on, as std::bad_alloc.
+inline void tolerate_exception() {
+  if (PyErr_Occurred() == nullptr) [[likely]] {
+    return;
+  }
+  const bool is_out_of_memory = PyErr_ExceptionMatches(PyExc_MemoryError) != 0;
+  PyErr_Clear();
+  if (is_out_of_memory) {
+    throw std::bad_alloc();
+  }
+}
 
 }  // namespace ling::cpython

@@ -26,13 +26,17 @@ PyObjectPtr make_arguments(std::span<const Any> arguments, Any& failure) {
       failure = error_not_convertible(arguments[i]);
       return {};
     }
-    PyTuple_SetItem(tuple.get(), static_cast<Py_ssize_t>(i), item.release());
+    PyTuple_SetItem(tuple.get(), static_cast<Py_ssize_t>(i), item.release());  // cannot fail: the tuple is new
   }
   return tuple;
 }
 
 PyObjectPtr make_keywords(std::span<const named_argument> named, Any& failure) {
   PyObjectPtr keywords(PyDict_New());
+  if (!keywords) {
+    failure = capture_error_or("Unable to make a dict of arguments.");
+    return {};
+  }
   for (const named_argument& each : named) {
     const PyObjectPtr key = to_python_locked(each.name);
     const PyObjectPtr value = key ? to_python_locked(each.value) : PyObjectPtr();

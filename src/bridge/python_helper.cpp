@@ -1,6 +1,8 @@
 // Compiling helpers.
 #include "bridge/python_helper.h"
 
+#include "bridge/python_source.h"
+
 namespace ling::cpython {
 
 PyObject* python_helper::compile() const noexcept {
@@ -10,7 +12,7 @@ PyObject* python_helper::compile() const noexcept {
   }
   const PyObjectPtr code(Py_CompileString(source_, name_, Py_file_input));
   const PyObjectPtr done(code ? PyEval_EvalCode(code.get(), names.get(), names.get()) : nullptr);
-  PyObject* const function = done ? PyDict_GetItemString(names.get(), name_) : nullptr;
+  PyObject* const function = done ? find(names.get(), name_) : nullptr;
   if (function == nullptr) {
     return nullptr;
   }

@@ -2,17 +2,24 @@
 #include "bridge/python_source.h"
 
 #include "bridge/convert.h"
+#include "bridge/pending_exception.h"
 #include "ling/module.h"
 #include "ling/reflection.h"
 
 namespace ling::cpython {
+
+// Not PyDict_GetItemString, which does not tell a name that is missing from memory that is.
+PyObject* find(PyObject* dict, const char* name) {
+  const PyObjectPtr key(PyUnicode_FromString(name));
+  return key ? PyDict_GetItemWithError(dict, key.get()) : nullptr;
+}
 
 void store(PyObject* dict, const String& name, const Any& value) {
   // Not PyDict_SetItemString, which would end the name at a zero byte.
   const PyObjectPtr key(PyUnicode_FromStringAndSize(name.c_str(), static_cast<Py_ssize_t>(name.size())));
   const PyObjectPtr object = key ? to_python_locked(value) : PyObjectPtr();
   if (!object || PyDict_SetItem(dict, key.get(), object.get()) != 0) {
-    PyErr_Clear();
+    tolerate_exception();
   }
 }
 
@@ -31,7 +38,7 @@ void store_modules(PyObject* dict) {
 
 PyObjectPtr call_builtin(const char* name, std::string_view source, PyObject* globals, PyObject* locals) {
   PyObject* builtins = PyEval_GetBuiltins();
-  PyObject* function = builtins == nullptr ? nullptr : PyDict_GetItemString(builtins, name);
+  PyObject* function = builtins == nullptr ? nullptr : find(builtins, name);
   if (function == nullptr) {
     return {};
   }

@@ -12,6 +12,8 @@ class Module;
 
 namespace ling::cpython {
 
+// What a dict has under a name; null when it has nothing, with an exception set only when memory has run out. Borrowed.
+PyObject* find(PyObject* dict, const char* name);
 // Stores the value under a name. A value that has no Python counterpart is left out; no exception is left.
 void store(PyObject* dict, const String& name, const Any& value);
 // Whether the module is kept out of evaluated code.

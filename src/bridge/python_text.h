@@ -1,6 +1,7 @@
 // Text out of a Python str. The lock must be held.
 #pragma once
 
+#include "bridge/pending_exception.h"
 #include "extension/pyobject_ptr.h"
 #include "ling/string.h"
 
@@ -21,7 +22,7 @@ inline String text_of(PyObject* text, surrogates policy) {
   const PyObjectPtr bytes(policy == surrogates::refuse ? PyUnicode_AsUTF8String(text)
                                                        : PyUnicode_AsEncodedString(text, "utf-8", "backslashreplace"));
   if (!bytes) {
-    PyErr_Clear();
+    tolerate_exception();
     return {};
   }
   return String::fromUtf8(PyBytes_AsString(bytes.get()), static_cast<std::size_t>(PyBytes_Size(bytes.get())));
@@ -30,7 +31,7 @@ inline String text_of(PyObject* text, surrogates policy) {
 // An attribute that is a str; empty when it is missing or something else. No exception must be pending, none is left.
 inline String text_attribute(PyObject* object, const char* name) {
   const PyObjectPtr text(PyObject_GetAttrString(object, name));
-  PyErr_Clear();
+  tolerate_exception();
   return text && PyUnicode_Check(text.get()) ? text_of(text.get(), surrogates::escape) : String();
 }
 

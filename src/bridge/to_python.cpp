@@ -146,7 +146,8 @@ PyObjectPtr convert(const Any& value, int depth) {
     case ObjectType::Tuple:
       return tuple_to_python(object_of<object_value_tuple>(value), depth);
     case ObjectType::External:
-      return convert(load(static_cast<object_value_external&>(*value.get())), depth + 1);
+      return convert(internal::guarded([&] { return static_cast<object_value_external&>(*value.get()).load(); }),
+                     depth + 1);
     case ObjectType::Instance:
       return instance_to_python(value);
     case ObjectType::Callable:

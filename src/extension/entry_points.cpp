@@ -60,10 +60,17 @@ void add_search_paths() {
 
 // Finds the places of Python modules. Does not start the interpreter.
 extern "C" CORVANTIS_EXPORT void corvantis_extension_init() noexcept {
-  try {
+  using ling::internal::guarded;
+  const ling::Any failure = guarded([]() -> ling::Any {
     ling::cpython::add_search_paths();
-  } catch (...) {
-    ling::cpython::log_error(ling::Error::fromCurrentException().message());
+    return {};
+  });
+  if (ling::is_error_result(failure)) {
+    // Where the log fails as well, nobody is left to tell.
+    static_cast<void>(guarded([&]() -> ling::Any {
+      ling::cpython::log_error(ling::Error::unchecked(failure).message());
+      return {};
+    }));
   }
 }
 

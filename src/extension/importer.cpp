@@ -2,6 +2,7 @@
 #include "extension/importer.h"
 
 #include "bridge/pending_exception.h"
+#include "bridge/python_source.h"
 #include "extension/pyobject_ptr.h"
 #include "lingobject/module_export.h"
 
@@ -51,7 +52,7 @@ void install_importer() {
   const pending_exception_aside aside;
   const PyObjectPtr globals(PyDict_New());
   PyObject* builtins = PyEval_GetBuiltins();
-  PyObject* exec = builtins == nullptr ? nullptr : PyDict_GetItemString(builtins, "exec");
+  PyObject* exec = builtins == nullptr ? nullptr : find(builtins, "exec");
   if (!globals || exec == nullptr || !add_functions(globals.get())) {
     return;
   }

@@ -3,6 +3,7 @@
 
 #include "bridge/convert.h"
 #include "bridge/error_bridge.h"
+#include "bridge/pending_exception.h"
 #include "ling/detail/try.h"
 #include "ling/list.h"
 #include "ling/spinlock.h"
@@ -72,7 +73,7 @@ Result<None> cpython_add_sys_path(const String& path) {
   }
   if (found < 0) {
     // An entry that cannot be compared is not this path.
-    PyErr_Clear();
+    tolerate_exception();
   }
   if (PyList_Append(sys_path.get(), text.get()) != 0) {
     return capture_error_or("Unable to add a path to sys.path.");

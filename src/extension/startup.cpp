@@ -27,6 +27,15 @@ void pin_singletons() {
   }
 }
 
+// A step that may be left out, as where memory is short; the start goes on.
+template <class F>
+void attempt(const F& step) noexcept {
+  static_cast<void>(internal::guarded([&]() -> Any {
+    step();
+    return {};
+  }));
+}
+
 void start_own_interpreter() {
   // Python's extension modules look for the interpreter's symbols as soon as the first one is imported.
   open_interpreter_library();
@@ -35,13 +44,13 @@ void start_own_interpreter() {
   Py_InitializeEx(0);
   pin_singletons();
   // 2. The paths found before there was a `sys.path`.
-  add_pending_paths();
+  attempt(add_pending_paths);
   // 3. From here on the lock belongs to nobody; each entry takes it. The thread state stays that of this thread, which
   //    finds it again.
   static_cast<void>(PyEval_SaveThread());
   // 4. The host's view of Python's own modules.
   const GilGuard lock;
-  build_module_tree();
+  attempt(build_module_tree);
 }
 
 void start_interpreter() {
@@ -52,10 +61,10 @@ void start_interpreter() {
     const GilGuard lock;
     pin_singletons();
   }
-  static_cast<void>(cpython_language_class.get());
+  attempt([] { static_cast<void>(cpython_language_class.get()); });
   // 5. Python code may now ask for the host's modules.
   const GilGuard lock;
-  install_importer();
+  attempt(install_importer);
 }
 
 enum class start_phase : int { none, starting, done };

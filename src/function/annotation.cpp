@@ -3,6 +3,7 @@
 
 #include "bridge/convert.h"
 #include "bridge/module_attribute.h"
+#include "bridge/pending_exception.h"
 #include "bridge/python_text.h"
 #include "ling/boolean.h"
 #include "ling/byte_array.h"
@@ -67,7 +68,7 @@ bool means_anything(const String& name) { return name.view() == "Any" || name.vi
 PyObjectPtr origin_of(PyObject* annotation) {
   PyObject* const function = get_origin.get();
   PyObjectPtr origin(function == nullptr ? nullptr : PyObject_CallFunctionObjArgs(function, annotation, nullptr));
-  PyErr_Clear();
+  tolerate_exception();
   return origin && origin.get() != Py_None ? std::move(origin) : PyObjectPtr();
 }
 
@@ -89,13 +90,13 @@ String annotation_name(PyObjectPtr_Borrowed annotation) {
   }
   for (const char* attribute : {"__qualname__", "__name__"}) {
     const PyObjectPtr name(PyObject_GetAttrString(annotation.get(), attribute));
-    PyErr_Clear();
+    tolerate_exception();
     if (name && PyUnicode_Check(name.get())) {
       return text_of(name.get(), surrogates::refuse);
     }
   }
   const PyObjectPtr text(PyObject_Str(annotation.get()));
-  PyErr_Clear();
+  tolerate_exception();
   return text_of(text.get(), surrogates::refuse);
 }
 

@@ -2,6 +2,7 @@
 #include "bridge/convert.h"
 #include "bridge/error_bridge.h"
 #include "bridge/function_body.h"
+#include "bridge/pending_exception.h"
 #include "bridge/python_source.h"
 #include "extension/interpreter.h"
 #include "function/python_function.h"
@@ -50,7 +51,7 @@ Result<CPythonFunction> execute_definition(std::string_view text, const String& 
   }
   const PyObjectPtr key = to_python_locked(name);
   PyObject* const function = key ? PyDict_GetItemWithError(names, key.get()) : nullptr;
-  PyErr_Clear();
+  tolerate_exception();
   if (function == nullptr || PyCallable_Check(function) == 0) {
     return Error(String("Unable to find the function: {}.").arg(name));
   }

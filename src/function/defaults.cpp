@@ -3,6 +3,7 @@
 
 #include "bridge/convert.h"
 #include "bridge/error_bridge.h"
+#include "bridge/pending_exception.h"
 #include "ling/detail/try.h"
 #include "ling/tuple.h"
 
@@ -16,7 +17,7 @@ std::vector<Any> defaults_of(PyObjectPtr_Borrowed callable) {
       values.push_back(from_python_locked(PyTuple_GetItem(tuple.get(), i)));
     }
   }
-  PyErr_Clear();
+  tolerate_exception();
   return values;
 }
 

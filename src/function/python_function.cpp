@@ -3,6 +3,7 @@
 
 #include "bridge/convert.h"
 #include "bridge/error_bridge.h"
+#include "bridge/pending_exception.h"
 #include "bridge/python_call.h"
 #include "bridge/python_equality.h"
 #include "bridge/python_text.h"
@@ -100,12 +101,12 @@ object_value_class& object_value_python_function::object_class() const { return 
 Type CPythonFunction::getType() { return Type::of(getClass()); }
 Class_Generic CPythonFunction::getClass() { return cpython_function_class.required(); }
 
-Any object_value_python_function::call(std::span<const Any> arguments) const {
+Any object_value_python_function::do_call(std::span<const Any> arguments) const {
   const GilGuard gil;
   return call_python(function_.get(), arguments);
 }
 
-Any object_value_python_function::call_named(std::span<const Any> positional,
+Any object_value_python_function::do_call_named(std::span<const Any> positional,
                                              std::span<const named_argument> named) const {
   const GilGuard gil;
   return call_python(function_.get(), positional, named);
@@ -116,7 +117,7 @@ String object_value_python_function::name() const {
   // The second one only where there is no first: either may be code that runs.
   const PyObjectPtr qualified(PyObject_GetAttrString(function_.get(), "__qualname__"));
   const bool is_missing = !qualified && PyErr_ExceptionMatches(PyExc_AttributeError) != 0;
-  PyErr_Clear();
+  tolerate_exception();
   if (is_missing || (qualified && !PyUnicode_Check(qualified.get()))) {
     return text_attribute(function_.get(), "__name__");
   }

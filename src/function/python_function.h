@@ -17,9 +17,9 @@ class object_value_python_function final : public object_value_callable {
   ObjectType type() const noexcept override { return ObjectType::Callable; }
   object_value_class& object_class() const override;
   std::uintptr_t identity() const noexcept override { return reinterpret_cast<std::uintptr_t>(function_.get()); }
-  Any call(std::span<const Any> arguments) const override;
+  Any do_call(std::span<const Any> arguments) const override;
   // The names go to Python as they are; Python checks them.
-  Any call_named(std::span<const Any> positional, std::span<const named_argument> named) const override;
+  Any do_call_named(std::span<const Any> positional, std::span<const named_argument> named) const override;
   // __qualname__, else __name__; empty for a callable without a name.
   String name() const override;
   String doc() const override;

@@ -2,6 +2,7 @@
 #include "bridge/convert.h"
 #include "bridge/error_bridge.h"
 #include "bridge/module_attribute.h"
+#include "bridge/pending_exception.h"
 #include "bridge/python_call.h"
 #include "function/annotation.h"
 #include "function/defaults.h"
@@ -44,7 +45,7 @@ bool read_parameters(const PyObjectPtr& signature, std::vector<Parameter>& param
 // What an annotation table says of the result; null when it says nothing.
 PyObjectPtr result_in(const PyObjectPtr& annotations) {
   PyObjectPtr result(annotations ? PyMapping_GetItemString(annotations.get(), "return") : nullptr);
-  PyErr_Clear();
+  tolerate_exception();
   return result;
 }
 

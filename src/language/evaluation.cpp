@@ -5,6 +5,7 @@
 #include "bridge/convert.h"
 #include "bridge/error_bridge.h"
 #include "bridge/function_body.h"
+#include "bridge/pending_exception.h"
 #include "bridge/python_source.h"
 #include "extension/interpreter.h"
 #include "language/global_namespace.h"
@@ -71,11 +72,10 @@ Result<None> read_names(const optional_mutable_map& map, std::vector<String>& na
 // Whether the pending exception comes from the lines behind the code, which hand over its results: no function of the
 // code is among those that it passed through.
 bool failed_behind_code() {
-  PyObject *type, *value, *traceback;
-  PyErr_Fetch(&type, &value, &traceback);
+  const pending_exception_aside aside;
+  PyObject* const traceback = aside.traceback();
   const PyObjectPtr next(traceback == nullptr ? nullptr : PyObject_GetAttrString(traceback, "tb_next"));
-  PyErr_Clear();
-  PyErr_Restore(type, value, traceback);
+  tolerate_exception();
   return next.get() == Py_None;
 }
 

@@ -3,6 +3,7 @@
 
 #include "bridge/convert.h"
 #include "bridge/error_bridge.h"
+#include "bridge/pending_exception.h"
 #include "bridge/python_modules.h"
 #include "extension/interpreter.h"
 #include "language/evaluation.h"
@@ -47,7 +48,7 @@ Result<None> import(const String& python_name, PyObjectPtr& module) {
   if (!module && PyErr_ExceptionMatches(PyExc_KeyboardInterrupt) != 0) {
     return capture_error_or("Interrupted.");
   }
-  PyErr_Clear();
+  tolerate_exception();
   return None();
 }
 

@@ -1,6 +1,7 @@
 // The shield is Python code: it guards what Python code can reach.
 #include "language/process_shield.h"
 
+#include "bridge/pending_exception.h"
 #include "bridge/python_helper.h"
 
 namespace ling::cpython {
@@ -87,10 +88,10 @@ constinit const python_helper shield_helper("shield", R"(def shield():
 
 }  // namespace
 
-process_shield::process_shield() noexcept {
+process_shield::process_shield() {
   PyObject* const shield = shield_helper.get();
   restore_ = PyObjectPtr(shield == nullptr ? nullptr : PyObject_CallObject(shield, nullptr));
-  PyErr_Clear();
+  tolerate_exception();
 }
 
 process_shield::~process_shield() {

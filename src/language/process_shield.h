@@ -11,7 +11,7 @@ namespace ling::cpython {
 // what a child process or a C library prints is not. The lock must be held, no exception pending.
 class [[nodiscard]] process_shield {
  public:
-  process_shield() noexcept;
+  process_shield();
   ~process_shield();
   process_shield(const process_shield&) = delete;
   process_shield& operator=(const process_shield&) = delete;

@@ -1,6 +1,7 @@
 // Finding a Python object by its dotted name.
 #include "bridge/convert.h"
 #include "bridge/error_bridge.h"
+#include "bridge/pending_exception.h"
 #include "extension/interpreter.h"
 #include "language/evaluation.h"
 
@@ -13,13 +14,13 @@ namespace {
 Result<Any> find_object(PyObject* module, const String& module_name, const String& object_name, const String& name) {
   PyObject* dict = PyModule_GetDict(module);
   if (dict == nullptr) {
-    PyErr_Clear();
+    tolerate_exception();
     return Error(String("Unable to get the module dict: {}.").arg(module_name));
   }
   const PyObjectPtr key = to_python_locked(object_name);
   PyObject* object = key ? PyDict_GetItemWithError(dict, key.get()) : nullptr;
   if (object == nullptr) {
-    PyErr_Clear();
+    tolerate_exception();
     return Error(String("Unable to find the object: {}.").arg(name));
   }
   // The module may drop the object while it is converted.

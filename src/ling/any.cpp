@@ -51,6 +51,13 @@ Any call(const object_value_callable& callable, std::initializer_list<Any> argum
   return callable.call(std::span<const Any>(arguments.begin(), arguments.size()));
 }
 
+// What a meta-method or a hook has found; None when it has found nothing.
+template <class T>
+Union<T, None> found(const Any& outcome) {
+  internal::tolerate_error(outcome);
+  return T::cast(outcome);
+}
+
 Any error_or_none(Any outcome) { return is_error_result(outcome) ? std::move(outcome) : Any(None()); }
 
 }  // namespace
@@ -149,12 +156,12 @@ Union<I_Callable_Generic, None> raw_method_of(const Any& value, meta_method_unty
 
 Union<I_Callable_Generic, None> method_of(const Any& value, meta_method_untyped name) {
   if (const object_value_callable* meta = takes_over(value, Any::__method__)) {
-    return I_Callable_Generic::cast(call(*meta, {value, name.name()}));
+    return found<I_Callable_Generic>(call(*meta, {value, name.name()}));
   }
   auto method = raw_method_of(value, name);
   if (!method) {
     if (const dynamic_member_hooks* hooks = hooks_of(value)) {
-      return I_Callable_Generic::cast(hooks->method(value, name.entry()));
+      return found<I_Callable_Generic>(hooks->method(value, name.entry()));
     }
   }
   return method;
@@ -172,7 +179,7 @@ Union<Property, None> raw_property_of(const Any& value, meta_property_untyped na
 
 Union<Property, None> property_of(const Any& value, meta_property_untyped name) {
   if (const object_value_callable* meta = takes_over(value, Any::__property__)) {
-    return Property::cast(call(*meta, {value, name.name()}));
+    return found<Property>(call(*meta, {value, name.name()}));
   }
   return raw_property_of(value, name);
 }
@@ -181,7 +188,7 @@ namespace {
 HashMap_Generic own_members(const Any& value, meta_method_untyped meta_name,
                             HashMap_Generic (object_value_instance::*of_instance)() const) {
   if (const object_value_callable* meta = takes_over(value, meta_name)) {
-    const auto members = HashMap_Generic::cast(call(*meta, {value}));
+    const auto members = found<HashMap_Generic>(call(*meta, {value}));
     return members ? members.value() : HashMap_Generic();
   }
   const object_value_instance* instance = as_instance(value);
@@ -236,7 +243,7 @@ Result<None> insert_method(const Any& value, meta_method_untyped name, const I_C
 
 Union<Property, None> own_property_of(const Any& value, meta_property_untyped name) {
   if (const object_value_callable* meta = takes_over(value, Any::__ownProperty__)) {
-    return Property::cast(call(*meta, {value, name.name()}));
+    return found<Property>(call(*meta, {value, name.name()}));
   }
   const object_value_instance* instance = as_instance(value);
   return Union<Property, None>::unchecked(instance == nullptr ? Any() : instance->own_property(name.entry()));
@@ -244,7 +251,7 @@ Union<Property, None> own_property_of(const Any& value, meta_property_untyped na
 
 Union<I_Callable_Generic, None> own_method_of(const Any& value, meta_method_untyped name) {
   if (const object_value_callable* meta = takes_over(value, Any::__ownMethod__)) {
-    return I_Callable_Generic::cast(call(*meta, {value, name.name()}));
+    return found<I_Callable_Generic>(call(*meta, {value, name.name()}));
   }
   const object_value_instance* instance = as_instance(value);
   return Union<I_Callable_Generic, None>::unchecked(instance == nullptr ? Any() : instance->own_method(name.entry()));
@@ -331,11 +338,7 @@ Any unwrap(const Any& value) {
     if (current.type() == ObjectType::Computed) {
       current = static_cast<object_value_computed*>(current.get())->force();
     } else {
-      try {
-        current = static_cast<object_value_external*>(current.get())->load();
-      } catch (...) {
-        return Error::fromCurrentException();
-      }
+      current = guarded([&] { return static_cast<object_value_external*>(current.get())->load(); });
     }
   }
   return Error("A lazy value keeps yielding lazy values.");

@@ -42,6 +42,7 @@ bool has_items(const Any& instance) {
     return true;
   }
   const Any length = internal::unwrap(length_property->read(instance));
+  internal::tolerate_error(length);
   return !Integer::matches(length.get()) || Integer::unchecked(length).unsigned_value() != 0;
 }
 
@@ -85,7 +86,12 @@ Any internal::boolean_any(bool value) noexcept {
 }
 
 Boolean Boolean::from(const Any& value) {
-  return truth_of(value.has(object_traits::lazy) ? internal::unwrap(value) : value);
+  if (!value.has(object_traits::lazy)) [[likely]] {
+    return truth_of(value);
+  }
+  const Any forced = internal::unwrap(value);
+  internal::tolerate_error(forced);
+  return truth_of(forced);
 }
 
 Type Boolean::getType() { return Type::of(getClass()); }

@@ -59,10 +59,17 @@ std::string accepted_count(const Signature& signature) {
                              : std::to_string(required) + " to " + std::to_string(maximum) + " arguments";
 }
 
+// What a callable says of itself; an Error when it cannot tell.
+Result<Signature> known_signature(const object_value_callable& callable) {
+  Result<Signature> declared = callable.signature();
+  internal::tolerate_error(declared);
+  return declared;
+}
+
 }  // namespace
 
 Any object_value_callable::error_arguments_count(std::size_t given) const {
-  const Result<Signature> declared = signature();
+  const Result<Signature> declared = known_signature(*this);
   std::string text = bad_call(*this);
   if (declared) {
     // A receiver is no argument to whoever wrote the call.
@@ -76,7 +83,7 @@ Any object_value_callable::error_arguments_count(std::size_t given) const {
   return BadArgument(text);
 }
 
-Any object_value_callable::call_named(std::span<const Any> positional, std::span<const named_argument> named) const {
+Any object_value_callable::do_call_named(std::span<const Any> positional, std::span<const named_argument> named) const {
   if (named.empty()) {
     return call(positional);
   }
@@ -115,40 +122,46 @@ Any object_value_callable::call_named(std::span<const Any> positional, std::span
 }
 
 Type object_value_callable::result_type() const {
-  const Result<Signature> declared = signature();
+  const Result<Signature> declared = known_signature(*this);
   return declared ? declared.value().resultType() : Type::untyped();
 }
 
 std::size_t object_value_callable::parameter_count() const {
-  const Result<Signature> declared = signature();
+  const Result<Signature> declared = known_signature(*this);
   return declared ? declared.value().parameterCount() : 0;
 }
 
 bool object_value_callable::has_variadic_parameters() const {
-  const Result<Signature> declared = signature();
+  const Result<Signature> declared = known_signature(*this);
   return declared && declared.value().hasVariadicParameters();
 }
 
 // --- the handle
 // --------------------------------------------------------------------------------------------------------
 
-Any I_Callable_Generic::callWith(const List_Generic& arguments) const { return callWith(arguments.copyItems()); }
+Any I_Callable_Generic::callWith(const List_Generic& arguments) const {
+  // The row is shared: nothing is copied.
+  const item_row row = arguments.object().share_items();
+  return callWith(row.items());
+}
 
 Any I_Callable_Generic::callWithNamed(const HashMap_Generic& named) const {
   return callWithNamed(List_Generic(), named);
 }
 
 Any I_Callable_Generic::callWithNamed(const List_Generic& positional, const HashMap_Generic& named) const {
-  std::vector<named_argument> row;
-  for (const auto& [key, value] : named.copyPairs()) {
-    const auto name = String::cast(key);
-    if (!name) {
-      return BadArgument(bad_call(object()) +
-                         "the name of an argument is not a String: " + std::string(display_text(key).view()) + ".");
+  return internal::guarded([&]() -> Any {
+    std::vector<named_argument> row;
+    for (const auto& [key, value] : named.copyPairs()) {
+      const auto name = String::cast(key);
+      if (!name) {
+        return BadArgument(bad_call(object()) +
+                           "the name of an argument is not a String: " + std::string(display_text(key).view()) + ".");
+      }
+      row.push_back({*name, value});
     }
-    row.push_back({*name, value});
-  }
-  return object().call_named(positional.copyItems(), row);
+    return object().call_named(positional.copyItems(), row);
+  });
 }
 
 Type I_Callable_Generic::resultType() const { return object().result_type(); }
@@ -246,11 +259,11 @@ Any object_value_function::error_bad_argument(std::size_t index, const Any& valu
 
 object_value_class& object_value_bound::object_class() const { return internal::function_class.required(); }
 
-Any object_value_bound::call(std::span<const Any> arguments) const {
+Any object_value_bound::do_call(std::span<const Any> arguments) const {
   return callable_.callWith(internal::prefixed_row(instance_, arguments));
 }
 
-Any object_value_bound::call_named(std::span<const Any> positional, std::span<const named_argument> named) const {
+Any object_value_bound::do_call_named(std::span<const Any> positional, std::span<const named_argument> named) const {
   return callable_.object().call_named(internal::prefixed_row(instance_, positional), named);
 }
 
@@ -264,7 +277,7 @@ Result<Signature> object_value_bound::signature() const {
 
 object_value_class& object_value_constant::object_class() const { return internal::function_class.required(); }
 
-Any object_value_constant::call(std::span<const Any> arguments) const {
+Any object_value_constant::do_call(std::span<const Any> arguments) const {
   return arguments.empty() ? value_ : error_arguments_count(arguments.size());
 }
 

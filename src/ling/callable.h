@@ -5,10 +5,11 @@
 // receiver as the first argument until it is bound. A callable that takes no receiver although it stands in a class, or
 // stands alone, is independent.
 //
-// Errors: a call returns its result or an Error; C++ exceptions thrown by the called function become Errors.
+// Errors: a call returns its result or an Error; C++ exceptions thrown on the way become Errors, in one place for all.
 #pragma once
 
 #include "ling/any.h"
+#include "ling/error.h"
 #include "ling/string.h"
 #include "ling/union.h"
 
@@ -31,10 +32,13 @@ struct named_argument {
 
 class LING_API object_value_callable : public object_value {
  public:
-  virtual Any call(std::span<const Any> arguments) const = 0;
-  // Positional arguments first, then those given by name. The default places named arguments by the parameter names of
-  // the signature and fills gaps with defaults; unknown, repeated and missing names are BadArguments.
-  virtual Any call_named(std::span<const Any> positional, std::span<const named_argument> named) const;
+  Any call(std::span<const Any> arguments) const noexcept {
+    return internal::guarded([&] { return do_call(arguments); });
+  }
+  // Positional arguments first, then those given by name.
+  Any call_named(std::span<const Any> positional, std::span<const named_argument> named) const noexcept {
+    return internal::guarded([&] { return do_call_named(positional, named); });
+  }
 
   virtual String name() const = 0;
   virtual String doc() const = 0;
@@ -56,6 +60,12 @@ class LING_API object_value_callable : public object_value {
  protected:
   explicit object_value_callable(object_traits traits = object_traits::none) noexcept
       : object_value(traits | object_traits::callable) {}
+
+  // What is called; may throw.
+  virtual Any do_call(std::span<const Any> arguments) const = 0;
+  // The default places named arguments by the parameter names of the signature and fills gaps with defaults; unknown,
+  // repeated and missing names are BadArguments.
+  virtual Any do_call_named(std::span<const Any> positional, std::span<const named_argument> named) const;
 };
 
 class LING_API I_Callable_Generic : public Handle<I_Callable_Generic, object_value_callable> {
@@ -156,8 +166,8 @@ class LING_API object_value_bound final : public object_value_callable {
 
   ObjectType type() const noexcept override { return ObjectType::Callable; }
   object_value_class& object_class() const override;
-  Any call(std::span<const Any> arguments) const override;
-  Any call_named(std::span<const Any> positional, std::span<const named_argument> named) const override;
+  Any do_call(std::span<const Any> arguments) const override;
+  Any do_call_named(std::span<const Any> positional, std::span<const named_argument> named) const override;
   String name() const override { return callable_.name(); }
   String doc() const override { return callable_.doc(); }
   Result<Signature> signature() const override;  // without the receiver
@@ -177,7 +187,7 @@ class LING_API object_value_constant final : public object_value_callable {
   explicit object_value_constant(Any value) noexcept : value_(std::move(value)) {}
   ObjectType type() const noexcept override { return ObjectType::Callable; }
   object_value_class& object_class() const override;
-  Any call(std::span<const Any> arguments) const override;
+  Any do_call(std::span<const Any> arguments) const override;
   String name() const override { return {}; }
   String doc() const override { return {}; }
   Result<Signature> signature() const override;
@@ -198,8 +208,8 @@ class LING_API object_value_multimethod final : public object_value_callable {
       : name_(std::move(name)), overloads_(std::move(overloads)) {}
   ObjectType type() const noexcept override { return ObjectType::Multimethod; }
   object_value_class& object_class() const override;
-  Any call(std::span<const Any> arguments) const override;
-  Any call_named(std::span<const Any> positional, std::span<const named_argument> named) const override;
+  Any do_call(std::span<const Any> arguments) const override;
+  Any do_call_named(std::span<const Any> positional, std::span<const named_argument> named) const override;
   String name() const override { return name_; }
   String doc() const override;                               // the docs of the overloads, one after the other
   Result<Signature> signature() const override;              // variadic, untyped

@@ -72,9 +72,13 @@ object_value_class::object_value_class(String name, class_lifetime lifetime)
   }
 }
 
+// Of a counted class, or of one whose making has failed halfway.
 object_value_class::~object_value_class() {
   {
     const std::lock_guard guard(change_lock());
+    if (has(object_traits::immortal)) {
+      std::erase(all_classes(), this);
+    }
     for (const object_value_class* parent : parents_) {
       // From the back: classes that come and go were added last.
       auto& siblings = const_cast<object_value_class*>(parent)->children_;
@@ -88,7 +92,7 @@ object_value_class::~object_value_class() {
   }
 }
 
-Any object_value_class::call(std::span<const Any> arguments) const {
+Any object_value_class::do_call(std::span<const Any> arguments) const {
   const Class_Generic self(const_cast<object_value_class&>(*this));
   if (constructor_.empty()) {
     if (arguments.empty()) {
@@ -99,9 +103,9 @@ Any object_value_class::call(std::span<const Any> arguments) const {
   return I_Callable_Generic::unchecked(constructor_).callWith(internal::prefixed_row(self, arguments));
 }
 
-Any object_value_class::call_named(std::span<const Any> positional, std::span<const named_argument> named) const {
+Any object_value_class::do_call_named(std::span<const Any> positional, std::span<const named_argument> named) const {
   if (constructor_.empty()) {
-    return object_value_callable::call_named(positional, named);
+    return object_value_callable::do_call_named(positional, named);
   }
   const Class_Generic self(const_cast<object_value_class&>(*this));
   return static_cast<const object_value_callable&>(*constructor_.get())
@@ -272,8 +276,9 @@ void object_value_class::add_parent_unsafe(object_value_class& parent) {
       std::find(parents_.begin(), parents_.end(), &parent) != parents_.end()) {
     return;
   }
-  parents_.push_back(&parent);
+  parents_.reserve(parents_.size() + 1);
   parent.children_.push_back(this);
+  parents_.push_back(&parent);
   parent.retain();
   // The ancestors of one parent are all different: comparing them with each other would make deep chains of classes
   // expensive.
@@ -306,7 +311,7 @@ void object_value_class::add_parent_unsafe(object_value_class& parent) {
 void object_value_class::add_field_unsafe(const String& name, const Any& default_value, const String& doc) {
   const std::lock_guard guard(change_lock());
   const class_field* field =
-      own_fields_.emplace_back(new class_field{&internal::intern(name.view()), default_value, doc}).get();
+      own_fields_.emplace_back(std::make_unique<class_field>(class_field{&internal::intern(name.view()), default_value, doc})).get();
   class_member addition{field->name, field, field_defaults_.size(), {}, {}};
   field_defaults_.push_back(default_value);
   merge(addition);

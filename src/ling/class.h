@@ -61,8 +61,8 @@ class LING_API object_value_class : public object_value_callable {
 
   // The callable: making an instance. A class without a constructor of its own uses that of its first parent that has
   // one; a class without any is an Error.
-  Any call(std::span<const Any> arguments) const override;
-  Any call_named(std::span<const Any> positional, std::span<const named_argument> named) const override;
+  Any do_call(std::span<const Any> arguments) const override;
+  Any do_call_named(std::span<const Any> positional, std::span<const named_argument> named) const override;
   String name() const override { return name_; }
   String doc() const override;
   Result<Signature> signature() const override;

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <list>
 #include <mutex>
 
 namespace ling {
@@ -178,40 +179,62 @@ struct unregistered_class {
   String module;
   object_value_class* of_class;
 };
+// A list, because its elements change hands without taking memory.
+using unregistered_row = std::list<unregistered_class>;
 struct unregistered_classes {
   spinlock lock;
-  std::vector<unregistered_class> waiting;
+  unregistered_row waiting;
 };
 unregistered_classes& classes_to_register() {
   static unregistered_classes& classes = *new unregistered_classes;
   return classes;
 }
+void queue_for_registration(unregistered_row& row) {
+  const std::lock_guard guard(classes_to_register().lock);
+  classes_to_register().waiting.splice(classes_to_register().waiting.end(), row);
+}
 
-thread_local bool registering = false;
+constinit thread_local bool registering = false;
+
+// The classes that a thread is about to register. Those that it does not come to wait for the next one.
+class [[nodiscard]] registration_batch {
+ public:
+  registration_batch() noexcept { registering = true; }
+  ~registration_batch() {
+    registering = false;
+    queue_for_registration(row_);
+  }
+  registration_batch(const registration_batch&) = delete;
+  registration_batch& operator=(const registration_batch&) = delete;
+
+  // The next class, which is the batch's until `done`; null when none is left.
+  const unregistered_class* next() {
+    if (row_.empty()) {
+      const std::lock_guard guard(classes_to_register().lock);
+      row_.swap(classes_to_register().waiting);
+    }
+    return row_.empty() ? nullptr : &row_.front();
+  }
+  void done() { row_.pop_front(); }
+
+ private:
+  unregistered_row row_;
+};
 
 Result<None> register_finished_classes() {
   if (innermost_description != nullptr || registering) {
     return None();
   }
-  registering = true;
   Any first_error;
-  for (;;) {
-    std::vector<unregistered_class> batch;
-    {
-      const std::lock_guard guard(classes_to_register().lock);
-      batch.swap(classes_to_register().waiting);
+  registration_batch batch;
+  while (const unregistered_class* each = batch.next()) {
+    const Result<None> registered = register_class(each->module, Class_Generic(*each->of_class));
+    internal::tolerate_error(registered);
+    if (registered.is_error() && first_error.empty()) {
+      first_error = registered;
     }
-    if (batch.empty()) {
-      break;
-    }
-    for (const unregistered_class& each : batch) {
-      const Result<None> registered = register_class(each.module, Class_Generic(*each.of_class));
-      if (registered.is_error() && first_error.empty()) {
-        first_error = registered;
-      }
-    }
+    batch.done();
   }
-  registering = false;
   return Result<None>::unchecked(first_error);
 }
 
@@ -257,12 +280,10 @@ object_value_class* internal::native_class(const std::type_info& type) noexcept 
 }
 
 Result<Class_Generic> class_definition_base::run_description(String& module) const {
-  try {
+  return internal::guarded([&] {
     const description_scope scope(*this);
     return describe_(*this, module);
-  } catch (...) {
-    return Error::fromCurrentException();
-  }
+  });
 }
 
 Result<Class_Generic> class_definition_base::build() const {
@@ -275,20 +296,22 @@ Result<Class_Generic> class_definition_base::build() const {
   if (native_type_ != nullptr) {
     register_native_definition(*native_type_, *this);
   }
+  unregistered_row own_row;
+  if (!module.empty()) {
+    own_row.push_back({module, &finished.object()});
+  }
   object_value_class* built = nullptr;
   if (!built_.compare_exchange_strong(built, &finished.object(), std::memory_order_acq_rel)) {
     return Class_Generic(*built);  // another thread was first; its class is the class
   }
-  if (!module.empty()) {
-    const std::lock_guard guard(classes_to_register().lock);
-    classes_to_register().waiting.push_back({module, &finished.object()});
-  }
+  queue_for_registration(own_row);
   TRY(register_finished_classes());
   return finished;
 }
 
 object_value_class& class_definition_base::build_required() const {
   const Result<Class_Generic> built = build();
+  internal::tolerate_error(built);
   if (built.is_error()) {
     std::fprintf(stderr, "ling: the class %s cannot be built: %s\n", name_, built.error().message().c_str());
     std::abort();

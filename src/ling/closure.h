@@ -333,7 +333,7 @@ class object_value_closure final : public object_value_function {
                               {&row::types, &internal::result_of<std::remove_cvref_t<result>>::type}),
         function_(std::move(function)) {}
 
-  Any call(std::span<const Any> given) const override {
+  Any do_call(std::span<const Any> given) const override {
     if (given.size() == count && !row::variadic) [[likely]] {
       return invoke(given.data(), std::make_index_sequence<count>());
     }
@@ -370,21 +370,17 @@ class object_value_closure final : public object_value_function {
 
   template <std::size_t... I>
   Any invoke(const Any* given, std::index_sequence<I...>) const {
-    try {
-      [[maybe_unused]] typename row::arguments arguments;
-      std::size_t bad = 0;
-      if (!((std::get<I>(arguments).read(given[I]) || (bad = I, false)) && ...)) [[unlikely]] {
-        return error_bad_argument(bad, given[bad]);
-      }
-      if constexpr (std::is_void_v<result>) {
-        std::invoke(function_, std::get<I>(arguments).get()...);
-        return None();
-      } else {
-        return internal::result_of<std::remove_cvref_t<result>>::convert(
-            std::invoke(function_, std::get<I>(arguments).get()...));
-      }
-    } catch (...) {
-      return Error::fromCurrentException();
+    [[maybe_unused]] typename row::arguments arguments;
+    std::size_t bad = 0;
+    if (!((std::get<I>(arguments).read(given[I]) || (bad = I, false)) && ...)) [[unlikely]] {
+      return error_bad_argument(bad, given[bad]);
+    }
+    if constexpr (std::is_void_v<result>) {
+      std::invoke(function_, std::get<I>(arguments).get()...);
+      return None();
+    } else {
+      return internal::result_of<std::remove_cvref_t<result>>::convert(
+          std::invoke(function_, std::get<I>(arguments).get()...));
     }
   }
 

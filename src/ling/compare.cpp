@@ -325,7 +325,12 @@ Result<Ordering> compare_objects(const Any& a, const Any& b) {
   return Ordering(order);
 }
 
-ordering_value compare_objects_value(const Any& a, const Any& b) { return comparison().compare(a, b, question::order); }
+ordering_value compare_objects_value(const Any& a, const Any& b) {
+  comparison walk;
+  const ordering_value order = walk.compare(a, b, question::order);
+  internal::tolerate_error(walk.error());
+  return order;
+}
 
 Result<Boolean> equal_objects(const Any& a, const Any& b) {
   comparison walk;

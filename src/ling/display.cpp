@@ -238,6 +238,7 @@ bool display_writer::take_error(const Any& instance, const Any& error) {
     error_ = error;
     return false;
   }
+  internal::tolerate_error(error);
   // The message alone: its own display may be what fails.
   write_named("", String("{}: {}").arg(qualname(instance), Error::unchecked(error).message()));
   return true;

@@ -82,8 +82,10 @@ constinit const class_definition<EvaluationError> internal::evaluation_error_cla
                     [](const EvaluationError& self) { return optional_number(self.length()); });
     });
 
-object_value_error::object_value_error(object_value_class& of_class, String message)
-    : object_value_instance(of_class, object_traits::error), message_(std::move(message)) {}
+object_value_error::object_value_error(object_value_class& of_class, String message, object_traits more)
+    : object_value_instance(of_class, object_traits::error | more), message_(std::move(message)) {}
+object_value_error::object_value_error(String message, object_traits more)
+    : object_value_instance(object_traits::error | more), message_(std::move(message)) {}
 
 String object_value_error::message() const { return message_; }
 String object_value_error::stack() const {
@@ -91,6 +93,9 @@ String object_value_error::stack() const {
   return stack_;
 }
 void object_value_error::set_stack(String stack) {
+  if (has(object_traits::immortal)) {
+    return;  // everybody's
+  }
   const std::lock_guard guard(lock_);
   stack_.swap(stack);
 }
@@ -99,6 +104,9 @@ Any object_value_error::value() const {
   return value_;
 }
 void object_value_error::set_value(Any value) {
+  if (has(object_traits::immortal)) {
+    return;
+  }
   const std::lock_guard guard(lock_);
   value_.swap(value);
 }
@@ -107,6 +115,9 @@ std::exception_ptr object_value_error::cause() const {
   return cause_;
 }
 void object_value_error::set_cause(std::exception_ptr cause) {
+  if (has(object_traits::immortal)) {
+    return;
+  }
   const std::lock_guard guard(lock_);
   cause_.swap(cause);
 }
@@ -119,19 +130,53 @@ Any Error::value() const { return internal::unwrap(object().value()); }
 
 Error Error::unknown() { return Error("Unknown error."); }
 
-Error Error::fromCurrentException() noexcept {
+namespace {
+
+// Describing its class takes memory, so it does not wait for that.
+class object_value_shared_error final : public object_value_error {
+ public:
+  explicit object_value_shared_error(const char* message)
+      : object_value_error(message, object_traits::immortal | object_traits::out_of_memory) {}
+  object_value_class& object_class() const override { return internal::error_class.required(); }
+};
+
+const object_value_error& shared_out_of_memory() {
+  static const object_value_error& shared = *new object_value_shared_error("Out of memory.");
+  return shared;
+}
+// Made while the library is loaded.
+[[maybe_unused]] const object_value_error& made_in_time = shared_out_of_memory();
+
+Error error_of_current_exception() {
   try {
     throw;
   } catch (const Error& error) {
     return error;
+  } catch (const std::bad_alloc&) {
+    return Error::outOfMemory();
   } catch (const std::exception& exception) {
     const Error error(exception.what());
     error.setCause(std::current_exception());
     return error;
   } catch (...) {
-    const Error error = unknown();
+    const Error error = Error::unknown();
     error.setCause(std::current_exception());
     return error;
+  }
+}
+
+}  // namespace
+
+Error Error::outOfMemory() noexcept { return unchecked(Any::share(&shared_out_of_memory())); }
+Error Error::outOfMemory(const String& message) {
+  return Error(new object_value_error(getClass().object(), message, object_traits::out_of_memory));
+}
+
+Error Error::fromCurrentException() noexcept {
+  try {
+    return error_of_current_exception();
+  } catch (...) {
+    return outOfMemory();  // for an error that says more there is none
   }
 }
 
@@ -140,7 +185,7 @@ Class_Generic Error::getClass() { return internal::error_class.required(); }
 
 namespace {
 bool is_error_of(const object_value* object, const class_definition_base& definition) noexcept {
-  return Error::matches(object) && object->object_class().is_ancestor(definition.required());
+  return Error::matches(object) && internal::is_object_of(*object, definition);
 }
 }  // namespace
 

@@ -12,6 +12,7 @@
 
 #include <cstdint>
 #include <exception>
+#include <new>
 #include <optional>
 
 namespace ling {
@@ -20,7 +21,8 @@ class Class_Generic;
 
 class LING_API object_value_error : public object_value_instance {
  public:
-  object_value_error(object_value_class& of_class, String message);
+  // Of the further traits, only out_of_memory.
+  object_value_error(object_value_class& of_class, String message, object_traits more = object_traits::none);
 
   String message() const;
   String stack() const;
@@ -30,6 +32,10 @@ class LING_API object_value_error : public object_value_instance {
   void set_value(Any value);
   std::exception_ptr cause() const;
   void set_cause(std::exception_ptr cause);
+
+ protected:
+  // For the error that is there before its class: the derived class answers `object_class`.
+  object_value_error(String message, object_traits more);
 
  private:
   const String message_;
@@ -47,10 +53,16 @@ class LING_API Error : public Handle<Error, object_value_error> {
 
   // An error without details.
   static Error unknown();
-  // The error for the C++ exception being handled: a thrown Error is that error, any other exception becomes the cause
-  // of a new one with its text. Only inside a catch clause.
+  // The error that says that memory has run out: one object, which is there from the start and never changes, so that
+  // having it takes no memory; or, where there is more to say, one of its own.
+  static Error outOfMemory() noexcept;
+  static Error outOfMemory(const String& message);
+  // The error for the C++ exception being handled: a thrown Error is that error, std::bad_alloc is outOfMemory(), any
+  // other exception becomes the cause of a new one with its text. Only inside a catch clause.
   static Error fromCurrentException() noexcept;
 
+  // Whether it says that memory has run out.
+  bool isOutOfMemory() const noexcept { return has(object_traits::out_of_memory); }
   String message() const { return object().message(); }
   // Where it happened, as text for people; empty when unknown.
   String stack() const { return object().stack(); }
@@ -97,8 +109,9 @@ struct source_position {
 
 class LING_API object_value_evaluation_error final : public object_value_error {
  public:
-  object_value_evaluation_error(object_value_class& of_class, String message, source_position position)
-      : object_value_error(of_class, std::move(message)), position_(position) {}
+  object_value_evaluation_error(object_value_class& of_class, String message, source_position position,
+                                object_traits more = object_traits::none)
+      : object_value_error(of_class, std::move(message), more), position_(position) {}
   const source_position& position() const noexcept { return position_; }
 
  private:
@@ -118,6 +131,28 @@ class LING_API EvaluationError : public Handle<EvaluationError, object_value_eva
   static Type getType();
   static Class_Generic getClass();
 };
+
+namespace internal {
+
+// Runs what must not throw: what is thrown becomes an Error.
+template <class F>
+auto guarded(const F& body) noexcept -> decltype(body()) {
+  try {
+    return body();
+  } catch (...) {
+    return Error::fromCurrentException();
+  }
+}
+
+// For those who make do without what an Error keeps from them. Exhausted memory is nothing to make do with, or the
+// answer would be a wrong one: it is thrown on, as std::bad_alloc.
+inline void tolerate_error(const Any& outcome) {
+  if (outcome.has(object_traits::out_of_memory)) [[unlikely]] {
+    throw std::bad_alloc();
+  }
+}
+
+}  // namespace internal
 
 template <class... Alternatives>
 Error Union<Alternatives...>::error() const noexcept {

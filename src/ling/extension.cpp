@@ -59,15 +59,18 @@ std::string absolute_path(const String& path) {
 }
 
 Result<None> call_entry_point(void* address, const char* symbol, const String& path) {
-  try {
+  const Result<None> called = internal::guarded([address]() -> Result<None> {
     reinterpret_cast<entry_point>(address)();
     return None();
-  } catch (...) {
-    const Error failure = Error::fromCurrentException();
-    const Error error(String("Extension {}: {} failed: {}").arg(path, symbol, failure.message()));
-    error.setCause(failure.cause());
-    return error;
+  });
+  internal::tolerate_error(called);
+  if (!called.is_error()) {
+    return called;
   }
+  const Error failure = called.error();
+  const Error error(String("Extension {}: {} failed: {}").arg(path, symbol, failure.message()));
+  error.setCause(failure.cause());
+  return error;
 }
 
 Result<None> call_entry_points(void* library, const String& path) {

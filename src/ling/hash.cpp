@@ -159,7 +159,12 @@ std::uint64_t object_id(const Any& value) noexcept {
   return value.empty() ? None().get()->identity() : value.get()->identity();
 }
 
-std::uint64_t hash_of(const Any& value) { return hashing().hash(value, false); }
+std::uint64_t hash_of(const Any& value) {
+  hashing walk;
+  const std::uint64_t hash = walk.hash(value, false);
+  internal::tolerate_error(walk.error());
+  return hash;
+}
 
 Result<None> internal::hash_key(const Any& key, std::uint64_t& hash) {
   hashing walk;

@@ -128,18 +128,20 @@ Result<None> object_value_hash_map::extend(const I_Map_Generic& map) {
 
 bool HashMap_Generic::contains(const Any& key) const {
   bool found = false;
-  return !is_error_result(object().find(key, nullptr, &found)) && found;
+  internal::tolerate_error(object().find(key, nullptr, &found));
+  return found;
 }
 
 Any HashMap_Generic::get(const Any& key, const Any& otherwise) const {
   Any value;
   bool found = false;
-  const Any outcome = object().find(key, &value, &found);
-  return !is_error_result(outcome) && found ? value : otherwise;
+  internal::tolerate_error(object().find(key, &value, &found));
+  return found ? value : otherwise;
 }
 
 void HashMap_Generic::set(const Any& key, const Any& value) const {
-  [[maybe_unused]] const Any outcome = object().set(key, value);
+  const Any outcome = object().set(key, value);
+  internal::tolerate_error(outcome);
   assert(!is_error_result(outcome));
 }
 
@@ -151,7 +153,8 @@ Any HashMap_Generic::setChecked(const Any& key, const Any& value) const {
 
 bool HashMap_Generic::remove(const Any& key) const {
   bool removed = false;
-  return !is_error_result(object().remove(key, nullptr, &removed)) && removed;
+  internal::tolerate_error(object().remove(key, nullptr, &removed));
+  return removed;
 }
 
 Type HashMap_Generic::keysType() const { return internal::type_or_untyped(object().object_class(), 0); }

@@ -97,7 +97,8 @@ Result<None> object_value_hash_set::extend(const Any& iterable) {
 
 bool HashSet_Generic::contains(const Any& value) const {
   bool found = false;
-  return !is_error_result(object().contains(value, &found)) && found;
+  internal::tolerate_error(object().contains(value, &found));
+  return found;
 }
 
 Any HashSet_Generic::insert(const Any& value) const {
@@ -109,7 +110,8 @@ Any HashSet_Generic::insert(const Any& value) const {
 
 bool HashSet_Generic::remove(const Any& value) const {
   bool removed = false;
-  return !is_error_result(object().remove(value, &removed)) && removed;
+  internal::tolerate_error(object().remove(value, &removed));
+  return removed;
 }
 
 Type HashSet_Generic::elementsType() const { return internal::type_or_untyped(object().object_class(), 0); }

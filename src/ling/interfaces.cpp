@@ -13,7 +13,7 @@ using internal::promised;
 
 #define LING_DEFINE_INTERFACE(Name, definition)                                                      \
   bool Name::matches(const object_value* object) noexcept {                                          \
-    return object != nullptr && object->object_class().is_ancestor(internal::definition.required()); \
+    return object != nullptr && internal::is_object_of(*object, internal::definition); \
   }                                                                                                  \
   Type Name::getType() { return Type::of(getClass()); }                                              \
   Class_Generic Name::getClass() { return internal::definition.required(); }
@@ -37,7 +37,7 @@ LING_DEFINE_INTERFACE(I_Language, i_language_class)
 
 // None is immutable whether it is an object or an empty handle.
 bool I_Immutable::matches(const object_value* object) noexcept {
-  return object == nullptr || object->object_class().is_ancestor(internal::i_immutable_class.required());
+  return object == nullptr || internal::is_object_of(*object, internal::i_immutable_class);
 }
 Type I_Immutable::getType() { return Type::of(getClass()); }
 Class_Generic I_Immutable::getClass() { return internal::i_immutable_class.required(); }
@@ -84,6 +84,7 @@ Result<Any> I_Language::evaluate(const String& code, const Any& scope) const {
 }
 bool I_Language::canEvaluate() const {
   const Any answer = internal::unwrap(propertyValue(members::property::canEvaluate));
+  internal::tolerate_error(answer);
   return Boolean::matches(answer.get()) && Boolean::unchecked(answer).value();
 }
 

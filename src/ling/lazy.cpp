@@ -59,14 +59,6 @@ bool is_being_computed(const object_value_computed& value) noexcept {
 
 Error error_needs_itself() { return Error("A computed value needs itself."); }
 
-Any compute_guarded(const std::function<Any()>& compute) {
-  try {
-    return compute();
-  } catch (...) {
-    return Error::fromCurrentException();
-  }
-}
-
 }  // namespace
 
 object_value_class& object_value_computed::object_class() const { return internal::computed_class.required(); }
@@ -95,10 +87,13 @@ Any object_value_computed::force() {
   Any value;
   {
     const computation_scope scope(*this);
-    value = compute_guarded(*compute);
+    value = internal::guarded(*compute);
   }
   if (value.get() == this) {
     value = error_needs_itself();  // kept, it would keep itself alive
+  }
+  if (value.has(object_traits::out_of_memory)) {
+    return value;  // says nothing of the value: there may be memory the next time
   }
   const std::lock_guard guard(lock_);
   if (compute_ != nullptr) {
@@ -166,7 +161,7 @@ object_value_weak_reference::object_value_weak_reference(const Any& target) : bu
   }
   auto fresh = std::make_unique<weak_cell>(weak_cell{target.get(), 1, nullptr});
   // Seen by the thread that lets go of the object last, because we let go of it before.
-  target.get()->weakly_referenced_.store(true, std::memory_order_relaxed);
+  target.get()->weakly_referenced_or_next_dead_.store(target.get(), std::memory_order_relaxed);
   cell_bucket& bucket = bucket_of(bucket_key_);
   const std::lock_guard guard(bucket.lock);
   weak_cell** place = bucket.place_of(target.get());

@@ -153,6 +153,25 @@ void object_value_list::replace_all(std::vector<Any> items) {
   // The former items die with the row, after the lock.
 }
 
+void object_value_list::splice(std::size_t start, std::size_t count, std::vector<Any> items) {
+  const std::size_t added = items.size();
+  items.resize(std::max(added, count));  // room for what is replaced
+  const std::lock_guard guard(lock_);
+  std::vector<Any>& all = items_.change();
+  const std::size_t first = std::min(start, all.size());
+  const std::size_t replaced = std::min(count, all.size() - first);
+  const auto end = all.begin() + static_cast<std::ptrdiff_t>(first + replaced);
+  if (added > replaced) {
+    all.insert(end, added - replaced, Any());
+  }
+  for (std::size_t i = 0; i < std::max(added, replaced); ++i) {
+    all[first + i].swap(items[i]);
+  }
+  if (added < replaced) {
+    all.erase(all.begin() + static_cast<std::ptrdiff_t>(first + added), end);
+  }
+}
+
 void object_value_list::reverse() {
   const std::lock_guard guard(lock_);
   std::ranges::reverse(items_.change());

@@ -40,7 +40,6 @@ class LING_API object_value_list final : public object_value {
   Any set(std::int64_t index, Any value);  // None or an Error
   void append(Any value);
   void append_all(std::vector<Any>&& values);
-  void append_all(std::span<const Any> values) { append_all(std::vector<Any>(values.begin(), values.end())); }
   // The items of an iterable or of what is left of an iterator; checks the type. An Error leaves the list as it was.
   Result<None> extend(const Any& iterable);
   // Before the item at `index`, which is clamped to the list; checks the type.
@@ -56,6 +55,8 @@ class LING_API object_value_list final : public object_value {
   // A list of the same class; negative positions count from the end, both are clamped.
   Any slice(std::int64_t start, std::int64_t stop) const;
   void replace_all(std::vector<Any> items);
+  // Puts the items in the place of `count` items from `start` on, which both are clamped to the list.
+  void splice(std::size_t start, std::size_t count, std::vector<Any> items);
   void reverse();
   // Ascending; equal items keep their order. An Error, and the list as it was, when two items cannot be compared or the
   // list is changed while it is sorted.

@@ -83,16 +83,26 @@ void write_to_standard_error(const LogRecord& record) {
 // Whether this thread is inside the host's sink.
 constinit thread_local bool inside_sink = false;
 
-void call_sink(const sink_function& sink, const LogRecord& record) {
+// None, or what the sink has thrown.
+Any call_sink(const sink_function& sink, const LogRecord& record) {
   inside_sink = true;
-  try {
+  const Any outcome = internal::guarded([&]() -> Any {
     sink(record);
-  } catch (...) {
+    return {};
+  });
+  inside_sink = false;
+  return outcome;
+}
+
+void deliver(const sink_function* sink, const LogRecord& record) {
+  const Any failure = sink == nullptr ? Any() : call_sink(*sink, record);
+  if (is_error_result(failure)) {
     write_to_standard_error(
-        LogRecord(40, String("The log's sink failed: {}").arg(Error::fromCurrentException().message())));
+        LogRecord(40, String("The log's sink failed: {}").arg(Error::unchecked(failure).message())));
+  }
+  if (sink == nullptr || is_error_result(failure)) {
     write_to_standard_error(record);
   }
-  inside_sink = false;
 }
 
 }  // namespace
@@ -160,8 +170,11 @@ void object_value_logger::drain() {
       record = std::move(waiting_.front());
       waiting_.pop_front();
     }
-    const auto next = LogRecord::unchecked(std::move(record));
-    sink != nullptr ? call_sink(*sink, next) : write_to_standard_error(next);
+    // A record that cannot even be written must not keep those behind it.
+    static_cast<void>(internal::guarded([&]() -> Any {
+      deliver(sink.get(), LogRecord::unchecked(std::move(record)));
+      return {};
+    }));
   }
 }
 

@@ -1,11 +1,20 @@
 // Growing and filling the member table.
 #include "ling/member_table.h"
 
+#include <algorithm>
+
 namespace ling {
 
 namespace {
 constexpr std::size_t initial_capacity = 16;
+
+template <class T>
+void make_room(std::vector<T>& row) {
+  if (row.size() == row.capacity()) {
+    row.reserve(row.size() * 2 + 1);
+  }
 }
+}  // namespace
 
 member_table::member_table() {
   all_rows_.push_back(std::make_unique<row>(initial_capacity));
@@ -22,31 +31,34 @@ void member_table::place(row& into, const class_member* member) noexcept {
   into.slots[i].store(member, std::memory_order_release);
 }
 
+// Memory first: when there is none, nothing has changed yet.
 void member_table::store(class_member member) {
-  const class_member* stored = storage_.emplace_back(std::make_unique<const class_member>(std::move(member))).get();
-  row* rows = all_rows_.back().get();
-  for (std::size_t i = stored->name->hash & rows->mask;; i = (i + 1) & rows->mask) {
-    const class_member* present = rows->slots[i].load(std::memory_order_relaxed);
-    if (present == nullptr) {
-      break;
-    }
-    if (present->name == stored->name) {
-      rows->slots[i].store(stored, std::memory_order_release);
-      for (const class_member*& each : ordered_) {
-        if (each == present) {
-          each = stored;
-        }
-      }
-      return;
-    }
+  row& rows = *all_rows_.back();
+  std::size_t place_of_name = member.name->hash & rows.mask;
+  const class_member* former = nullptr;
+  while ((former = rows.slots[place_of_name].load(std::memory_order_relaxed)) != nullptr &&
+         former->name != member.name) {
+    place_of_name = (place_of_name + 1) & rows.mask;
   }
-  ordered_.push_back(stored);
-  // At most half full, so that a probe for a missing name ends soon.
-  if (ordered_.size() * 2 <= rows->mask + 1) {
-    place(*rows, stored);
+  auto stored = std::make_unique<const class_member>(std::move(member));
+  make_room(storage_);
+  if (former != nullptr) {
+    rows.slots[place_of_name].store(stored.get(), std::memory_order_release);
+    std::replace(ordered_.begin(), ordered_.end(), former, stored.get());
+    storage_.push_back(std::move(stored));
     return;
   }
-  auto larger = std::make_unique<row>((rows->mask + 1) * 2);
+  make_room(ordered_);
+  make_room(all_rows_);
+  // At most half full, so that a probe for a missing name ends soon.
+  const bool is_full = (ordered_.size() + 1) * 2 > rows.mask + 1;
+  std::unique_ptr<row> larger = is_full ? std::make_unique<row>((rows.mask + 1) * 2) : nullptr;
+  ordered_.push_back(stored.get());
+  storage_.push_back(std::move(stored));
+  if (larger == nullptr) {
+    rows.slots[place_of_name].store(ordered_.back(), std::memory_order_release);
+    return;
+  }
   for (const class_member* each : ordered_) {
     place(*larger, each);
   }

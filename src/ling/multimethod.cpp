@@ -74,7 +74,7 @@ Error no_overload(const object_value_multimethod& method, std::span<const Any> a
 
 object_value_class& object_value_multimethod::object_class() const { return internal::function_class.required(); }
 
-Any object_value_multimethod::call(std::span<const Any> arguments) const {
+Any object_value_multimethod::do_call(std::span<const Any> arguments) const {
   const I_Callable_Generic* best = nullptr;
   std::size_t best_distance = SIZE_MAX;
   for (const I_Callable_Generic& each : overloads_) {
@@ -91,7 +91,7 @@ Any object_value_multimethod::call(std::span<const Any> arguments) const {
   return best != nullptr ? best->callWith(arguments) : Any(no_overload(*this, arguments));
 }
 
-Any object_value_multimethod::call_named(std::span<const Any> positional, std::span<const named_argument> named) const {
+Any object_value_multimethod::do_call_named(std::span<const Any> positional, std::span<const named_argument> named) const {
   if (named.empty()) {
     return call(positional);
   }

@@ -3,8 +3,6 @@
 
 #include "ling/detail/weak.h"
 
-#include <vector>
-
 namespace ling {
 
 object_value::~object_value() = default;
@@ -24,43 +22,36 @@ bool object_value::try_retain() const noexcept {
 
 namespace {
 
-// Objects that died while others were being destroyed on this thread, to be destroyed by the outermost destruction.
-// Plain data: it must work while the thread ends, after thread-local objects with destructors are gone.
+// Objects that died while others were being destroyed on this thread, to be destroyed by the outermost destruction; each
+// leads to the one that died before it. Plain data: it must work while the thread ends, after thread-local objects with
+// destructors are gone.
 struct pending_destruction {
   unsigned depth;
-  std::vector<object_value*>* deferred;
+  const object_value* last;
 };
-thread_local pending_destruction pending{0, nullptr};
+constinit thread_local pending_destruction pending{0, nullptr};
 
 constexpr unsigned maximum_destruction_depth = 64;
 
 }  // namespace
 
 void object_value::dispose() noexcept {
-  if (weakly_referenced_.load(std::memory_order_acquire)) {
+  if (weakly_referenced_or_next_dead_.load(std::memory_order_acquire) != nullptr) {
     internal::clear_weak_references(*this);
   }
   if (pending.depth >= maximum_destruction_depth) {
-    if (pending.deferred == nullptr) {
-      pending.deferred = new std::vector<object_value*>;
-    }
-    pending.deferred->push_back(this);
+    weakly_referenced_or_next_dead_.store(std::exchange(pending.last, this), std::memory_order_relaxed);
     return;
   }
   ++pending.depth;
   delete this;
-  if (--pending.depth == 0 && pending.deferred != nullptr) {
-    // What dies here may defer more; the depth keeps nested destructions from starting this loop again.
-    ++pending.depth;
-    while (!pending.deferred->empty()) {
-      object_value* next = pending.deferred->back();
-      pending.deferred->pop_back();
-      delete next;
-    }
-    delete pending.deferred;
-    pending.deferred = nullptr;
-    --pending.depth;
+  // What dies here may defer more; the depth keeps nested destructions from starting this loop again.
+  while (pending.depth == 1 && pending.last != nullptr) {
+    const object_value* dead = pending.last;
+    pending.last = dead->weakly_referenced_or_next_dead_.load(std::memory_order_relaxed);
+    delete dead;
   }
+  --pending.depth;
 }
 
 }  // namespace ling

@@ -42,10 +42,11 @@ enum class ObjectType : std::uint8_t {
 enum class object_traits : std::uint32_t {
   none = 0,
   immortal = 1u << 0,
-  error = 1u << 1,     // an Error or an instance of a class derived from it
-  lazy = 1u << 2,      // Computed or External: `unwrap` yields another object
-  instance = 1u << 3,  // derives from object_value_instance
-  callable = 1u << 4,  // derives from object_value_callable
+  error = 1u << 1,          // an Error or an instance of a class derived from it
+  lazy = 1u << 2,           // Computed or External: `unwrap` yields another object
+  instance = 1u << 3,       // derives from object_value_instance
+  callable = 1u << 4,       // derives from object_value_callable
+  out_of_memory = 1u << 5,  // an Error that says that memory has run out
 };
 constexpr object_traits operator|(object_traits a, object_traits b) noexcept {
   return static_cast<object_traits>(static_cast<std::uint32_t>(a) | static_cast<std::uint32_t>(b));
@@ -92,13 +93,14 @@ class LING_API object_value {
   friend class object_value_weak_reference;
 
   // Destroys the object. Nested destruction is flattened: a list in a list in a list, a hundred thousand deep, does not
-  // use a hundred thousand stack frames.
+  // use a hundred thousand stack frames. Takes no memory.
   void dispose() noexcept;
 
   mutable std::atomic<std::uint32_t> references_{1};
   std::uint32_t traits_;
-  // Set once a weak reference to the object was made; tells `dispose` to look for it.
-  mutable std::atomic<bool> weakly_referenced_{false};
+  // Of a live object: not null once a weak reference to it was made, which tells `dispose` to look for it. Of a dead
+  // one: the next of those that wait for their destruction.
+  mutable std::atomic<const object_value*> weakly_referenced_or_next_dead_{nullptr};
 };
 
 }  // namespace ling

@@ -35,13 +35,6 @@ bool take_next(internal::init_handler& next) {
   return true;
 }
 
-Result<None> run(internal::init_function handler) {
-  try {
-    return handler();
-  } catch (...) {
-    return Error::fromCurrentException();
-  }
-}
 }  // namespace
 
 void internal::add_init_handler(InitLevel level, init_function handler) {
@@ -54,7 +47,7 @@ std::vector<internal::init_handler>& internal::init_handlers_unsafe() { return q
 Result<None> initialize() {
   Any first_error;
   for (internal::init_handler next{}; take_next(next);) {
-    const Result<None> made = run(next.function);
+    const Result<None> made = internal::guarded(next.function);
     if (made.is_error() && first_error.empty()) {
       first_error = made;
     }

@@ -47,9 +47,9 @@ PyObjectPtr make_module(const Module& module) {
 }
 
 // The pending exception as a warning that the member is missing. False when it is to be raised: it ends more than an
-// import, or warnings are errors.
+// import, memory has run out, or warnings are errors.
 bool warn_left_out(const String& module, std::string_view member) {
-  if (PyErr_ExceptionMatches(PyExc_Exception) == 0) {
+  if (PyErr_ExceptionMatches(PyExc_Exception) == 0 || PyErr_ExceptionMatches(PyExc_MemoryError) != 0) {
     return false;
   }
   PyObject *type, *value, *traceback;

@@ -53,6 +53,7 @@ String type_name(const Type& type) {
 
 String value_text(const Any& value) {
   const auto code = to_code(value);
+  internal::tolerate_error(code);
   return code ? code.value() : String("...");
 }
 

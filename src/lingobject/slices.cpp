@@ -54,30 +54,22 @@ Any read(const I_Sequence_Generic& sequence, selection selected) {
   return new_list(sequence, std::move(items));
 }
 
-// Makes the items of a list what they are to be in one pass, however many come and go in its middle. By the list's own
-// operations, so that what other threads append meanwhile is not lost.
-Result<None> rewrite(const List_Generic& list, std::span<const Any> before, std::span<const Any> after) {
-  const std::size_t common = std::min(before.size(), after.size());
-  for (std::size_t i = 0; i < common; ++i) {
-    if (before[i].get() != after[i].get()) {
-      TRY(Result<None>::unchecked(list.set(static_cast<std::int64_t>(i), after[i])));
+// What stays of the range in which the selected items are takes its place.
+void remove_scattered(const List_Generic& list, const selection& selected) {
+  const std::int64_t last = selected.at(selected.count - 1);
+  const std::int64_t begin = std::min<std::int64_t>(selected.start, last);
+  const std::int64_t end = std::max<std::int64_t>(selected.start, last) + 1;
+  std::vector<Any> kept;
+  {
+    const item_row row = list.object().share_items();
+    const std::span<const Any> items = row.items();
+    for (std::int64_t i = begin; i < std::min<std::int64_t>(end, std::ssize(items)); ++i) {
+      if (!selected.has(i)) {
+        kept.push_back(items[static_cast<std::size_t>(i)]);
+      }
     }
   }
-  list.object().append_all(after.subspan(common));
-  return Result<None>::unchecked(
-      list.object().remove_at(static_cast<std::int64_t>(common), static_cast<std::int64_t>(before.size() - common)));
-}
-
-Result<None> remove_scattered(const List_Generic& list, const selection& selected) {
-  const std::vector<Any> before = list.copyItems();
-  std::vector<Any> after;
-  after.reserve(before.size());
-  for (std::size_t i = 0; i < before.size(); ++i) {
-    if (!selected.has(static_cast<Py_ssize_t>(i))) {
-      after.push_back(before[i]);
-    }
-  }
-  return rewrite(list, before, after);
+  list.object().splice(static_cast<std::size_t>(begin), static_cast<std::size_t>(end - begin), std::move(kept));
 }
 
 Result<None> remove(const I_MutableSequence_Generic& sequence, selection selected) {
@@ -89,7 +81,8 @@ Result<None> remove(const I_MutableSequence_Generic& sequence, selection selecte
     return sequence.removeAt(selected.start, selected.count);
   }
   if (sequence.type() == ObjectType::List) {
-    return remove_scattered(List_Generic::unchecked(sequence), selected);
+    remove_scattered(List_Generic::unchecked(sequence), selected);
+    return None();
   }
   // From the back, so that no removal moves an item that is still to be removed.
   for (Py_ssize_t i = 0; i < selected.count; ++i) {
@@ -107,24 +100,15 @@ Result<None> set_items(const I_MutableSequence_Generic& sequence, const selectio
   return None();
 }
 
-Result<None> insert_many(const List_Generic& list, const selection& selected, std::span<const Any> items) {
-  const std::vector<Any> before = list.copyItems();
-  const auto length = static_cast<Py_ssize_t>(before.size());
-  const auto first = before.begin() + std::min(selected.start, length);
-  const auto last = before.begin() + std::min(selected.start + selected.count, length);
-  std::vector<Any> after(before.begin(), first);
-  after.reserve(before.size() + items.size());
-  after.insert(after.end(), items.begin(), items.end());
-  after.insert(after.end(), last, before.end());
-  return rewrite(list, before, after);
-}
-
 Result<None> replace_adjacent(const I_MutableSequence_Generic& sequence, const selection& selected,
                               std::span<const Any> items) {
-  const auto count = static_cast<Py_ssize_t>(items.size());
-  if (sequence.type() == ObjectType::List && count > selected.count + 1) {
-    return insert_many(List_Generic::unchecked(sequence), selected, items);
+  if (sequence.type() == ObjectType::List) {
+    List_Generic::unchecked(sequence).object().splice(static_cast<std::size_t>(selected.start),
+                                                      static_cast<std::size_t>(selected.count),
+                                                      std::vector<Any>(items.begin(), items.end()));
+    return None();
   }
+  const auto count = static_cast<Py_ssize_t>(items.size());
   const Py_ssize_t common = std::min(count, selected.count);
   TRY(set_items(sequence, selected, items.first(static_cast<std::size_t>(common))));
   for (Py_ssize_t i = common; i < count; ++i) {

@@ -1,6 +1,7 @@
 // Python's iterables and iterators.
 #include "bridge/convert.h"
 #include "bridge/error_bridge.h"
+#include "bridge/pending_exception.h"
 #include "proxies/collection_members.h"
 #include "proxies/collection_proxies.h"
 #include "proxies/method_call.h"
@@ -27,11 +28,10 @@ Result<I_Iterator_Generic> iterate_by_method(const CPythonObject& self) {
   return with_python_object(self, [](PyObjectPtr_Borrowed object) -> Result<I_Iterator_Generic> {
     const PyObjectPtr method(PyObject_GetAttrString(object.get(), "__iter__"));
     if (!method || PyCallable_Check(method.get()) == 0) {
-      PyErr_Clear();
+      tolerate_exception();
       return Error("Missing '__iter__' method.");
     }
-    const PyObjectPtr no_arguments(PyTuple_New(0));
-    return as_iterator(PyObjectPtr(PyObject_Call(method.get(), no_arguments.get(), nullptr)));
+    return as_iterator(PyObjectPtr(PyObject_CallObject(method.get(), nullptr)));
   });
 }
 

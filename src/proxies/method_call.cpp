@@ -2,6 +2,7 @@
 #include "proxies/method_call.h"
 
 #include "bridge/error_bridge.h"
+#include "bridge/pending_exception.h"
 #include "bridge/python_call.h"
 #include "ling/reflection.h"
 
@@ -14,7 +15,7 @@ Any call_python_method(const CPythonObject& target, const char* name, std::span<
       if (!method && PyErr_ExceptionMatches(PyExc_Exception) == 0) {
         return capture_error_or("Unable to read an attribute.");  // an interrupt is no missing method
       }
-      PyErr_Clear();
+      tolerate_exception();
       return Error(String("The method is missing: {}, target object: {}.").arg(name, display_text(target)));
     }
     return call_python(method.get(), arguments);

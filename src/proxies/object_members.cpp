@@ -3,6 +3,7 @@
 
 #include "bridge/convert.h"
 #include "bridge/error_bridge.h"
+#include "bridge/pending_exception.h"
 #include "bridge/python_text.h"
 #include "ling/detail/try.h"
 #include "ling/reflection.h"
@@ -64,7 +65,7 @@ Union<I_Callable_Generic, None> callable_attribute(const CPythonObject& self, co
 Any describe_property(PyObjectPtr_Borrowed object, const String& name) {
   const PyObjectPtr attribute = get_attribute(object, name);
   if (!attribute) {
-    PyErr_Clear();
+    tolerate_exception();
     return {};
   }
   if (PyType_IsSubtype(Py_TYPE(attribute.get()), &PyProperty_Type) == 0) {

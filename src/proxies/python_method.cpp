@@ -1,6 +1,7 @@
 // Methods of Python types.
 #include "proxies/python_method.h"
 
+#include "bridge/pending_exception.h"
 #include "bridge/python_call.h"
 #include "bridge/python_text.h"
 #include "ling/class_builder.h"
@@ -38,8 +39,8 @@ class object_value_python_method final : public object_value_callable {
 
   ObjectType type() const noexcept override { return ObjectType::Callable; }
   object_value_class& object_class() const override { return python_method_class.required(); }
-  Any call(std::span<const Any> arguments) const override { return call_named(arguments, {}); }
-  Any call_named(std::span<const Any> positional, std::span<const named_argument> named) const override;
+  Any do_call(std::span<const Any> arguments) const override { return do_call_named(arguments, {}); }
+  Any do_call_named(std::span<const Any> positional, std::span<const named_argument> named) const override;
   String name() const override { return name_; }
   String doc() const override {
     const GilGuard gil;
@@ -90,7 +91,7 @@ void object_value_python_method::set_declaring_context(const Any& context) {
   kept.swap(declaring_context_);
 }
 
-Any object_value_python_method::call_named(std::span<const Any> positional,
+Any object_value_python_method::do_call_named(std::span<const Any> positional,
                                            std::span<const named_argument> named) const {
   constexpr std::size_t maximum_arguments = 12;
   if (positional.size() > maximum_arguments) {
@@ -106,7 +107,7 @@ Any object_value_python_method::call_named(std::span<const Any> positional,
 // One of the functions of a `property`, which passes the object to it; empty when it is missing or cannot be called.
 Any accessor(PyObjectPtr_Borrowed property, const char* name) {
   const PyObjectPtr function(PyObject_GetAttrString(property.get(), name));
-  PyErr_Clear();
+  tolerate_exception();
   if (!function || PyCallable_Check(function.get()) == 0) {
     return {};
   }

@@ -4,6 +4,7 @@
 #include "bridge/convert.h"
 #include "bridge/error_bridge.h"
 #include "bridge/module_attribute.h"
+#include "bridge/pending_exception.h"
 #include "bridge/python_call.h"
 #include "bridge/python_text.h"
 #include "extension/type_layout.h"
@@ -33,7 +34,7 @@ bool is_subtype(PyTypeObject* type, PyObject* wanted) noexcept {
   return wanted != nullptr && PyType_IsSubtype(type, reinterpret_cast<PyTypeObject*>(wanted)) != 0;
 }
 
-member_kind kind_of(PyObject* value) noexcept {
+member_kind kind_of(PyObject* value) {
   if (PyType_IsSubtype(Py_TYPE(value), &PyProperty_Type) != 0) {
     return member_kind::property;
   }
@@ -66,7 +67,7 @@ void add_member(object_value_class& of_class, PyObject* type, const String& name
       // As the type gives it: a class method is bound to the type, a function takes its object as the first argument.
       const PyObjectPtr python_name = to_python_locked(name);
       const PyObjectPtr method(python_name ? PyObject_GetAttr(type, python_name.get()) : nullptr);
-      PyErr_Clear();
+      tolerate_exception();
       if (method && PyCallable_Check(method.get()) != 0) {
         of_class.add_class_method_unsafe(name, make_python_method(name, method.get(), receiver::none));
       }
@@ -200,9 +201,9 @@ object_value_python_type::object_value_python_type(String name, PyObjectPtr_Borr
 
 object_value_python_type::~object_value_python_type() { known_types().remove(python_type(), *this); }
 
-Any object_value_python_type::call(std::span<const Any> arguments) const { return call_named(arguments, {}); }
+Any object_value_python_type::do_call(std::span<const Any> arguments) const { return do_call_named(arguments, {}); }
 
-Any object_value_python_type::call_named(std::span<const Any> positional, std::span<const named_argument> named) const {
+Any object_value_python_type::do_call_named(std::span<const Any> positional, std::span<const named_argument> named) const {
   const GilGuard gil;
   return call_python(python_type(), positional, named);
 }

@@ -15,8 +15,8 @@ class object_value_python_type final : public object_value_class {
   ~object_value_python_type() override;
 
   // Makes an instance as Python does.
-  Any call(std::span<const Any> arguments) const override;
-  Any call_named(std::span<const Any> positional, std::span<const named_argument> named) const override;
+  Any do_call(std::span<const Any> arguments) const override;
+  Any do_call_named(std::span<const Any> positional, std::span<const named_argument> named) const override;
   Result<Signature> signature() const override;
 
   std::uintptr_t identity() const noexcept override { return reinterpret_cast<std::uintptr_t>(type_); }

@@ -1,6 +1,7 @@
 // Python's sequences.
 #include "bridge/convert.h"
 #include "bridge/error_bridge.h"
+#include "bridge/pending_exception.h"
 #include "bridge/python_call.h"
 #include "ling/detail/try.h"
 #include "proxies/collection_members.h"
@@ -17,6 +18,7 @@ Result<Any> at(const CPythonObject& self, std::int64_t index) {
 
 Any at_or(const CPythonObject& self, std::int64_t index, const Any& otherwise) {
   const Result<Any> item = at(self, index);
+  internal::tolerate_error(item);
   return item.is_error() ? otherwise : Any(item);
 }
 
@@ -46,7 +48,7 @@ Result<Integer> index_of(const CPythonObject& self, const Any& value, std::int32
     }
     PyObjectPtr index(PyObject_CallMethod(object.get(), "index", "Oi", wanted.get(), from));
     if (!index && from == 0 && PyErr_ExceptionMatches(PyExc_TypeError) != 0) {
-      PyErr_Clear();  // a range, for one, searches from its beginning only
+      tolerate_exception();  // a range, for one, searches from its beginning only
       index = PyObjectPtr(PyObject_CallMethod(object.get(), "index", "O", wanted.get()));
     }
     if (index) {
@@ -56,7 +58,7 @@ Result<Integer> index_of(const CPythonObject& self, const Any& value, std::int32
     if (PyErr_ExceptionMatches(PyExc_Exception) == 0) {
       return capture_error_or("Unable to search a Python object.");
     }
-    PyErr_Clear();
+    tolerate_exception();
     return Integer(-1);
   });
 }
@@ -65,7 +67,8 @@ Result<Any> sliced(const CPythonObject& self, std::int64_t start, std::int64_t s
   return with_python_object(self, [&](PyObjectPtr_Borrowed object) -> Result<Any> {
     const PyObjectPtr first(PyLong_FromLongLong(start));
     const PyObjectPtr last(PyLong_FromLongLong(stop));
-    const PyObjectPtr slice(PySlice_New(first.get(), last.get(), nullptr));
+    // Null would be a position that is not given.
+    const PyObjectPtr slice(first && last ? PySlice_New(first.get(), last.get(), nullptr) : nullptr);
     const PyObjectPtr items(slice ? PyObject_GetItem(object.get(), slice.get()) : nullptr);
     if (!items) {
       return capture_error_or("Unable to slice a Python object.");

@@ -1,6 +1,7 @@
 // Python's sets.
 #include "bridge/convert.h"
 #include "bridge/error_bridge.h"
+#include "bridge/pending_exception.h"
 #include "ling/detail/try.h"
 #include "proxies/collection_members.h"
 #include "proxies/collection_proxies.h"
@@ -23,19 +24,19 @@ Result<Boolean> remove(const CPythonObject& self, const Any& value) {
   return with_python_object(self, [&](PyObjectPtr_Borrowed object) -> Result<Boolean> {
     const PyObjectPtr method(PyObject_GetAttrString(object.get(), "remove"));
     if (!method || PyCallable_Check(method.get()) == 0) {
-      PyErr_Clear();
+      tolerate_exception();
       return Error(String("The method is missing in {}.").arg(display_text(self)));
     }
     const PyObjectPtr argument = to_python_locked(value);
     if (!argument) {
-      PyErr_Clear();
+      tolerate_exception();
       return Error(String("Unable to convert an argument: {}.").arg(display_text(value)));
     }
     const PyObjectPtr done(PyObject_CallFunctionObjArgs(method.get(), argument.get(), nullptr));
     if (!done && PyErr_ExceptionMatches(PyExc_Exception) == 0) {
       return capture_error_or("Unable to remove from a Python set.");
     }
-    PyErr_Clear();
+    tolerate_exception();
     return Boolean(static_cast<bool>(done));
   });
 }

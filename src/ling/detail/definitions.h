@@ -82,12 +82,20 @@ extern constinit const class_definition<void> i_set_class;
 extern constinit const class_definition<void> i_mutable_set_class;
 extern constinit const class_definition<void> i_language_class;
 
+// Whether the class of an object descends from the one described here. A class that is not built yet, which building
+// would take memory for, has no descendants.
+inline bool is_object_of(const object_value& object, const class_definition_base& definition) {
+  const object_value_class& of_object = object.object_class();
+  const object_value_class* const of_class = definition.if_built();
+  return of_class != nullptr && of_object.is_ancestor(*of_class);
+}
+
 // Whether an object is behind a handle whose class is described here. The class alone does not tell: a class with C++
 // data of its own may name that class as a parent.
 template <class Object>
 bool is_handle_object(const object_value* object, const class_definition_base& definition) {
-  return object != nullptr && object->has(object_traits::instance) &&
-         object->object_class().is_ancestor(definition.required()) && dynamic_cast<const Object*>(object) != nullptr;
+  return object != nullptr && object->has(object_traits::instance) && is_object_of(*object, definition) &&
+         dynamic_cast<const Object*>(object) != nullptr;
 }
 
 }  // namespace ling::internal

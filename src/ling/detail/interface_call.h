@@ -32,6 +32,7 @@ inline Result<None> done(Any returned) {
 // A property that tells a type; untyped where there is none.
 inline Type type_property(const Any& value, meta_property_untyped name) {
   const Any type = unwrap(value.propertyValue(name));
+  tolerate_error(type);
   return Type::matches(type.get()) ? Type::unchecked(type) : Type::untyped();
 }
 

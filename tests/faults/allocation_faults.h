@@ -1,0 +1,40 @@
+// Allocations that fail on purpose: the program's own malloc and operator new, which serve every library in the process,
+// refuse what a plan says. Plans are for the thread that makes them; other threads are left alone.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace faults {
+
+// Allocations of the thread are counted from 1. The `first` one fails, then every `period`th behind it, `count` in all.
+struct plan {
+  std::size_t first;
+  std::size_t period;
+  std::size_t count;
+};
+constexpr std::size_t without_end = SIZE_MAX;
+
+void arm(const plan& what_fails) noexcept;
+// Ends the plan; how many allocations have failed.
+std::size_t disarm() noexcept;
+
+// Lets the plan rest for a scope.
+class [[nodiscard]] respite {
+ public:
+  respite() noexcept;
+  ~respite();
+  respite(const respite&) = delete;
+  respite& operator=(const respite&) = delete;
+
+ private:
+  const bool was_armed_;
+};
+
+// Blocks of memory that the whole process holds.
+long long live_blocks() noexcept;
+
+// Writes the call stack of each failure to standard error.
+void show_failures(bool shown) noexcept;
+
+}  // namespace faults

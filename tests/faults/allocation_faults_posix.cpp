@@ -1,0 +1,142 @@
+// The allocation functions of the program, in front of those of the C library (glibc) or of a sanitizer. What the C++
+// library, the interpreter and everything else allocate comes through here.
+#include "faults/allocation_faults.h"
+
+#include <execinfo.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstring>
+#include <new>
+#include <utility>
+
+extern "C" {
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* block, std::size_t size);
+void* __libc_memalign(std::size_t alignment, std::size_t size);
+void __libc_free(void* block);
+}
+
+namespace faults {
+
+namespace {
+
+struct state {
+  bool armed = false;
+  plan what_fails{};
+  std::size_t seen = 0;
+  std::size_t failed = 0;
+};
+constinit thread_local state current;
+
+constinit std::atomic<long long> blocks{0};
+constinit std::atomic<bool> shown{false};
+
+void show_stack() noexcept {
+  const respite unarmed;
+  void* frames[64];
+  const int count = backtrace(frames, 64);
+  constexpr char title[] = "--- an allocation fails:\n";
+  static_cast<void>(write(STDERR_FILENO, title, sizeof title - 1) + 1);
+  backtrace_symbols_fd(frames, count, STDERR_FILENO);
+}
+
+bool must_fail() noexcept {
+  if (!current.armed) [[likely]] {
+    return false;
+  }
+  const plan& what_fails = current.what_fails;
+  const std::size_t number = ++current.seen;
+  if (number < what_fails.first || (number - what_fails.first) % what_fails.period != 0 || current.failed == what_fails.count) {
+    return false;
+  }
+  ++current.failed;
+  if (shown.load(std::memory_order_relaxed)) {
+    show_stack();
+  }
+  errno = ENOMEM;
+  return true;
+}
+
+void* counted(void* block) noexcept {
+  if (block != nullptr) {
+    blocks.fetch_add(1, std::memory_order_relaxed);
+  }
+  return block;
+}
+
+}  // namespace
+
+void arm(const plan& what_fails) noexcept { current = {true, what_fails, 0, 0}; }
+std::size_t disarm() noexcept {
+  current.armed = false;
+  return current.failed;
+}
+respite::respite() noexcept : was_armed_(std::exchange(current.armed, false)) {}
+respite::~respite() { current.armed = was_armed_; }
+long long live_blocks() noexcept { return blocks.load(std::memory_order_relaxed); }
+void show_failures(bool is_shown) noexcept { shown.store(is_shown, std::memory_order_relaxed); }
+
+}  // namespace faults
+
+extern "C" {
+
+void* malloc(std::size_t size) noexcept { return faults::must_fail() ? nullptr : faults::counted(__libc_malloc(size)); }
+
+void* calloc(std::size_t count, std::size_t size) noexcept {
+  return faults::must_fail() ? nullptr : faults::counted(__libc_calloc(count, size));
+}
+
+void* realloc(void* block, std::size_t size) noexcept {
+  if (block == nullptr) {
+    return malloc(size);
+  }
+  if (size == 0) {
+    free(block);
+    return nullptr;
+  }
+  return faults::must_fail() ? nullptr : __libc_realloc(block, size);
+}
+
+void* memalign(std::size_t alignment, std::size_t size) noexcept {
+  return faults::must_fail() ? nullptr : faults::counted(__libc_memalign(alignment, size));
+}
+void* aligned_alloc(std::size_t alignment, std::size_t size) noexcept { return memalign(alignment, size); }
+int posix_memalign(void** block, std::size_t alignment, std::size_t size) noexcept {
+  void* const made = memalign(alignment, size);
+  if (made == nullptr) {
+    return ENOMEM;
+  }
+  *block = made;
+  return 0;
+}
+
+void free(void* block) noexcept {
+  if (block != nullptr) {
+    faults::blocks.fetch_sub(1, std::memory_order_relaxed);
+    __libc_free(block);
+  }
+}
+
+}  // extern "C"
+
+// All other forms of operator new and delete lead to these, and these, in the C++ library, to the functions above; they
+// are spelled out because a sanitizer has its own.
+void* operator new(std::size_t size) {
+  if (void* const block = malloc(size)) {
+    return block;
+  }
+  throw std::bad_alloc();
+}
+void* operator new(std::size_t size, std::align_val_t alignment) {
+  if (void* const block = memalign(static_cast<std::size_t>(alignment), size)) {
+    return block;
+  }
+  throw std::bad_alloc();
+}
+void operator delete(void* block) noexcept { free(block); }
+void operator delete(void* block, std::size_t) noexcept { free(block); }
+void operator delete(void* block, std::align_val_t) noexcept { free(block); }
+void operator delete(void* block, std::size_t, std::align_val_t) noexcept { free(block); }

@@ -1,0 +1,3 @@
+#include "faults/run.h"
+
+int main(int count, char** arguments) { return faults::run_scenarios(count, arguments); }
