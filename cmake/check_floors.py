@@ -13,6 +13,7 @@ FLOORS = [
     ("extension/python_api.*",   1),  # the C API,
     ("extension/pyobject_ptr.*", 1),  #   references and the lock,
     ("extension/thread_end*",    1),  #   (which belong to threads),
+    ("extension/interpreter.h",  1),  #   whether the interpreter runs (starting it is declared only),
     ("extension/type_layout.*",  1),  #   layouts of type structs
     ("bridge/convert.h",         2),  # what every room needs to know of conversion,
     ("bridge/error_bridge.h",    2),  #   errors,
@@ -24,7 +25,8 @@ FLOORS = [
     ("bridge/python_modules.h",  2),  #   modules,
     ("bridge/python_helper.h",   2),  #   functions of our own,
     ("bridge/module_attribute.h",2),  #   attributes of modules,
-    ("bridge/pending_exception.h",2), #   pending exceptions
+    ("bridge/pending_exception.h",2), #   pending exceptions,
+    ("bridge/silent_warnings.h", 2),  #   warnings
     ("extension/interpreter.h",  2),  #   and the running interpreter: declarations only
     ("language/*",               3),  # the rooms: they meet in the declarations below, never in each other
     ("function/*",               3),

@@ -1,5 +1,6 @@
 // Which class of the runtime and which built-in type of Python stand for each other.
 #include "bridge/convert.h"
+#include "bridge/error_bridge.h"
 #include "bridge/module_attribute.h"
 #include "bridge/pending_exception.h"
 #include "ling/boolean.h"

@@ -4,6 +4,7 @@
 #include "bridge/pending_exception.h"
 #include "bridge/python_text.h"
 #include "extension/interpreter.h"
+#include "ling/detail/try.h"
 #include "ling/none.h"
 #include "ling/reflection.h"
 #include "ling/tuple.h"
@@ -62,7 +63,7 @@ code_result code_of(const Any& value, int depth) {
 }  // namespace
 
 Result<String> to_code(const Any& value) {
-  ensure_interpreter();
+  TRY(ensure_interpreter());
   const GilGuard gil;
   code_result code = code_of(value, 0);
   return is_none(code) ? Result<String>(String()) : Result<String>::unchecked(std::move(code));

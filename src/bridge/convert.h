@@ -16,7 +16,7 @@ inline constexpr int maximum_conversion_depth = 500;
 // The Python object for a value. Null means failure, with a Python exception set; only a date, time or decimal whose
 // Python class could not be imported fails without one. An Error value is raised. None, True, False and NotImplemented
 // come without a reference of their own: they are pinned when the interpreter starts, so releasing them does no harm.
-// Takes the lock itself.
+// Takes the lock itself; null when the interpreter has ended.
 PyObjectPtr to_python(const Any& value);
 // The value for a Python object, which may be null (None). Never raises and leaves no exception pending: a failure is
 // an Error value. Takes the lock itself.

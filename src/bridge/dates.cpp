@@ -2,6 +2,7 @@
 #include "bridge/dates.h"
 
 #include "bridge/convert.h"
+#include "bridge/error_bridge.h"
 #include "bridge/instance_test.h"
 #include "bridge/module_attribute.h"
 #include "bridge/pending_exception.h"

@@ -33,6 +33,8 @@ Error as_far_as_memory_reaches(const F& say) {
   Error error = Error::outOfMemory();
   try {
     error = say();
+  } catch (const Error& interruption) {
+    error = interruption;
   } catch (const std::bad_alloc&) {
     PyErr_Clear();
   }
@@ -137,10 +139,10 @@ Error placed_error(const fetched_exception& exception, int line_shift, int colum
   if (!position.line && !position.column) {
     return error;
   }
-  const auto placed = EvaluationError::unchecked(make<object_value_evaluation_error>(
-      EvaluationError::getClass().object(), error.message(),
-      source_position{{}, position.line, position.column, position.length},
-      error.isOutOfMemory() ? object_traits::out_of_memory : object_traits::none));
+  const auto placed = EvaluationError::unchecked(
+      make<object_value_evaluation_error>(EvaluationError::getClass().object(), error.message(),
+                                          source_position{{}, position.line, position.column, position.length},
+                                          error.isOutOfMemory() ? object_traits::out_of_memory : object_traits::none));
   placed.setStack(error.stack());
   placed.setValue(error.object().value());
   // Whoever raised an error of the host's finds that very error again.
@@ -179,6 +181,10 @@ void raise_within_memory(const Error& error, const F& raise) noexcept {
   try {
     if (!error.is_same(Error::outOfMemory())) {
       raise();
+      return;
+    }
+  } catch (const Error& interruption) {
+    if (raise_interruption(interruption)) {
       return;
     }
   } catch (...) {
@@ -258,6 +264,14 @@ Error error_from_exception(PyObjectPtr_Borrowed instance) {
   return carried ? carried.value() : error_from_texts(carrier.get());
 }
 
+void throw_exception() {
+  if (PyErr_ExceptionMatches(PyExc_MemoryError) != 0) {
+    PyErr_Clear();
+    throw std::bad_alloc();
+  }
+  throw capture_error().value();
+}
+
 bool is_interruption(const Error& error) noexcept { return static_cast<bool>(interruption_in(error)); }
 
 void raise_error(const Error& error) noexcept {
@@ -265,9 +279,8 @@ void raise_error(const Error& error) noexcept {
 }
 
 void raise_error_as(PyObject* exception_type, const Error& error, const String& message) noexcept {
-  raise_within_memory(error, [&] {
-    raise_with_error(error.isOutOfMemory() ? PyExc_MemoryError : exception_type, error, message);
-  });
+  raise_within_memory(
+      error, [&] { raise_with_error(error.isOutOfMemory() ? PyExc_MemoryError : exception_type, error, message); });
 }
 
 }  // namespace ling::cpython

@@ -1,6 +1,7 @@
 // What Python has to say of an exception.
 #include "bridge/exception_text.h"
 
+#include "bridge/error_bridge.h"
 #include "bridge/module_attribute.h"
 #include "bridge/pending_exception.h"
 #include "bridge/python_text.h"

@@ -11,6 +11,7 @@
 #include "function/python_function.h"
 #include "ling/boolean.h"
 #include "ling/byte_array.h"
+#include "ling/detail/try.h"
 #include "ling/none.h"
 #include "ling/number.h"
 #include "lingobject/ling_object.h"
@@ -131,6 +132,25 @@ Any from_python_by_protocol(PyObject* object, PyTypeObject* type) {
   return make_python_object(proxy_class_of(object, type), object);
 }
 
+Any from_python_by_type(PyObject* object, PyTypeObject* type) {
+  // 5., 6. Bytes are copied, the mutable ones too.
+  if (is_type_or_subtype(type, &PyByteArray_Type)) {
+    return bytes_from(PyByteArray_AsString(object), PyByteArray_Size(object));
+  }
+  if (PyBytes_Check(object)) {
+    return bytes_from(PyBytes_AsString(object), PyBytes_Size(object));
+  }
+  // 7. Decimals, before the numbers: their fractions would be lost.
+  if (!is_what_it_is(type) && is_decimal(object)) {
+    return decimal_from_python(object);
+  }
+  // 8. Floats, before the numbers, which would all be truncated.
+  if (is_type_or_subtype(type, &PyFloat_Type)) {
+    return number_from_float(PyFloat_AsDouble(object));
+  }
+  return from_python_by_protocol(object, type);
+}
+
 }  // namespace
 
 Any from_python_locked(PyObjectPtr_Borrowed borrowed) {
@@ -160,26 +180,11 @@ Any from_python_locked(PyObjectPtr_Borrowed borrowed) {
   if (type == &PyUnicode_Type) {
     return text_of(object, surrogates::refuse);
   }
-  // 5., 6. Bytes are copied, the mutable ones too.
-  if (is_type_or_subtype(type, &PyByteArray_Type)) {
-    return bytes_from(PyByteArray_AsString(object), PyByteArray_Size(object));
-  }
-  if (PyBytes_Check(object)) {
-    return bytes_from(PyBytes_AsString(object), PyBytes_Size(object));
-  }
-  // 7. Decimals, before the numbers: their fractions would be lost.
-  if (!is_what_it_is(type) && is_decimal(object)) {
-    return decimal_from_python(object);
-  }
-  // 8. Floats, before the numbers, which would all be truncated.
-  if (is_type_or_subtype(type, &PyFloat_Type)) {
-    return number_from_float(PyFloat_AsDouble(object));
-  }
-  return from_python_by_protocol(object, type);
+  return internal::guarded([&] { return from_python_by_type(object, type); });
 }
 
 Any from_python(PyObjectPtr_Borrowed object) {
-  ensure_interpreter();
+  TRY(ensure_interpreter());
   const GilGuard gil;
   return from_python_locked(object);
 }

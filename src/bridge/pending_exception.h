@@ -3,8 +3,6 @@
 
 #include "extension/python_api.h"
 
-#include <new>
-
 namespace ling::cpython {
 
 // The C API must not be entered with an exception pending, and whoever clears its own would clear the caller's as well.
@@ -25,17 +23,20 @@ class [[nodiscard]] pending_exception_aside {
   PyObject* traceback_ = nullptr;
 };
 
-// Clears the pending exception, if there is one, for those who make do without what it keeps from them. Exhausted memory
-// is nothing to make do with, or the answer would be a wrong one: it is thrown on, as std::bad_alloc.
+// Throws the pending exception on: exhausted memory as std::bad_alloc, any other as the Error that carries it.
+[[noreturn]] void throw_exception();
+
+// Clears the pending exception, if there is one, for those who make do without what it keeps from them. Exhausted
+// memory is nothing to make do with, or the answer would be a wrong one, nor is an interruption: they are thrown on, to
+// become the Error that is returned, or raised again, where the host or Python is answered.
 inline void tolerate_exception() {
   if (PyErr_Occurred() == nullptr) [[likely]] {
     return;
   }
-  const bool is_out_of_memory = PyErr_ExceptionMatches(PyExc_MemoryError) != 0;
-  PyErr_Clear();
-  if (is_out_of_memory) {
-    throw std::bad_alloc();
+  if (PyErr_ExceptionMatches(PyExc_MemoryError) != 0 || PyErr_ExceptionMatches(PyExc_Exception) == 0) {
+    throw_exception();
   }
+  PyErr_Clear();
 }
 
 }  // namespace ling::cpython

@@ -15,6 +15,9 @@ PyObject* find(PyObject* dict, const char* name) {
 }
 
 void store(PyObject* dict, const String& name, const Any& value) {
+  if (is_error_result(value)) {
+    return;  // would be raised
+  }
   // Not PyDict_SetItemString, which would end the name at a zero byte.
   const PyObjectPtr key(PyUnicode_FromStringAndSize(name.c_str(), static_cast<Py_ssize_t>(name.size())));
   const PyObjectPtr object = key ? to_python_locked(value) : PyObjectPtr();

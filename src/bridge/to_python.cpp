@@ -185,7 +185,9 @@ bool arrives_wrapped(const Any& value) {
 }
 
 PyObjectPtr to_python(const Any& value) {
-  ensure_interpreter();
+  if (ensure_interpreter().is_error()) {
+    return {};
+  }
   const GilGuard gil;
   return convert(value, 0);
 }

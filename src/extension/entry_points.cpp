@@ -1,9 +1,8 @@
 // The functions by which a host enters the module file. They are called from C: nothing is thrown out of them.
-#include "extension/module_directory.h"
 #include "extension/search_paths.h"
+#include "extension/system_paths.h"
 #include "ling/logger.h"
 
-#include <string>
 #include <system_error>
 
 #if defined(_WIN32)
@@ -20,15 +19,9 @@ constexpr std::int64_t error_level = 40;
 
 void log_error(const String& message) { get_logger().log(LogRecord(error_level, message)); }
 
-// Whatever the encoding of the platform's narrow strings.
-String text_of(const std::filesystem::path& path) {
-  const std::u8string text = path.u8string();
-  return String::fromUtf8(reinterpret_cast<const char*>(text.data()), text.size());
-}
-
 void add_path(const std::filesystem::path& path) {
-  if (const Result<None> added = cpython_add_sys_path(text_of(path)); added.is_error()) {
-    log_error(String("Unable to add {} to sys.path: {}").arg(text_of(path), added.error().message()));
+  if (const Result<None> added = add_sys_path(path); added.is_error()) {
+    log_error(String("Unable to add {} to sys.path: {}").arg(path_text(path), added.error().message()));
   }
 }
 
@@ -41,7 +34,7 @@ void add_user_folder() {
   std::filesystem::create_directories(*folder, failure);
   if (failure) {
     log_error(
-        String("Unable to create the folder for Python packages {}: {}").arg(text_of(*folder), failure.message()));
+        String("Unable to create the folder for Python packages {}: {}").arg(path_text(*folder), failure.message()));
     return;
   }
   add_path(*folder);

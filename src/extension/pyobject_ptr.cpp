@@ -3,8 +3,13 @@
 // Making and deleting a thread state costs more than most calls, so a host thread keeps the one it got for as long as
 // it lives. A thread that ends does not delete it, because that takes the lock: somebody who holds the lock may be
 // waiting for just this thread to end. It leaves its state to the next thread that takes the lock.
+//
+// Others, too, may use Python when a thread ends, before and after this file has its turn, and in several rounds. What
+// they rely on is that a state is given away only once Python has forgotten it for the thread, and that a thread which
+// Python has forgotten keeps no further state: each use then makes and deletes one of its own.
 #include "extension/pyobject_ptr.h"
 
+#include "extension/interpreter.h"
 #include "extension/thread_end.h"
 
 #include <atomic>
@@ -22,8 +27,15 @@ struct kept_state {
 // The states of threads that have ended.
 std::atomic<kept_state*> ended_states{nullptr};
 
+// Whether the thread has kept a state. Not an object with a destructor: it is asked to the very end of the thread.
+constinit thread_local bool has_kept_state = false;
+
 void thread_ended(void* value) {
   auto* kept = static_cast<kept_state*>(value);
+  // Those who come later would find it. It is forgotten when Python's own turn has come.
+  if (PyGILState_GetThisThreadState() == kept->state && watch_end_again(kept)) {
+    return;
+  }
   kept->next = ended_states.load(std::memory_order_relaxed);
   while (!ended_states.compare_exchange_weak(kept->next, kept, std::memory_order_release, std::memory_order_relaxed)) {
   }
@@ -32,8 +44,11 @@ void thread_ended(void* value) {
 // After a fork the interpreter itself deletes the states of all threads but one.
 void process_forked() { ended_states.store(nullptr, std::memory_order_relaxed); }
 
-// Makes the state of a thread that has none, held once more than it is released.
+// Makes the state of a thread that has none, held once more than it is released; unless it is too late for that.
 [[gnu::noinline, gnu::cold]] void keep_thread_state() noexcept {
+  if (has_kept_state) {
+    return;
+  }
   const PyGILState_STATE state = PyGILState_Ensure();
   auto* kept = new (std::nothrow) kept_state{PyGILState_GetThisThreadState()};
   if (kept == nullptr || !watch_thread({&thread_ended, &process_forked}, kept)) {
@@ -41,6 +56,7 @@ void process_forked() { ended_states.store(nullptr, std::memory_order_relaxed); 
     PyGILState_Release(state);
     return;
   }
+  has_kept_state = true;
   // The returned state is the one that the next PyGILState_Ensure of this thread finds again.
   static_cast<void>(PyEval_SaveThread());
 }
@@ -89,9 +105,16 @@ GilGuard::GilGuard() noexcept {
   }
 }
 
+lock_given_away::lock_given_away() noexcept {
+  if (!interpreter_has_ended() && Py_IsInitialized() != 0 && PyGILState_GetThisThreadState() != nullptr) {
+    held_.emplace();  // so that there is something to give back
+    state_ = PyEval_SaveThread();
+  }
+}
+
 void PyObjectPtr::release_locked(PyObject* object) noexcept {
   // Another owner of the interpreter may have ended it, and all its objects with it, before the last host value died.
-  if (Py_IsInitialized() == 0) {
+  if (interpreter_has_ended() || Py_IsInitialized() == 0) {
     return;
   }
   const GilGuard lock;

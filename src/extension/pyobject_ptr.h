@@ -1,13 +1,14 @@
 // References to Python objects and the interpreter lock.
 //
 // The interpreter is entered from any host thread and the lock is never kept between calls: whatever touches a Python
-// object opens a GilGuard first and puts each new reference into a PyObjectPtr at once. No lock is taken before the
-// interpreter has started (`ensure_interpreter`).
+// object opens a GilGuard first and puts each new reference into a PyObjectPtr at once. No lock is taken unless the
+// interpreter runs (`ensure_interpreter`).
 #pragma once
 
 #include "extension/python_api.h"
 #include "ling/export.h"
 
+#include <optional>
 #include <utility>
 
 namespace ling::cpython {
@@ -23,6 +24,23 @@ class [[nodiscard]] GilGuard {
 
  private:
   PyGILState_STATE state_;
+};
+
+// Gives the lock back for a scope if the thread holds it, however often: for a wait for a thread that may need it.
+class [[nodiscard]] lock_given_away {
+ public:
+  lock_given_away() noexcept;
+  ~lock_given_away() {
+    if (state_ != nullptr) {
+      PyEval_RestoreThread(state_);
+    }
+  }
+  lock_given_away(const lock_given_away&) = delete;
+  lock_given_away& operator=(const lock_given_away&) = delete;
+
+ private:
+  std::optional<GilGuard> held_;
+  PyThreadState* state_ = nullptr;
 };
 
 // A reference that somebody else owns: an argument, an item of a tuple, a singleton.

@@ -2,6 +2,7 @@
 #include "ling/registration.h"
 
 #include "extension/logging_bridge.h"
+#include "extension/pyobject_ptr.h"
 #include "extension/search_paths.h"
 #include "function/python_function.h"
 #include "language/cpython_language.h"
@@ -48,6 +49,10 @@ Result<None> register_functions() {
   internal::init_handlers_unsafe().push_back({InitLevel::Services, &install_logging_bridge});
   internal::add_init_handler(InitLevel::Properties, &register_properties);
   internal::add_init_handler(InitLevel::Functions, &register_functions);
+  internal::add_lock_release([](void (*wait)(void*), void* argument) {
+    const lock_given_away meanwhile;
+    wait(argument);
+  });
   return true;
 }();
 

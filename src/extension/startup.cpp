@@ -6,11 +6,13 @@
 #include "extension/pyobject_ptr.h"
 #include "extension/search_paths.h"
 #include "language/cpython_language.h"
+#include "ling/error.h"
 
-#include <atomic>
 #include <thread>
 
 namespace ling::cpython {
+
+constinit std::atomic<interpreter_phase> known_phase{interpreter_phase::none};
 
 namespace {
 
@@ -61,48 +63,43 @@ void start_interpreter() {
     const GilGuard lock;
     pin_singletons();
   }
+  // Whoever else finalises it ends all that this module holds of it. (The last chance to know: afterwards a new one may
+  // be there.)
+  Py_AtExit([] { known_phase.store(interpreter_phase::ended, std::memory_order_release); });
   attempt([] { static_cast<void>(cpython_language_class.get()); });
   // 5. Python code may now ask for the host's modules.
   const GilGuard lock;
   attempt(install_importer);
 }
 
-enum class start_phase : int { none, starting, done };
-
-std::atomic<start_phase> phase{start_phase::none};
 std::atomic<std::thread::id> starter;
 
-// The starting thread needs the lock, so whoever waits for it must not keep it.
-void wait_for_start() noexcept {
-  if (PyGILState_GetThisThreadState() == nullptr) {
-    phase.wait(start_phase::starting, std::memory_order_acquire);
-    return;
-  }
-  const GilGuard held_at_least_once;
-  PyThreadState* state = PyEval_SaveThread();
-  phase.wait(start_phase::starting, std::memory_order_acquire);
-  PyEval_RestoreThread(state);
-}
-
-[[gnu::noinline]] void start_or_wait() noexcept {
-  start_phase current = start_phase::none;
-  if (phase.compare_exchange_strong(current, start_phase::starting, std::memory_order_acquire)) {
+// The first one to come starts.
+void start_or_wait_for_start() noexcept {
+  auto current = interpreter_phase::none;
+  if (known_phase.compare_exchange_strong(current, interpreter_phase::starting, std::memory_order_acquire)) {
     starter.store(std::this_thread::get_id(), std::memory_order_relaxed);
     start_interpreter();
-    phase.store(start_phase::done, std::memory_order_release);
-    phase.notify_all();
-  } else if (current == start_phase::starting &&
+    known_phase.store(interpreter_phase::running, std::memory_order_release);
+    known_phase.notify_all();
+  } else if (current == interpreter_phase::starting &&
              starter.load(std::memory_order_relaxed) != std::this_thread::get_id()) {
-    wait_for_start();
+    // The starting thread needs the lock.
+    const lock_given_away meanwhile;
+    known_phase.wait(interpreter_phase::starting, std::memory_order_acquire);
   }
 }
 
 }  // namespace
 
-void ensure_interpreter() noexcept {
-  if (phase.load(std::memory_order_acquire) != start_phase::done) [[unlikely]] {
-    start_or_wait();
+Result<None> start_or_wait() {
+  start_or_wait_for_start();
+  if (interpreter_has_ended()) {
+    return error_interpreter_ended();
   }
+  return None();
 }
+
+Error error_interpreter_ended() { return Error("The Python interpreter has ended."); }
 
 }  // namespace ling::cpython

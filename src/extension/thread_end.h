@@ -14,5 +14,8 @@ struct thread_events {
 // Has `ended` called with the value when the calling thread ends. The events must be the same in every call. False when
 // the system has no room for it.
 bool watch_thread(const thread_events& events, void* value) noexcept;
+// From inside of `ended`: has it called once more with the value, when others that wait for the end have had their
+// turn. False where it is called only once.
+bool watch_end_again(void* value) noexcept;
 
 }  // namespace ling::cpython

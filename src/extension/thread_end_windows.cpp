@@ -1,4 +1,4 @@
-// The end of threads by way of fiber-local storage, which Windows clears with a callback when a thread ends.
+// The end of threads by way of fiber-local storage, which Windows clears with a callback when a thread ends, once.
 #include "extension/thread_end.h"
 
 #include <windows.h>
@@ -26,5 +26,7 @@ bool watch_thread(const thread_events& events, void* value) noexcept {
   static const DWORD slot = make_slot(events);
   return slot != FLS_OUT_OF_INDEXES && FlsSetValue(slot, value) != 0;
 }
+
+bool watch_end_again(void*) noexcept { return false; }
 
 }  // namespace ling::cpython

@@ -2,6 +2,7 @@
 #include "function/annotation.h"
 
 #include "bridge/convert.h"
+#include "bridge/error_bridge.h"
 #include "bridge/module_attribute.h"
 #include "bridge/pending_exception.h"
 #include "bridge/python_text.h"

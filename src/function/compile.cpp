@@ -6,6 +6,7 @@
 #include "bridge/python_source.h"
 #include "extension/interpreter.h"
 #include "function/python_function.h"
+#include "ling/detail/try.h"
 
 #include <cctype>
 #include <string>
@@ -61,7 +62,7 @@ Result<CPythonFunction> execute_definition(std::string_view text, const String& 
 }  // namespace
 
 Result<CPythonFunction> compile_function(const String& source) {
-  ensure_interpreter();
+  TRY(ensure_interpreter());
   const GilGuard gil;
   const PyObjectPtr names(PyDict_New());
   if (!names) {

@@ -20,21 +20,25 @@ namespace {
 
 // Python makes a bound method anew each time it is asked for one, and says itself that they are equal.
 Any equals(const CPythonFunction& self, const Any& other) {
+  TRY(ensure_interpreter());
   const GilGuard gil;
   return equals_python(self.object().function(), other);
 }
 
 Any hash(const CPythonFunction& self) {
+  TRY(ensure_interpreter());
   const GilGuard gil;
   return hash_of_python(self.object().function());
 }
 
-List_Generic read_defaults(const CPythonFunction& self) {
+Result<List_Generic> read_defaults(const CPythonFunction& self) {
+  TRY(ensure_interpreter());
   const GilGuard gil;
   return List_Generic(defaults_of(self.object().function()));
 }
 
 Result<None> write_defaults(const CPythonFunction& self, const I_Iterable_Generic& values) {
+  TRY(ensure_interpreter());
   {
     const GilGuard gil;
     TRY(set_defaults(self.object().function(), values));
@@ -58,7 +62,7 @@ Any construct(const Class_Generic&, const Any& source) {
   if (CPythonFunction::matches(source.get())) {
     return source;
   }
-  ensure_interpreter();
+  TRY(ensure_interpreter());
   const GilGuard gil;
   const PyObjectPtr object = to_python_locked(source);
   return object ? Any(make_python_function(object.get()))
@@ -102,17 +106,22 @@ Type CPythonFunction::getType() { return Type::of(getClass()); }
 Class_Generic CPythonFunction::getClass() { return cpython_function_class.required(); }
 
 Any object_value_python_function::do_call(std::span<const Any> arguments) const {
+  TRY(ensure_interpreter());
   const GilGuard gil;
   return call_python(function_.get(), arguments);
 }
 
 Any object_value_python_function::do_call_named(std::span<const Any> positional,
-                                             std::span<const named_argument> named) const {
+                                                std::span<const named_argument> named) const {
+  TRY(ensure_interpreter());
   const GilGuard gil;
   return call_python(function_.get(), positional, named);
 }
 
 String object_value_python_function::name() const {
+  if (ensure_interpreter().is_error()) {
+    return {};
+  }
   const GilGuard gil;
   // The second one only where there is no first: either may be code that runs.
   const PyObjectPtr qualified(PyObject_GetAttrString(function_.get(), "__qualname__"));
@@ -125,6 +134,9 @@ String object_value_python_function::name() const {
 }
 
 String object_value_python_function::doc() const {
+  if (ensure_interpreter().is_error()) {
+    return {};
+  }
   const GilGuard gil;
   return text_attribute(function_.get(), "__doc__");
 }
@@ -133,6 +145,7 @@ Result<Signature> object_value_python_function::signature() const {
   if (Any cached = cached_signature(); !cached.empty()) {
     return Signature::unchecked(std::move(cached));
   }
+  TRY(ensure_interpreter());
   Any asked;
   {
     const GilGuard gil;

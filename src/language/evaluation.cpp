@@ -116,7 +116,7 @@ Result<None> fill_globals(PyObject* dict, const optional_map& globals, const opt
 
 Result<Any> evaluate_code(const Any& self, const String& code, const optional_map& locals, const optional_map& globals,
                           const optional_mutable_map& outLocals) {
-  ensure_interpreter();
+  TRY(ensure_interpreter());
   const GilGuard lock;
   const run_dicts dicts;
   if (!dicts.complete()) {
@@ -145,7 +145,7 @@ Result<Any> evaluate_code(const Any& self, const String& code, const optional_ma
 }
 
 Result<Any> evaluate_expression(const String& code, const optional_map& globals, const optional_map& locals) {
-  ensure_interpreter();
+  TRY(ensure_interpreter());
   const GilGuard lock;
   const run_dicts dicts;
   if (!dicts.complete()) {

@@ -5,6 +5,7 @@
 #include "bridge/error_bridge.h"
 #include "bridge/pending_exception.h"
 #include "bridge/python_modules.h"
+#include "bridge/silent_warnings.h"
 #include "extension/interpreter.h"
 #include "language/evaluation.h"
 #include "language/process_shield.h"
@@ -59,6 +60,11 @@ Result<Any> submodules_of(PyObject* module) {
   return evaluate_code({}, list_package, I_Map_Generic::unchecked(variables), None(), None());
 }
 
+// What cannot be read is left out, unless that is because of an interruption.
+Result<None> unless_interrupted(const Error& failure) {
+  return is_interruption(failure) ? Result<None>(failure) : None();
+}
+
 Result<None> export_listed(const Result<Any>& listed, const String& name, const String& python_name, int depth);
 
 // A module with all that is in it.
@@ -69,9 +75,13 @@ Result<None> export_tree(const String& name, const String& python_name, int dept
     if (!shield) {
       return None();
     }
+    const silent_warnings silence;
     TRY(import(python_name, module));
-    if (!module || export_python_module(name, python_name).is_error()) {
+    if (!module) {
       return None();
+    }
+    if (const auto exported = export_python_module(name, python_name); exported.is_error()) {
+      return unless_interrupted(exported.error());
     }
   }
   return depth < maximum_package_depth ? export_listed(submodules_of(module.get()), name, python_name, depth + 1)
@@ -84,13 +94,16 @@ String inside(const String& module, const String& name) {
 
 // Each of the listed modules, which are in the package of these names; that of top-level modules has no Python name.
 Result<None> export_listed(const Result<Any>& listed, const String& name, const String& python_name, int depth) {
+  if (listed.is_error()) {
+    return unless_interrupted(listed.error());
+  }
   const auto modules = I_Iterable_Generic::cast(listed);
   if (!modules) {
     return None();
   }
   const Result<List_Generic> items = modules->toList();
-  if (!items) {
-    return None();
+  if (items.is_error()) {
+    return unless_interrupted(items.error());
   }
   for (const Any& item : items->copyItems()) {
     const auto own_name = String::cast(item.propertyValue(members::property::name));
@@ -127,7 +140,7 @@ class [[nodiscard]] only_one {
 }  // namespace
 
 Result<None> import_all_modules() {
-  ensure_interpreter();
+  TRY(ensure_interpreter());
   const GilGuard lock;
   const only_one guard;
   if (!guard || !get_module("python")) {

@@ -4,6 +4,7 @@
 #include "bridge/pending_exception.h"
 #include "extension/interpreter.h"
 #include "language/evaluation.h"
+#include "ling/detail/try.h"
 
 #include <string_view>
 
@@ -38,7 +39,7 @@ Result<Any> resolve(const String& name) {
   const String module_name(name.view().substr(0, dot));
   const String object_name(dot == std::string_view::npos ? std::string_view() : name.view().substr(dot + 1));
 
-  ensure_interpreter();
+  TRY(ensure_interpreter());
   const GilGuard lock;
   const PyObjectPtr module_text = to_python_locked(module_name);
   const PyObjectPtr module(module_text ? PyImport_Import(module_text.get()) : nullptr);

@@ -51,13 +51,6 @@ Any call(const object_value_callable& callable, std::initializer_list<Any> argum
   return callable.call(std::span<const Any>(arguments.begin(), arguments.size()));
 }
 
-// What a meta-method or a hook has found; None when it has found nothing.
-template <class T>
-Union<T, None> found(const Any& outcome) {
-  internal::tolerate_error(outcome);
-  return T::cast(outcome);
-}
-
 Any error_or_none(Any outcome) { return is_error_result(outcome) ? std::move(outcome) : Any(None()); }
 
 }  // namespace
@@ -124,7 +117,7 @@ Any Any::setPropertyValue(meta_property_untyped name, const Any& value) const {
 Union<I_Callable_Generic, None> Any::boundMethod(meta_method_untyped name) const {
   const auto method = method_of(*this, name);
   if (!method) {
-    return None();
+    return method;
   }
   return method.value().isIndependent() ? method.value() : method.value().bindInstance(*this);
 }
@@ -136,6 +129,12 @@ namespace {
 
 const class_member* member_of(const Any& value, const name_entry& name) {
   return raw_class_of(value).object().find_member(name);
+}
+
+// What a class that takes over member access answers. An Error stays in the union: the class could not tell.
+template <class T>
+Union<T, None> answered(Any answer) {
+  return is_error_result(answer) ? Union<T, None>::unchecked(std::move(answer)) : T::cast(answer);
 }
 
 const object_value_instance* as_instance(const Any& value) {
@@ -156,12 +155,12 @@ Union<I_Callable_Generic, None> raw_method_of(const Any& value, meta_method_unty
 
 Union<I_Callable_Generic, None> method_of(const Any& value, meta_method_untyped name) {
   if (const object_value_callable* meta = takes_over(value, Any::__method__)) {
-    return found<I_Callable_Generic>(call(*meta, {value, name.name()}));
+    return answered<I_Callable_Generic>(call(*meta, {value, name.name()}));
   }
   auto method = raw_method_of(value, name);
   if (!method) {
     if (const dynamic_member_hooks* hooks = hooks_of(value)) {
-      return found<I_Callable_Generic>(hooks->method(value, name.entry()));
+      return answered<I_Callable_Generic>(hooks->method(value, name.entry()));
     }
   }
   return method;
@@ -179,7 +178,7 @@ Union<Property, None> raw_property_of(const Any& value, meta_property_untyped na
 
 Union<Property, None> property_of(const Any& value, meta_property_untyped name) {
   if (const object_value_callable* meta = takes_over(value, Any::__property__)) {
-    return found<Property>(call(*meta, {value, name.name()}));
+    return answered<Property>(call(*meta, {value, name.name()}));
   }
   return raw_property_of(value, name);
 }
@@ -188,7 +187,9 @@ namespace {
 HashMap_Generic own_members(const Any& value, meta_method_untyped meta_name,
                             HashMap_Generic (object_value_instance::*of_instance)() const) {
   if (const object_value_callable* meta = takes_over(value, meta_name)) {
-    const auto members = found<HashMap_Generic>(call(*meta, {value}));
+    const Any answer = call(*meta, {value});
+    internal::tolerate_error(answer);
+    const auto members = HashMap_Generic::cast(answer);
     return members ? members.value() : HashMap_Generic();
   }
   const object_value_instance* instance = as_instance(value);
@@ -243,7 +244,7 @@ Result<None> insert_method(const Any& value, meta_method_untyped name, const I_C
 
 Union<Property, None> own_property_of(const Any& value, meta_property_untyped name) {
   if (const object_value_callable* meta = takes_over(value, Any::__ownProperty__)) {
-    return found<Property>(call(*meta, {value, name.name()}));
+    return answered<Property>(call(*meta, {value, name.name()}));
   }
   const object_value_instance* instance = as_instance(value);
   return Union<Property, None>::unchecked(instance == nullptr ? Any() : instance->own_property(name.entry()));
@@ -251,7 +252,7 @@ Union<Property, None> own_property_of(const Any& value, meta_property_untyped na
 
 Union<I_Callable_Generic, None> own_method_of(const Any& value, meta_method_untyped name) {
   if (const object_value_callable* meta = takes_over(value, Any::__ownMethod__)) {
-    return found<I_Callable_Generic>(call(*meta, {value, name.name()}));
+    return answered<I_Callable_Generic>(call(*meta, {value, name.name()}));
   }
   const object_value_instance* instance = as_instance(value);
   return Union<I_Callable_Generic, None>::unchecked(instance == nullptr ? Any() : instance->own_method(name.entry()));
@@ -280,7 +281,7 @@ Result<Boolean> remove_method(const Any& value, meta_method_untyped name) {
 Any call_method(const Any& value, meta_method_untyped name, std::span<const Any> arguments) {
   const auto method = method_of(value, name);
   if (!method) {
-    return error_method_not_found(value, name);
+    return method.is_error() ? method.error() : error_method_not_found(value, name);
   }
   if (method.value().isIndependent()) {
     return method.value().callWith(arguments);

@@ -311,7 +311,9 @@ void object_value_class::add_parent_unsafe(object_value_class& parent) {
 void object_value_class::add_field_unsafe(const String& name, const Any& default_value, const String& doc) {
   const std::lock_guard guard(change_lock());
   const class_field* field =
-      own_fields_.emplace_back(std::make_unique<class_field>(class_field{&internal::intern(name.view()), default_value, doc})).get();
+      own_fields_
+          .emplace_back(std::make_unique<class_field>(class_field{&internal::intern(name.view()), default_value, doc}))
+          .get();
   class_member addition{field->name, field, field_defaults_.size(), {}, {}};
   field_defaults_.push_back(default_value);
   merge(addition);

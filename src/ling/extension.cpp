@@ -2,14 +2,13 @@
 #include "ling/extension.h"
 
 #include "ling/detail/dynamic_library.h"
+#include "ling/detail/initialization.h"
 #include "ling/detail/try.h"
 #include "ling/none.h"
-#include "ling/registration.h"
-#include "ling/spinlock.h"
+#include "ling/type.h"
 
 #include <algorithm>
 #include <filesystem>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -22,31 +21,17 @@ constexpr char bind_symbol[] = "corvantis_extension_bind_api";
 
 using entry_point = void (*)();
 
-// The libraries whose entry points were called, or are being called.
-class loaded_libraries {
- public:
-  // False when it was there.
-  bool add(void* library) {
-    const std::lock_guard guard(lock_);
-    if (std::find(libraries_.begin(), libraries_.end(), library) != libraries_.end()) {
-      return false;
-    }
-    libraries_.push_back(library);
-    return true;
-  }
-  void remove(void* library) {
-    const std::lock_guard guard(lock_);
-    std::erase(libraries_, library);
-  }
-
- private:
-  spinlock lock_;
-  std::vector<void*> libraries_;
+// A library whose entry points were called, or are being called. Guarded by the turn to initialise.
+struct loaded_library {
+  void* library;
+  Any outcome;  // of its init handlers; empty until they have run
 };
-
-loaded_libraries& loaded() {
-  static loaded_libraries& libraries = *new loaded_libraries;
+std::vector<loaded_library>& loaded() {
+  static std::vector<loaded_library>& libraries = *new std::vector<loaded_library>;
   return libraries;
+}
+auto find_loaded(void* library) {
+  return std::find_if(loaded().begin(), loaded().end(), [&](const auto& each) { return each.library == library; });
 }
 
 // A plain name means a file in the current directory; the system would look for it along its library path.
@@ -92,19 +77,25 @@ Result<None> load_extension(const String& path) {
   if (path.empty()) {
     return Error("Unable to load an extension: the path is empty.");  // the system would take it for the program itself
   }
+  const internal::initialization_turn turn;
+  // Inside of another initialisation, the handlers that wait already are that one's to run and to answer for.
+  const std::size_t others = turn.is_nested() ? internal::waiting_handlers() : 0;
   std::string problem;
   void* library = internal::open_dynamic_library(absolute_path(path), problem);
   if (library == nullptr) {
     return Error(String("Unable to load the extension {}: {}").arg(path, problem));
   }
-  if (!loaded().add(library)) {
-    return None();
+  if (const auto known = find_loaded(library); known != loaded().end()) {
+    return Result<None>::unchecked(known->outcome);
   }
+  loaded().push_back({library, {}});
   if (const Result<None> called = call_entry_points(library, path); called.is_error()) {
-    loaded().remove(library);  // so that it can be tried again
+    loaded().erase(find_loaded(library));  // so that it can be tried again
     return called;
   }
-  return initialize();
+  const Result<None> initialized = internal::run_handlers(others);
+  find_loaded(library)->outcome = initialized;
+  return initialized;
 }
 
 }  // namespace ling

@@ -11,11 +11,11 @@ namespace ling {
 using internal::call_member;
 using internal::promised;
 
-#define LING_DEFINE_INTERFACE(Name, definition)                                                      \
-  bool Name::matches(const object_value* object) noexcept {                                          \
+#define LING_DEFINE_INTERFACE(Name, definition)                                        \
+  bool Name::matches(const object_value* object) noexcept {                            \
     return object != nullptr && internal::is_object_of(*object, internal::definition); \
-  }                                                                                                  \
-  Type Name::getType() { return Type::of(getClass()); }                                              \
+  }                                                                                    \
+  Type Name::getType() { return Type::of(getClass()); }                                \
   Class_Generic Name::getClass() { return internal::definition.required(); }
 
 LING_DEFINE_INTERFACE(I_Cloneable, i_cloneable_class)

@@ -91,7 +91,8 @@ Any object_value_multimethod::do_call(std::span<const Any> arguments) const {
   return best != nullptr ? best->callWith(arguments) : Any(no_overload(*this, arguments));
 }
 
-Any object_value_multimethod::do_call_named(std::span<const Any> positional, std::span<const named_argument> named) const {
+Any object_value_multimethod::do_call_named(std::span<const Any> positional,
+                                            std::span<const named_argument> named) const {
   if (named.empty()) {
     return call(positional);
   }

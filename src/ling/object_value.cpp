@@ -22,9 +22,9 @@ bool object_value::try_retain() const noexcept {
 
 namespace {
 
-// Objects that died while others were being destroyed on this thread, to be destroyed by the outermost destruction; each
-// leads to the one that died before it. Plain data: it must work while the thread ends, after thread-local objects with
-// destructors are gone.
+// Objects that died while others were being destroyed on this thread, to be destroyed by the outermost destruction;
+// each leads to the one that died before it. Plain data: it must work while the thread ends, after thread-local objects
+// with destructors are gone.
 struct pending_destruction {
   unsigned depth;
   const object_value* last;

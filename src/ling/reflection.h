@@ -21,6 +21,7 @@ LING_API Class_Generic class_of(const Any& value);
 // For any other value that of its class.
 LING_API String qualname(const Any& value);
 
+// Where the object could not be asked for the member, the union has no value, and holds the Error that says why.
 LING_API Union<I_Callable_Generic, None> method_of(const Any& value, meta_method_untyped name);
 LING_API Union<I_Callable_Generic, None> raw_method_of(const Any& value, meta_method_untyped name);
 LING_API Union<Property, None> property_of(const Any& value, meta_property_untyped name);

@@ -1,6 +1,7 @@
 // The queue of init handlers.
 #include "ling/registration.h"
 
+#include "ling/detail/initialization.h"
 #include "ling/error.h"
 #include "ling/none.h"
 #include "ling/spinlock.h"
@@ -21,12 +22,13 @@ handler_queue& queue() {
   return handlers;
 }
 
-// Takes the handler of the lowest level, the first queued among equals.
-bool take_next(internal::init_handler& next) {
+// Takes the handler of the lowest level behind the first `from` ones, the first queued among equals.
+bool take_next(std::size_t from, internal::init_handler& next) {
   const std::lock_guard guard(queue().lock);
   std::vector<internal::init_handler>& waiting = queue().waiting;
+  const auto begin = waiting.begin() + static_cast<std::ptrdiff_t>(std::min(from, waiting.size()));
   const auto first =
-      std::min_element(waiting.begin(), waiting.end(), [](const auto& a, const auto& b) { return a.level < b.level; });
+      std::min_element(begin, waiting.end(), [](const auto& a, const auto& b) { return a.level < b.level; });
   if (first == waiting.end()) {
     return false;
   }
@@ -44,15 +46,25 @@ void internal::add_init_handler(InitLevel level, init_function handler) {
 
 std::vector<internal::init_handler>& internal::init_handlers_unsafe() { return queue().waiting; }
 
-Result<None> initialize() {
+std::size_t internal::waiting_handlers() {
+  const std::lock_guard guard(queue().lock);
+  return queue().waiting.size();
+}
+
+Result<None> internal::run_handlers(std::size_t from) {
   Any first_error;
-  for (internal::init_handler next{}; take_next(next);) {
-    const Result<None> made = internal::guarded(next.function);
+  for (init_handler next{}; take_next(from, next);) {
+    const Result<None> made = guarded(next.function);
     if (made.is_error() && first_error.empty()) {
       first_error = made;
     }
   }
   return Result<None>::unchecked(first_error);
+}
+
+Result<None> initialize() {
+  const internal::initialization_turn turn;
+  return internal::run_handlers(0);
 }
 
 }  // namespace ling

@@ -32,11 +32,18 @@ LING_API void add_init_handler(InitLevel level, init_function handler);
 // The queue itself, for a caller that knows nobody else is using it.
 LING_API std::vector<init_handler>& init_handlers_unsafe();
 
+// For a language whose code runs under a lock of its own: calls `wait(argument)` without that lock, which the calling
+// thread may hold, and has it again afterwards. Asked of a thread that waits for another one's initialisation, since
+// the other one may need the lock. Static initialisation or any thread; must not throw.
+using lock_release = void (*)(void (*wait)(void* argument), void* argument);
+LING_API void add_lock_release(lock_release without_lock);
+
 }  // namespace internal
 
 // Runs the queued handlers in the order of their levels, each once, handlers queued by handlers included. Returns the
-// first Error after all have run. Any thread; handlers run on the calling thread without any lock of the runtime held.
-// Threads that initialise at once share the queue, so that the order of levels holds for each of them only.
+// first Error after all have run. Any thread; handlers run on the calling thread without a lock of the runtime that
+// other operations need. One thread at a time initialises or loads an extension, the others wait for their turn; so a
+// handler may do either itself, but must not wait for a thread that does.
 LING_API Result<None> initialize();
 
 // Adds a callable or a property to the module of that name, which is made when there is none.

@@ -89,7 +89,7 @@ void describe_class_type(type_object& type, const object_value_class& of_class,
   type.tp_doc = kept_text(of_class.doc().view());
   const PyObjectPtr doc(PyUnicode_FromString(type.tp_doc));
   if (!doc || PyDict_SetItemString(type.tp_dict, "__doc__", doc.get()) != 0) {
-    PyErr_Clear();
+    tolerate_exception();
   }
   PyType_Modified(type_of_layout(type));
   for (std::size_t i = 0; i < methods.size(); ++i) {

@@ -10,8 +10,8 @@
 
 namespace ling::cpython {
 
-// A new wrapper that owns a copy of the handle. Null with an exception set when there is no memory. Takes the lock
-// itself.
+// A new wrapper that owns a copy of the handle. Null with an exception set when there is no memory, without one when
+// the interpreter has ended. Takes the lock itself.
 PyObjectPtr wrap(const Any& value);
 // The same for callers that hold the lock; takes over the handle.
 PyObjectPtr wrap_locked(Any value);

@@ -1,6 +1,7 @@
 // Making, recognising and ending wrappers.
 #include "lingobject/wrapper.h"
 
+#include "extension/interpreter.h"
 #include "extension/type_layout.h"
 #include "ling/reflection.h"
 #include "lingobject/ling_object.h"
@@ -55,6 +56,9 @@ constinit handle_store handles;
 }  // namespace
 
 PyObjectPtr wrap(const Any& value) {
+  if (ensure_interpreter().is_error()) {
+    return {};
+  }
   const GilGuard lock;
   return wrap_locked(value);
 }

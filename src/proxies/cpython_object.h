@@ -2,8 +2,10 @@
 // is asked, it asks the object at that moment. On the way back it becomes the very same object again.
 #pragma once
 
+#include "extension/interpreter.h"
 #include "extension/pyobject_ptr.h"
 #include "ling/class_builder.h"
+#include "ling/detail/try.h"
 
 #include <mutex>
 
@@ -68,7 +70,11 @@ PyObjectPtr python_object_of(const Any& value) noexcept;
 // For descriptions of classes derived from CPythonObject: instances made without an object.
 Any allocate_python_object(object_value_class& of_class);
 
-// Runs what asks the Python object, under the lock. An Error when there is no object.
+// Whether an answer is no answer but the end of asking: an interruption, or there is no memory or no interpreter any
+// more. Takes the lock itself.
+bool ends_asking(const Any& answer);
+
+// Runs what asks the Python object, under the lock. An Error when there is no object, or no interpreter any more.
 Error error_null_object();
 template <class F>
 auto with_python_object(const CPythonObject& self, F&& ask) -> decltype(ask(PyObjectPtr_Borrowed(nullptr))) {
@@ -76,6 +82,7 @@ auto with_python_object(const CPythonObject& self, F&& ask) -> decltype(ask(PyOb
   if (self.address() == nullptr) {
     return error_null_object();
   }
+  TRY(ensure_interpreter());
   const GilGuard gil;
   const PyObjectPtr object = self.python_object();
   return ask(PyObjectPtr_Borrowed(object.get()));

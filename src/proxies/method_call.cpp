@@ -12,9 +12,6 @@ Any call_python_method(const CPythonObject& target, const char* name, std::span<
   return with_python_object(target, [&](PyObjectPtr_Borrowed object) -> Any {
     const PyObjectPtr method(PyObject_GetAttrString(object.get(), name));
     if (!method || PyCallable_Check(method.get()) == 0) {
-      if (!method && PyErr_ExceptionMatches(PyExc_Exception) == 0) {
-        return capture_error_or("Unable to read an attribute.");  // an interrupt is no missing method
-      }
       tolerate_exception();
       return Error(String("The method is missing: {}, target object: {}.").arg(name, display_text(target)));
     }

@@ -49,17 +49,23 @@ Result<None> write_attribute(const CPythonObject& self, const String& name, cons
   });
 }
 
+// The member, or None for anything else. What kept the object from being asked stays an Error.
+template <class T>
+Union<T, None> found(const Any& answer) {
+  return ends_asking(answer) ? Union<T, None>::unchecked(answer) : T::cast(answer);
+}
+
 // A callable attribute; None for every other attribute.
 Union<I_Callable_Generic, None> callable_attribute(const CPythonObject& self, const String& name) {
   const Any attribute = with_python_object(self, [&](PyObjectPtr_Borrowed object) -> Any {
     const PyObjectPtr value = get_attribute(object, name);
     if (!value) {
-      PyErr_Clear();
+      tolerate_exception();
       return {};
     }
     return from_python_locked(value.get());
   });
-  return I_Callable_Generic::cast(attribute);
+  return found<I_Callable_Generic>(attribute);
 }
 
 Any describe_property(PyObjectPtr_Borrowed object, const String& name) {
@@ -102,7 +108,7 @@ Union<Property, None> object_property(const CPythonObject& self, const String& n
   }
   const Any described =
       with_python_object(self, [&](PyObjectPtr_Borrowed object) -> Any { return describe_property(object, name); });
-  return Property::cast(described);
+  return found<Property>(described);
 }
 
 Union<I_Callable_Generic, None> object_method(const CPythonObject& self, const String& name) {
@@ -139,28 +145,30 @@ Result<String> display_object(const CPythonObject& self) {
   });
 }
 
-// --- hooks -----------------------------------------------------------------------------------------------------------
+// --- hooks: called by the runtime, into which nothing is thrown
+// -----------------------------------------------------------------------------------------------------------
 
 Any method_hook(const Any& instance, const name_entry& name) {
-  const CPythonObject self = CPythonObject::unchecked(instance);
-  if (auto registered = raw_method_of(instance, meta_method_untyped(name))) {
-    return registered;
-  }
-  const auto method = callable_attribute(self, internal::name_string(name));
-  if (!method) {
-    return {};
-  }
-  // Python's bound method has its receiver already.
-  method->setIndependent();
-  return method;
+  return internal::guarded([&]() -> Any {
+    if (auto registered = raw_method_of(instance, meta_method_untyped(name))) {
+      return registered;
+    }
+    auto method = callable_attribute(CPythonObject::unchecked(instance), internal::name_string(name));
+    if (method) {
+      method->setIndependent();  // Python's bound method has its receiver already
+    }
+    return method;
+  });
 }
 
 Any getter_hook(const Any& instance, const name_entry& name) {
-  return object_property_value(CPythonObject::unchecked(instance), internal::name_string(name));
+  return internal::guarded(
+      [&] { return object_property_value(CPythonObject::unchecked(instance), internal::name_string(name)); });
 }
 
 Any setter_hook(const Any& instance, const name_entry& name, const Any& value) {
-  return set_object_property(CPythonObject::unchecked(instance), internal::name_string(name), value);
+  return internal::guarded(
+      [&] { return set_object_property(CPythonObject::unchecked(instance), internal::name_string(name), value); });
 }
 
 }  // namespace ling::cpython

@@ -11,7 +11,8 @@ namespace ling::cpython {
 // (`raw_insert_property`), win over the attributes of the object.
 Any object_property_value(const CPythonObject& self, const String& name);
 Any set_object_property(const CPythonObject& self, const String& name, const Any& value);
-// A `property` that is an attribute of the object, as one of a class is; None for every other attribute.
+// A `property` that is an attribute of the object, as one of a class is; None for every other attribute. Where the
+// object could not be asked, because of an interruption say, the union holds the Error, here and below.
 Union<Property, None> object_property(const CPythonObject& self, const String& name);
 // A callable attribute; None for every other attribute.
 Union<I_Callable_Generic, None> object_method(const CPythonObject& self, const String& name);

@@ -6,6 +6,7 @@
 #include "bridge/python_equality.h"
 #include "bridge/python_helper.h"
 #include "extension/type_layout.h"
+#include "ling/detail/try.h"
 #include "ling/number.h"
 #include "ling/reflection.h"
 
@@ -78,6 +79,7 @@ Result<Ordering> compare_object(const CPythonObject& self, const Any& other) {
       CPythonObject::unchecked(other).address() == nullptr) {
     return order_of_identities(self, other);
   }
+  TRY(ensure_interpreter());
   const GilGuard gil;
   const PyObjectPtr left = self.python_object(), right = python_object_of(other);
   return order_of_objects(left.get(), right.get());

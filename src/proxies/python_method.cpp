@@ -4,7 +4,9 @@
 #include "bridge/pending_exception.h"
 #include "bridge/python_call.h"
 #include "bridge/python_text.h"
+#include "extension/interpreter.h"
 #include "ling/class_builder.h"
+#include "ling/detail/try.h"
 #include "ling/interfaces.h"
 #include "ling/signature.h"
 #include "ling/spinlock.h"
@@ -43,10 +45,14 @@ class object_value_python_method final : public object_value_callable {
   Any do_call_named(std::span<const Any> positional, std::span<const named_argument> named) const override;
   String name() const override { return name_; }
   String doc() const override {
+    if (ensure_interpreter().is_error()) {
+      return {};
+    }
     const GilGuard gil;
     return text_attribute(function_.get(), "__doc__");
   }
   Result<Signature> signature() const override {
+    TRY(ensure_interpreter());
     const GilGuard gil;
     return signature_of_python(function_.get());
   }
@@ -92,11 +98,12 @@ void object_value_python_method::set_declaring_context(const Any& context) {
 }
 
 Any object_value_python_method::do_call_named(std::span<const Any> positional,
-                                           std::span<const named_argument> named) const {
+                                              std::span<const named_argument> named) const {
   constexpr std::size_t maximum_arguments = 12;
   if (positional.size() > maximum_arguments) {
     return error_arguments_count(positional.size());
   }
+  TRY(ensure_interpreter());
   const GilGuard gil;
   if (PyCallable_Check(function_.get()) == 0) {
     return Error("The source object isn't a function.");

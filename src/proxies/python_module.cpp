@@ -5,6 +5,7 @@
 #include "bridge/error_bridge.h"
 #include "bridge/python_modules.h"
 #include "bridge/python_text.h"
+#include "bridge/silent_warnings.h"
 #include "ling/detail/try.h"
 #include "proxies/public_members.h"
 #include "proxies/python_type.h"
@@ -35,8 +36,11 @@ class module_filler {
  public:
   module_filler(const CPythonModule& module, const String& python_name) : module_(module), python_name_(python_name) {}
 
-  void add(const String& name, PyObject* object) const {
+  void add(const String& name, PyObject* object) {
     const Any value = from_python_locked(object);
+    if (is_error_result(value) && is_interruption(Error::unchecked(value))) {
+      interruption_ = value;
+    }
     if (Class_Generic::matches(value.get())) {
       add_class(name, Class_Generic::unchecked(value));
     } else if (PyCallable_Check(object) != 0 && I_Callable_Generic::matches(value.get())) {
@@ -45,6 +49,8 @@ class module_filler {
       module_.object().object_class().add_class_property_unsafe(name, Property::constant(value));
     }
   }
+  // What kept a member from being read, if anything.
+  Union<Error, None> interruption() const { return Error::cast(interruption_); }
 
  private:
   // Not `addClass`: a Python module may hold a class under any name, and under several.
@@ -63,19 +69,24 @@ class module_filler {
 
   const CPythonModule& module_;
   const String& python_name_;
+  Any interruption_;
 };
 
-CPythonModule make_python_module(const String& name, const String& python_name, PyObjectPtr_Borrowed object) {
+Result<CPythonModule> make_python_module(const String& name, const String& python_name, PyObjectPtr_Borrowed object) {
   const auto module = CPythonModule::unchecked(make<object_value_python_module>(name, object));
   module.setDoc(text_attribute(object.get(), "__doc__"));
-  const module_filler filler(module, python_name);
+  module_filler filler(module, python_name);
   for_each_public_member(object.get(), [&](const String& member, PyObject* value) { filler.add(member, value); });
+  if (const auto interruption = filler.interruption()) {
+    return interruption.value();
+  }
   return module;
 }
 
 }  // namespace
 
 Result<Module> export_python_module(const String& name, const String& python_name) {
+  const silent_warnings silence;
   const PyObjectPtr text = to_python_locked(python_name);
   const PyObjectPtr object(text ? PyImport_Import(text.get()) : nullptr);
   if (!object) {
@@ -84,7 +95,7 @@ Result<Module> export_python_module(const String& name, const String& python_nam
   if (auto known = find_module(name); CPythonModule::matches(known.get())) {
     return known.value();
   }
-  const CPythonModule module = make_python_module(name, python_name, object.get());
+  const CPythonModule module = TRY(make_python_module(name, python_name, object.get()));
   // Another thread may have been quicker; then its module is the module.
   const Result<None> inserted = insert_module(module);
   auto present = find_module(name);

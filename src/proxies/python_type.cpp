@@ -7,8 +7,10 @@
 #include "bridge/pending_exception.h"
 #include "bridge/python_call.h"
 #include "bridge/python_text.h"
+#include "extension/interpreter.h"
 #include "extension/type_layout.h"
 #include "ling/class_builder.h"
+#include "ling/detail/try.h"
 #include "ling/spinlock.h"
 #include "proxies/public_members.h"
 #include "proxies/python_method.h"
@@ -47,6 +49,7 @@ member_kind kind_of(PyObject* value) {
 }
 
 Any read_attribute(PyObject* type, const String& name) {
+  TRY(ensure_interpreter());
   const GilGuard gil;
   const PyObjectPtr python_name = to_python_locked(name);
   const PyObjectPtr value(python_name ? PyObject_GetAttr(type, python_name.get()) : nullptr);
@@ -203,12 +206,15 @@ object_value_python_type::~object_value_python_type() { known_types().remove(pyt
 
 Any object_value_python_type::do_call(std::span<const Any> arguments) const { return do_call_named(arguments, {}); }
 
-Any object_value_python_type::do_call_named(std::span<const Any> positional, std::span<const named_argument> named) const {
+Any object_value_python_type::do_call_named(std::span<const Any> positional,
+                                            std::span<const named_argument> named) const {
+  TRY(ensure_interpreter());
   const GilGuard gil;
   return call_python(python_type(), positional, named);
 }
 
 Result<Signature> object_value_python_type::signature() const {
+  TRY(ensure_interpreter());
   const GilGuard gil;
   return signature_of_python(python_type());
 }

@@ -16,10 +16,10 @@ Result<Any> at(const CPythonObject& self, std::int64_t index) {
   return call_python_method_as<Any>(self, "__getitem__", index);
 }
 
+// An item that cannot be had is no failure.
 Any at_or(const CPythonObject& self, std::int64_t index, const Any& otherwise) {
   const Result<Any> item = at(self, index);
-  internal::tolerate_error(item);
-  return item.is_error() ? otherwise : Any(item);
+  return item.is_error() && !ends_asking(item) ? otherwise : Any(item);
 }
 
 // Each removal moves the next item into the place.
@@ -55,9 +55,6 @@ Result<Integer> index_of(const CPythonObject& self, const Any& value, std::int32
       return internal::promised<Integer>(from_python_locked(index.get()));
     }
     // Not found is an exception in Python; only what ends more than a search is one here.
-    if (PyErr_ExceptionMatches(PyExc_Exception) == 0) {
-      return capture_error_or("Unable to search a Python object.");
-    }
     tolerate_exception();
     return Integer(-1);
   });

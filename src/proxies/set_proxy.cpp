@@ -33,9 +33,6 @@ Result<Boolean> remove(const CPythonObject& self, const Any& value) {
       return Error(String("Unable to convert an argument: {}.").arg(display_text(value)));
     }
     const PyObjectPtr done(PyObject_CallFunctionObjArgs(method.get(), argument.get(), nullptr));
-    if (!done && PyErr_ExceptionMatches(PyExc_Exception) == 0) {
-      return capture_error_or("Unable to remove from a Python set.");
-    }
     tolerate_exception();
     return Boolean(static_cast<bool>(done));
   });

@@ -16,6 +16,8 @@
 
 namespace ling::cpython {
 
+inline void start_python() { EXPECT_FALSE(ensure_interpreter().is_error()); }
+
 // Runs statements in a namespace of their own; gives the variable `result`, null with an exception pending on failure.
 inline PyObjectPtr run(const std::string& code) {
   const PyObjectPtr names(PyDict_New());
@@ -52,7 +54,7 @@ class PythonTest : public testing::Test {
  protected:
   PythonTest() {
     EXPECT_FALSE(initialize().is_error());
-    ensure_interpreter();
+    start_python();
     lock_.emplace();
   }
   ~PythonTest() override {

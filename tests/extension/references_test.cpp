@@ -116,7 +116,7 @@ TEST(ReferencesDeathTest, DoNotKeepTheProcessFromEnding) {
   };
   for (const auto& way : ways) {
     const auto run_way = [&] {
-      ensure_interpreter();
+      start_python();
       way();
     };
     EXPECT_EXIT(run_way(), testing::ExitedWithCode(3), "");
@@ -127,7 +127,7 @@ TEST(ReferencesDeathTest, OutliveAnInterpreterThatItsOwnerEnded) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   const auto end_interpreter = [] {
     Py_InitializeEx(0);
-    ensure_interpreter();
+    start_python();
     const PyObjectPtr survivor = eval("[]");
     Py_FinalizeEx();
   };

@@ -83,7 +83,7 @@ TEST(SysPathDeathTest, GetsQueuedPathsWhenTheInterpreterStarts) {
     for (const char* path : {"/first", "/second", "/first"}) {
       static_cast<void>(cpython_add_sys_path(path));
     }
-    ensure_interpreter();
+    start_python();
     const GilGuard lock;
     const PyObjectPtr path = eval("__import__('sys').path");
     const std::string text = repr(path);

@@ -32,7 +32,7 @@ void start_on_eight_threads() {
     for (int i = 0; i < 8; ++i) {
       threads.emplace_back([&] {
         start.arrive_and_wait();
-        ensure_interpreter();
+        start_python();
         passed += started() ? 1 : 0;
       });
     }
@@ -44,7 +44,7 @@ void start_on_eight_threads() {
 void start_owned() {
   static_cast<void>(cpython_add_sys_path("/queued"));
   Py_InitializeEx(0);
-  ensure_interpreter();
+  start_python();
   const PyGILState_STATE before = PyGILState_Ensure();
   const bool queued = repr(eval("'/queued' in __import__('sys').path")) == "False";
   exit_with(before == PyGILState_LOCKED && queued && started());
@@ -56,12 +56,12 @@ void start_while_another_thread_holds_the_lock() {
   std::binary_semaphore starting(0);
   std::jthread other([&] {
     starting.release();
-    ensure_interpreter();
+    start_python();
   });
   starting.acquire();
   // Whoever of the two is first, the start must end; this makes the other one the likely starter.
   std::this_thread::sleep_for(std::chrono::milliseconds(100));
-  ensure_interpreter();
+  start_python();
   exit_with(PyGILState_Ensure() == PyGILState_LOCKED && started());
 }
 
@@ -70,7 +70,7 @@ void start_from_within_the_start() {
   Py_InitializeEx(0);
   static PyMethodDef ensure = {"ensure",
                                [](PyObject*, PyObject*) {
-                                 ensure_interpreter();
+                                 start_python();
                                  return PyLong_FromLong(1);
                                },
                                METH_NOARGS, nullptr};
@@ -84,15 +84,15 @@ class MetaPath(list):
         super().insert(index, importer)
 sys.meta_path = MetaPath(sys.meta_path)
 )"));
-  ensure_interpreter();
+  start_python();
   exit_with(started());
 }
 
 void start_twice_with_an_exception_pending() {
   Py_InitializeEx(0);
   PyErr_SetString(PyExc_ValueError, "mine");
-  ensure_interpreter();
-  ensure_interpreter();
+  start_python();
+  start_python();
   const bool kept = PyErr_ExceptionMatches(PyExc_ValueError) != 0;
   PyErr_Clear();
   exit_with(kept && started());

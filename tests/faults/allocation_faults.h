@@ -1,5 +1,5 @@
-// Allocations that fail on purpose: the program's own malloc and operator new, which serve every library in the process,
-// refuse what a plan says. Plans are for the thread that makes them; other threads are left alone.
+// Allocations that fail on purpose: the program's own malloc and operator new, which serve every library in the
+// process, refuse what a plan says. Plans are for the thread that makes them; other threads are left alone.
 #pragma once
 
 #include <cstddef>

@@ -49,7 +49,8 @@ bool must_fail() noexcept {
   }
   const plan& what_fails = current.what_fails;
   const std::size_t number = ++current.seen;
-  if (number < what_fails.first || (number - what_fails.first) % what_fails.period != 0 || current.failed == what_fails.count) {
+  if (number < what_fails.first || (number - what_fails.first) % what_fails.period != 0 ||
+      current.failed == what_fails.count) {
     return false;
   }
   ++current.failed;

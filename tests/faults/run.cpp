@@ -30,7 +30,7 @@ using namespace ling;
 using namespace ling::cpython;
 
 constexpr char memory_error[] = "MemoryError";
-constexpr int unusable = 3;     // the exit status of a process that cannot even prepare its scenario
+constexpr int unusable = 3;        // the exit status of a process that cannot even prepare its scenario
 constexpr unsigned patience = 60;  // seconds, for what takes milliseconds
 
 struct mode {
@@ -38,10 +38,22 @@ struct mode {
   plan (*what_fails)(std::size_t n);
 };
 constexpr mode modes[] = {
-    {"only the allocation",     [](std::size_t n) { return plan{n, 1, 1}; }            },
-    {"every allocation",        [](std::size_t n) { return plan{n, n, without_end}; }  },
-    {"eight allocations from",  [](std::size_t n) { return plan{n, 1, 8}; }            },
-    {"all allocations from",    [](std::size_t n) { return plan{n, 1, without_end}; }  },
+    {"only the allocation",
+     [](std::size_t n) {
+       return plan{n, 1, 1};
+     }},
+    {"every allocation",
+     [](std::size_t n) {
+       return plan{n, n, without_end};
+     }},
+    {"eight allocations from",
+     [](std::size_t n) {
+       return plan{n, 1, 8};
+     }},
+    {"all allocations from",
+     [](std::size_t n) {
+       return plan{n, 1, without_end};
+     }},
 };
 
 // What the process that tries tells the one that watches.
@@ -116,8 +128,8 @@ PyObject* spared_run(PyObject* self, PyObject* arguments) noexcept {
     const respite unarmed;
     PyObject* const source = PyTuple_GetItem(arguments, 0);
     const PyObjectPtr code(PyUnicode_Check(source) == 0 ? PyObjectPtr::share(source).release()
-                                                        : PyObject_CallFunction(compile_function, "OsO", source, "<string>",
-                                                                                PyTuple_GetItem(self, 1)));
+                                                        : PyObject_CallFunction(compile_function, "OsO", source,
+                                                                                "<string>", PyTuple_GetItem(self, 1)));
     const PyObjectPtr first(code ? PyTuple_Pack(1, code.get()) : nullptr);
     const PyObjectPtr rest(PyTuple_GetSlice(arguments, 1, PyTuple_Size(arguments)));
     compiled = PyObjectPtr(first ? PySequence_Concat(first.get(), rest.get()) : nullptr);
@@ -260,7 +272,8 @@ class trials {
     settle(true);
     depth_ = depth();
     if (chosen_.limit == 0) {
-      std::printf("%s\n  gives  %s\n  before %s\n  after  %s\n", name_, outcome_.c_str(), before_.c_str(), after_.c_str());
+      std::printf("%s\n  gives  %s\n  before %s\n  after  %s\n", name_, outcome_.c_str(), before_.c_str(),
+                  after_.c_str());
       return;
     }
     for (; shared_.mode < std::size(modes); ++shared_.mode, shared_.n = 1) {
@@ -352,8 +365,8 @@ class trials {
     const GilGuard lock;
     const PyObjectPtr names(PyDict_New());
     PyDict_SetItemString(names.get(), "__builtins__", PyEval_GetBuiltins());
-    const PyObjectPtr done =
-        run_code(for_good ? "import gc\ngc.disable()\ngc.collect()\ngc.freeze()" : "import gc\ngc.collect()", names.get());
+    const PyObjectPtr done = run_code(
+        for_good ? "import gc\ngc.disable()\ngc.collect()\ngc.freeze()" : "import gc\ngc.collect()", names.get());
   }
 
   // How deep Python can call from here.
@@ -361,8 +374,8 @@ class trials {
     const GilGuard lock;
     const PyObjectPtr names(PyDict_New());
     PyDict_SetItemString(names.get(), "__builtins__", PyEval_GetBuiltins());
-    const PyObjectPtr done = run_code(
-        "def dig():\n  try: return 1 + dig()\n  except RecursionError: return 0\nresult = dig()", names.get());
+    const PyObjectPtr done =
+        run_code("def dig():\n  try: return 1 + dig()\n  except RecursionError: return 0\nresult = dig()", names.get());
     return done ? PyLong_AsLong(PyDict_GetItemString(names.get(), "result")) : -1;
   }
 
@@ -422,9 +435,9 @@ bool watch(const char* name, const options& chosen, const std::function<void(pro
     ended = WIFEXITED(status) && (WEXITSTATUS(status) == 0 || WEXITSTATUS(status) == unusable);
     deaths += status == 0 ? 0 : 1;
     if (!ended) {
-      const char* const how = !WIFSIGNALED(status)             ? "ends the process"
+      const char* const how = !WIFSIGNALED(status)          ? "ends the process"
                               : WTERMSIG(status) == SIGALRM ? "hangs"
-                                                               : strsignal(WTERMSIG(status));
+                                                            : strsignal(WTERMSIG(status));
       std::printf("%s: %s %zu: %s\n", name, modes[shared.mode].text, shared.n, how);
       ++shared.n;
     }

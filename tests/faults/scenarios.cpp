@@ -15,7 +15,8 @@ namespace {
 using namespace ling;
 using namespace ling::cpython;
 
-// --- classes of a host ---------------------------------------------------------------------------------------------------
+// --- classes of a host
+// ---------------------------------------------------------------------------------------------------
 
 struct Thing {
   std::int64_t value = 0;
@@ -30,12 +31,12 @@ constinit const class_definition<Thing> thing_class("Thing", [](class_builder<Th
       .constructor("value", "A thing.", [](std::int64_t value) { return Thing{value}; }, {0})
       .field("note", "A field.", "none")
       .constant("LIMIT", 7000, "A constant.")
-      .property("value", "A property.", [](const Thing& self) { return self.value; },
-                [](Thing& self, std::int64_t value) { self.value = value; })
-      .property("computed", "A lazy value.",
-                [](const Thing& self) {
-                  return make_computed<Any>([value = self.value] { return Any(value + 100'000); });
-                })
+      .property(
+          "value", "A property.", [](const Thing& self) { return self.value; },
+          [](Thing& self, std::int64_t value) { self.value = value; })
+      .property(
+          "computed", "A lazy value.",
+          [](const Thing& self) { return make_computed<Any>([value = self.value] { return Any(value + 100'000); }); })
       .method("add", "amount, times", "Adds.",
               [](Thing& self, std::int64_t amount, std::int64_t times) { return self.value += amount * times; }, {1})
       .method("join", "separator, parts...", "Joins texts.",
@@ -48,7 +49,10 @@ constinit const class_definition<Thing> thing_class("Thing", [](class_builder<Th
               })
       .method("show", "text", "An overload.", [](const Thing&, const String& text) { return text; })
       .method("show", "number", "Another.", [](const Thing&, std::int64_t number) { return number * 100'000; })
-      .method("items", "", "A list.", [](const Thing& self) { return std::vector<std::int64_t>{self.value, 2, 3}; })
+      .method("items", "", "A list.",
+              [](const Thing& self) {
+                return std::vector<std::int64_t>{self.value, 2, 3};
+              })
       .method("refuse", "", "Answers an error.", [](const Thing&) { return Error("A refusal that is long enough."); })
       .method("throw", "", "Throws.", [](const Thing&) { throw std::runtime_error("An exception of the host's."); })
       .method("call", "function, value", "Calls.",
@@ -72,11 +76,13 @@ constinit const class_definition<Error> fault_class("Fault", [](class_builder<Er
       .constructor("message", "One.", [](const Class_Generic& self, const String& text) { return Error(self, text); });
 });
 
-// --- from Python ---------------------------------------------------------------------------------------------------------
+// --- from Python
+// ---------------------------------------------------------------------------------------------------------
 
 constexpr python_row from_python_rows[] = {
     {"append", "l = ling.List([1, 2])", "l.append('a text that is new')", "str(l)"},
-    {"append many", "l = ling.List()", "for i in range(20): l.append(i * 100000)", "str(l) in [str(ling.List(i * 100000 for i in range(n))) for n in range(21)]"},
+    {"append many", "l = ling.List()", "for i in range(20): l.append(i * 100000)",
+     "str(l) in [str(ling.List(i * 100000 for i in range(n))) for n in range(21)]"},
     {"insert", "l = ling.List([1, 2])", "l.appendAt(1, 'a text that is new')", "str(l)"},
     {"extend", "l = ling.List([1, 2])", "l.extend([100000, 'b', (3, 4.5)])", "str(l)"},
     {"add in place", "l = ling.List([1, 2])", "l += [100000, 'b']", "str(l)"},
@@ -84,7 +90,8 @@ constexpr python_row from_python_rows[] = {
     {"repeat", "l = ling.List([1, 2])", "result = str(l * 3)", "str(l)"},
     {"sort", "l = ling.List([500000, 'b' and 3, 200000, 9.5, 1])", "l.sort()", "str(l)"},
     {"reverse", "l = ling.List(range(9))\nkept = l.iter()", "l.reverse()", "str(l)"},
-    {"search list", "l = ling.List([1, 2, 'x', (1, 2)])", "result = (l.indexOf((1, 2)), 'x' in l, l.removeOne(2))", "str(l)"},
+    {"search list", "l = ling.List([1, 2, 'x', (1, 2)])", "result = (l.indexOf((1, 2)), 'x' in l, l.removeOne(2))",
+     "str(l)"},
     {"index", "l = ling.List(range(5))", "result = (l[1], l[-1], len(l), str(l[1:3]), str(l[::2]))"},
     {"index error", "l = ling.List(range(5))", "result = l[10]"},
     {"set item", "l = ling.List(range(5))", "l[1] = 'a text that is new'", "str(l)"},
@@ -98,18 +105,24 @@ constexpr python_row from_python_rows[] = {
     {"list of", "l = None", "l = ling.List([1.5, 'x', None, True, b'abc', 100000, (1, (2, 'y'))])", "str(l)"},
 
     {"map", "m = ling.HashMap({'a': 1})", "m['a key that is new'] = 100000", "str(m)"},
-    {"map grows", "m = ling.HashMap()", "for i in range(20): m[i * 1000] = 'x'", "str(m) in [str(ling.HashMap({i * 1000: 'x' for i in range(n)})) for n in range(21)]"},
-    {"map read", "m = ling.HashMap({'a': 1, 2.5: 3})", "result = (m['a'], m[2.5], m.get('b', 5), 'a' in m, len(m), list(m), list(m.keys))"},
+    {"map grows", "m = ling.HashMap()", "for i in range(20): m[i * 1000] = 'x'",
+     "str(m) in [str(ling.HashMap({i * 1000: 'x' for i in range(n)})) for n in range(21)]"},
+    {"map read", "m = ling.HashMap({'a': 1, 2.5: 3})",
+     "result = (m['a'], m[2.5], m.get('b', 5), 'a' in m, len(m), list(m), list(m.keys))"},
     {"map error", "m = ling.HashMap({'a': 1})", "result = m['a key that is missing']"},
     {"map remove", "m = ling.HashMap({'a': 1, 'b': 2})", "del m['a']", "str(m)"},
     {"map of", "", "result = str(ling.HashMap({'a': 1, 2: 'b', 1.5: None}))"},
-    {"map by own keys", "m = ling.HashMap(); m[Thing(100000)] = 1", "result = (m[Thing(100000)], Thing(100001) in m)", "str(m)"},
+    {"map by own keys", "m = ling.HashMap(); m[Thing(100000)] = 1", "result = (m[Thing(100000)], Thing(100001) in m)",
+     "str(m)"},
     {"set", "s = ling.HashSet([1, 2])", "result = (s.insert('a text that is new'), s.insert(1), 2 in s)", "str(s)"},
     {"set by own values", "s = ling.HashSet([Thing(100000)])", "result = s.insert(Thing(100000))", "str(s)"},
-    {"clone", "l = ling.List([1, [2], ling.HashMap({'a': ling.List([3])})])", "result = str(l.clone()) + str(l.deepClone())"},
-    {"compare", "a, b = ling.List([1, (2, 'x')]), ling.List([1, (2, 'x')])", "result = (a == b, a != b, ling.HashMap({1: a}) == ling.HashMap({1: b}), Thing(1) < Thing(2))"},
+    {"clone", "l = ling.List([1, [2], ling.HashMap({'a': ling.List([3])})])",
+     "result = str(l.clone()) + str(l.deepClone())"},
+    {"compare", "a, b = ling.List([1, (2, 'x')]), ling.List([1, (2, 'x')])",
+     "result = (a == b, a != b, ling.HashMap({1: a}) == ling.HashMap({1: b}), Thing(1) < Thing(2))"},
     {"hash", "t = Thing(100000)", "result = (hash(t), ling.hash_of('x'), ling.hash_of(t))"},
-    {"text", "l = ling.List([1, 'x', Thing(5), None])", "result = (str(l), repr(l), str(Thing(6)), repr(Thing(7)), f'{Thing(8)}')"},
+    {"text", "l = ling.List([1, 'x', Thing(5), None])",
+     "result = (str(l), repr(l), str(Thing(6)), repr(Thing(7)), f'{Thing(8)}')"},
 
     {"attribute", "t = Thing(100000)", "result = (t.value, t.note, t.LIMIT, Thing.LIMIT)"},
     {"new attribute name", "t = Thing(1)\nname = 'is not there ' + str(id(t))", "result = getattr(t, name, 'missing')"},
@@ -118,10 +131,14 @@ constexpr python_row from_python_rows[] = {
     {"set field", "t = Thing(1)", "t.note = 'a text that is new'", "t.note"},
     {"own attribute", "t = Thing(1)", "t.added = 'a text that is new'", "getattr(t, 'added', None)"},
     {"delete attribute", "t = Thing(1); t.added = 1", "del t.added", "hasattr(t, 'added')"},
-    {"computed", "t = Thing(1)", "result = (str(t.computed), t.computed - 1 if False else 0, ling.display(t.computed))"},
-    {"special names", "t = Thing(1)", "result = (t.__doc__, t.add.__doc__, t.add.__name__, t.add.__annotations__, t.add.__text_signature__, Thing.__module__, Thing.__name__)"},
+    {"computed", "t = Thing(1)",
+     "result = (str(t.computed), t.computed - 1 if False else 0, ling.display(t.computed))"},
+    {"special names", "t = Thing(1)",
+     "result = (t.__doc__, t.add.__doc__, t.add.__name__, t.add.__annotations__, t.add.__text_signature__, "
+     "Thing.__module__, Thing.__name__)"},
     {"dir", "t = Thing(1)", "result = dir(t)"},
-    {"construct", "", "result = (Thing(100000).value, Thing().value, Thing(value=100001).value, Thing.make(100002).value)"},
+    {"construct", "",
+     "result = (Thing(100000).value, Thing().value, Thing(value=100001).value, Thing.make(100002).value)"},
     {"call", "t = Thing(1)", "result = t.add(100000, 2)", "t.value"},
     {"call named", "t = Thing(1)", "result = t.add(times=2, amount=100000)", "t.value"},
     {"call many", "t = Thing(1)", "result = t.join(', ', 1, 2.5, 'x', None, (1, 2), b'y', 7, 8, 9, 10, 11, 12)"},
@@ -134,32 +151,53 @@ constexpr python_row from_python_rows[] = {
     {"operators", "t = Thing(100000)", "result = (str(t + 1), str(t - 1))"},
     {"operator missing", "t = Thing(100000)", "result = t / 2"},
     {"callback", "t = Thing(1)\ndef double(x): return x * 200000", "result = t.call(double, 3)"},
-    {"callback raises", "t = Thing(1)\ndef fail(x): raise ValueError('a text that is long enough')", "result = t.call(fail, 3)"},
-    {"raise and catch", "", "try:\n  raise ling.faults.Fault('x') if False else ValueError('x')\nexcept ValueError as e: result = str(e)"},
+    {"callback raises", "t = Thing(1)\ndef fail(x): raise ValueError('a text that is long enough')",
+     "result = t.call(fail, 3)"},
+    {"raise and catch", "",
+     "try:\n  raise ling.faults.Fault('x') if False else ValueError('x')\nexcept ValueError as e: result = str(e)"},
     {"error carried", "t = Thing(1)", "try: t.refuse()\nexcept RuntimeError as e: result = str(e.ling.message)"},
     {"wrapped error", "e = ling.List()", "result = Fault('a text')"},
-    {"display", "", "result = (ling.display([1, 'x', {1: 2}]), ling.display(Thing(1)), ling.qualname(Thing), ling.display(ling.faults))"},
-    {"reflection", "t = Thing(1)", "result = (str(ling.class_of(t)), str(ling.method_of(t, 'add')), str(ling.property_of(t, 'value')), str(ling.own_properties_of(t)))"},
+    {"display", "",
+     "result = (ling.display([1, 'x', {1: 2}]), ling.display(Thing(1)), ling.qualname(Thing), "
+     "ling.display(ling.faults))"},
+    {"reflection", "t = Thing(1)",
+     "result = (str(ling.class_of(t)), str(ling.method_of(t, 'add')), str(ling.property_of(t, 'value')), "
+     "str(ling.own_properties_of(t)))"},
     {"insert property", "t = Thing(1)", "ling.insert_property_value(t, 'added', 100000)", "getattr(t, 'added', None)"},
-    {"coerce", "", "result = (ling.Integer('100000'), ling.String(5), ling.Float('1.5'), ling.Decimal('1.25'), ling.Boolean([]))"},
-    {"dates", "import datetime\nd = datetime.datetime(2020, 1, 2, 3, 4, 5, 6, tzinfo=datetime.timezone.utc)", "result = ling.Tuple([d, d.date(), d.time(), datetime.time(1, 2, fold=1)])"},
-    {"decimals", "import decimal\nd = decimal.Decimal('1.25')", "result = (ling.Tuple([d]), str(ling.Decimal('100000.5') + ling.Decimal('2')) if False else ling.Decimal('100000.5'))"},
-    {"lookup", "", "result = (str(ling.find_module('ling.faults')), str(ling.find_type('ling.faults.Thing')), str(ling.find_module('no.such.module')))"},
+    {"coerce", "",
+     "result = (ling.Integer('100000'), ling.String(5), ling.Float('1.5'), ling.Decimal('1.25'), ling.Boolean([]))"},
+    {"dates", "import datetime\nd = datetime.datetime(2020, 1, 2, 3, 4, 5, 6, tzinfo=datetime.timezone.utc)",
+     "result = ling.Tuple([d, d.date(), d.time(), datetime.time(1, 2, fold=1)])"},
+    {"decimals", "import decimal\nd = decimal.Decimal('1.25')",
+     "result = (ling.Tuple([d]), str(ling.Decimal('100000.5') + ling.Decimal('2')) if False else "
+     "ling.Decimal('100000.5'))"},
+    {"lookup", "",
+     "result = (str(ling.find_module('ling.faults')), str(ling.find_type('ling.faults.Thing')), "
+     "str(ling.find_module('no.such.module')))"},
     {"modules", "", "result = len(list(ling.modules())) > 10"},
     {"globals", "", "result = str(ling.globals().get('missing', 'none'))"},
     {"import", "import sys\nsys.modules.pop('ling.faults', None)", "import ling.faults"},
     {"log record", "", "r = ling.LogRecord(20, 'a text that is new'); result = r.message"},
     {"weak reference", "t = Thing(1)", "w = ling.WeakReference(t); result = str(w.lock())"},
-    {"evaluate", "out = ling.HashMap({'x': 1}); scope = ling.EvaluationScope(7, None, {'y': 100000}, out)", "result = ling.cpython.evaluate('x = y + 1\\nreturn [x, self]', scope)", "str(out)"},
-    {"evaluate expression", "scope = ling.EvaluationScope(None, None, {'y': 100000}, None)", "result = ling.cpython.evaluate_expr('y + 1', scope)"},
-    {"evaluate syntax error", "", "try: ling.cpython.evaluate('x = = 1')\nexcept RuntimeError as e: result = (str(e), e.ling.line)"},
-    {"evaluate raises", "", "try: ling.cpython.evaluate('x = 1\\nraise KeyError(x)')\nexcept RuntimeError as e: result = (str(e), e.ling.line, e.ling.stack)"},
-    {"function from source", "", "result = (ling.cpython.CPythonFunction('lambda x: x + 1')(2), ling.cpython.CPythonFunction('def f(a: int): return a')(3), ling.cpython.CPythonFunction('return args[0]')(4))"},
-    {"memory error comes home", "t = Thing(1)\ndef fail(x): raise MemoryError", "try: t.call(fail, 3)\nexcept MemoryError: result = 'caught'"},
+    {"evaluate", "out = ling.HashMap({'x': 1}); scope = ling.EvaluationScope(7, None, {'y': 100000}, out)",
+     "result = ling.cpython.evaluate('x = y + 1\\nreturn [x, self]', scope)", "str(out)"},
+    {"evaluate expression", "scope = ling.EvaluationScope(None, None, {'y': 100000}, None)",
+     "result = ling.cpython.evaluate_expr('y + 1', scope)"},
+    {"evaluate syntax error", "",
+     "try: ling.cpython.evaluate('x = = 1')\nexcept RuntimeError as e: result = (str(e), e.ling.line)"},
+    {"evaluate raises", "",
+     "try: ling.cpython.evaluate('x = 1\\nraise KeyError(x)')\nexcept RuntimeError as e: result = (str(e), "
+     "e.ling.line, e.ling.stack)"},
+    {"function from source", "",
+     "result = (ling.cpython.CPythonFunction('lambda x: x + 1')(2), ling.cpython.CPythonFunction('def f(a: int): "
+     "return a')(3), ling.cpython.CPythonFunction('return args[0]')(4))"},
+    {"memory error comes home", "t = Thing(1)\ndef fail(x): raise MemoryError",
+     "try: t.call(fail, 3)\nexcept MemoryError: result = 'caught'"},
     {"deep destruction", "l = ling.List()\nfor i in range(300): l = ling.List([l])", "l = None"},
 };
 
-// --- from the host -------------------------------------------------------------------------------------------------------
+// --- from the host
+// -------------------------------------------------------------------------------------------------------
 
 // Preparations. None of them may fail.
 
@@ -215,31 +253,37 @@ Any there_and_back(const Any& value) {
 constexpr char sequence_code[] = "return [1, 2, 3]";
 
 const host_row from_host_rows[] = {
-    {"every kind there and back", every_kind, [](const Any& values) { return internal::guarded([&]() -> Any {
-       std::vector<Any> all;
-       for (const Any& each : List_Generic::unchecked(values).copyItems()) {
-         all.push_back(there_and_back(each));
-         if (is_error_result(all.back())) {
-           return all.back();
+    {"every kind there and back",               every_kind,
+     [](const Any& values) {
+       return internal::guarded([&]() -> Any {
+         std::vector<Any> all;
+         for (const Any& each : List_Generic::unchecked(values).copyItems()) {
+           all.push_back(there_and_back(each));
+           if (is_error_result(all.back())) {
+             return all.back();
+           }
          }
-       }
-       return List_Generic(std::move(all));
-     }); }},
-    {"call Python", of_python<"return lambda a, b=2: [a, b]">, [](const Any& f) { return call(f, {text}); }},
-    {"call Python by name", of_python<"return lambda a, b=2: [a, b]">, [](const Any& f) {
-       static const named_argument named[] = {{"b", text}};
+         return List_Generic(std::move(all));
+       });
+     }                                                                                                                                                                 },
+    {"call Python",                             of_python<"return lambda a, b=2: [a, b]">,                           [](const Any& f) { return call(f, {text}); }      },
+    {"call Python by name",                     of_python<"return lambda a, b=2: [a, b]">,
+     [](const Any& f) {
+       static const named_argument named[] = {
+           {                                                                                                       "b",                                                                     text}};
        return static_cast<const object_value_callable&>(*f.get()).call_named(std::span(&number, 1), named);
-     }},
-    {"Python raises", of_python<"def f(): raise ValueError('a text that is long enough')\nreturn f">,
+     }                                                                                                                                                                       },
+    {"Python raises",                                    of_python<"def f(): raise ValueError('a text that is long enough')\nreturn f">,
      [](const Any& f) { return call(f, {}); }},
-    {"Python has no memory", of_python<"def f(): raise MemoryError\nreturn f">, [](const Any& f) { return call(f, {}); }},
-    {"bad call", of_python<"return lambda a: a">, [](const Any& f) { return call(f, {}); }},
-    {"signature", of_python<"def f(a: int, b: 'str' = 'x', *c) -> float: pass\nreturn f">, [](const Any& f) {
+    {"Python has no memory",  of_python<"def f(): raise MemoryError\nreturn f">,
+     [](const Any& f) { return call(f, {}); }                                                                                                                              },
+    {"bad call",  of_python<"return lambda a: a">,                                                                                                            [](const Any& f) { return call(f, {}); }},
+    {"signature", of_python<"def f(a: int, b: 'str' = 'x', *c) -> float: pass\nreturn f">,
+     [](const Any& f) {
        return internal::guarded([&]() -> Any { return I_Callable_Generic::unchecked(f).signature(); });
-     }},
-    {"evaluate in C++", nothing, [](const Any&) { return internal::guarded([]() -> Any {
-       return evaluate("x = [1, 'a']\nreturn x", {}); });
-     }},
+     }                 },
+    {"evaluate in C++",                                         nothing,
+     [](const Any&) { return internal::guarded([]() -> Any { return evaluate("x = [1, 'a']\nreturn x", {}); }); }                                                                                                                            },
 };
 
 // For rows that are about memory alone: what throws is what a host's own code would catch.
