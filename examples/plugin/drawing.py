@@ -68,7 +68,7 @@ assert len(house) == 3
 middle = house.center
 wall.move_to(middle)
 print("the middle of the house:", wall.position)
-assert middle - Vector() == wall.position and house.center.x == wall.position.x
+assert middle - Vector() == wall.position and middle.x == wall.position.x
 refused(RuntimeError, lambda: Drawing("nothing").center - here)
 
 # --- an iterator over what is nowhere stored, a sequence of it --------------------------------------------------------

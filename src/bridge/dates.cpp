@@ -46,15 +46,15 @@ constinit const struct {
 } names;
 
 // What an attribute or a method of a hostile object raises says only that there is no such field.
-PyObjectPtr taken(PyObject* result) {
-  if (result == nullptr) {
+PyObjectPtr taken(PyObjectPtr result) {
+  if (!result) {
     tolerate_exception();
   }
-  return PyObjectPtr(result);
+  return result;
 }
 PyObjectPtr call(PyObject* object, const python_name& method) {
   PyObject* const name = method.get();
-  return taken(name == nullptr ? nullptr : PyObject_CallMethodObjArgs(object, name, nullptr));
+  return taken(PyObjectPtr(name == nullptr ? nullptr : PyObject_CallMethodObjArgs(object, name, nullptr)));
 }
 
 std::optional<long> integer_of(PyObject* object) {
@@ -67,8 +67,7 @@ std::optional<long> integer_of(PyObject* object) {
 }
 
 std::optional<long> field_of(PyObject* object, const python_name& field) {
-  PyObject* const name = field.get();
-  const PyObjectPtr value = taken(name == nullptr ? nullptr : PyObject_GetAttr(object, name));
+  const PyObjectPtr value = taken(field.of(object));
   return value ? integer_of(value.get()) : std::nullopt;
 }
 

@@ -16,7 +16,8 @@ PyObjectPtr time_to_python(const Time& time);
 PyObjectPtr date_time_to_python(const DateTime& value);
 
 // The DateTime, Time or Date for an object of one of those classes, an Error when its fields say what does not exist;
-// empty for every other object, and for one whose fields cannot be read. No exception must be pending, none is left.
+// empty for every other object, and for one whose fields cannot be read. An interruption meanwhile is an Error, too. No
+// exception must be pending, none is left.
 Any date_or_time_from_python(PyObject* object);
 
 }  // namespace ling::cpython

@@ -6,6 +6,8 @@
 #include "bridge/exception_text.h"
 #include "bridge/exception_types.h"
 #include "bridge/instance_test.h"
+#include "bridge/pending_exception.h"
+#include "bridge/python_name.h"
 #include "ling/lazy.h"
 #include "ling/reflection.h"
 #include "ling/tuple.h"
@@ -20,6 +22,8 @@ namespace ling::cpython {
 namespace {
 
 // --- Python to the host ----------------------------------------------------------------------------------------------
+
+constinit const python_name carried_name("ling");
 
 struct fetched_exception {
   PyObjectPtr type;
@@ -72,8 +76,8 @@ Error error_from_interruption(PyObject* instance) {
 Union<Error, None> carried_error(PyObjectPtr& carrier) {
   PyObjectPtr outermost = PyObjectPtr::share(carrier.get());
   for (int i = 0; i < maximum_conversion_depth; ++i) {
-    PyObjectPtr carried(PyObject_GetAttrString(carrier.get(), "ling"));
-    tolerate_exception();
+    PyObjectPtr carried = carried_name.of(carrier.get());
+    drop_exception();
     const Any* value = carried ? wrapped_value(carried.get()) : nullptr;
     if (value != nullptr && is_error_result(*value)) {
       return Error::unchecked(*value);
@@ -207,10 +211,11 @@ PyObjectPtr make_exception(PyObject* type, const Error& error, const String& mes
   PyObjectPtr instance(no_arguments ? PyObject_Call(type, no_arguments.get(), nullptr) : nullptr);
   if (instance) {
     const PyObjectPtr carried = wrap_locked(error);
-    if (carried) {
-      PyObject_SetAttrString(instance.get(), "ling", carried.get());
+    PyObject* const name = carried ? carried_name.get() : nullptr;
+    if (name != nullptr) {
+      PyObject_SetAttr(instance.get(), name, carried.get());
     }
-    tolerate_exception();
+    drop_exception();
     // Set, not passed on: the constructor of a standard exception may make more of an argument than its text.
     if (!message.empty()) {
       const PyObjectPtr arguments = to_python_locked(Tuple_Generic({message}));
@@ -219,7 +224,7 @@ PyObjectPtr make_exception(PyObject* type, const Error& error, const String& mes
       }
     }
   }
-  tolerate_exception();
+  drop_exception();
   return instance;
 }
 
@@ -262,6 +267,20 @@ Error error_from_exception(PyObjectPtr_Borrowed instance) {
   PyObjectPtr carrier = PyObjectPtr::share(instance);
   const auto carried = carried_error(carrier);
   return carried ? carried.value() : error_from_texts(carrier.get());
+}
+
+void drop_exception() {
+  if (PyErr_Occurred() == nullptr) [[likely]] {
+    return;
+  }
+  const bool is_out_of_memory = PyErr_ExceptionMatches(PyExc_MemoryError) != 0;
+  if (PyErr_ExceptionMatches(PyExc_KeyboardInterrupt) != 0) {
+    PyThreadState_SetAsyncExc(PyThread_get_thread_ident(), PyErr_Occurred());
+  }
+  PyErr_Clear();
+  if (is_out_of_memory) {
+    throw std::bad_alloc();
+  }
 }
 
 void throw_exception() {

@@ -2,6 +2,7 @@
 #include "bridge/error_position.h"
 
 #include "bridge/pending_exception.h"
+#include "bridge/python_name.h"
 
 namespace ling::cpython {
 
@@ -9,11 +10,16 @@ namespace {
 
 using number = std::optional<std::int64_t>;
 
+constinit const struct {
+  python_name lineno{"lineno"}, offset{"offset"}, end_lineno{"end_lineno"}, end_offset{"end_offset"};
+  python_name tb_lineno{"tb_lineno"}, tb_next{"tb_next"};
+} names;
+
 // The attribute as a number; absent when it is missing, None, or anything that is no number.
-number read_number(PyObject* object, const char* attribute) {
-  const PyObjectPtr value(PyObject_GetAttrString(object, attribute));
+number read_number(PyObject* object, const python_name& attribute) {
+  const PyObjectPtr value = attribute.of(object);
   if (!value) {
-    tolerate_exception();
+    drop_exception();
     return {};
   }
   if (value.get() == Py_None) {
@@ -21,7 +27,7 @@ number read_number(PyObject* object, const char* attribute) {
   }
   const long long read = PyLong_AsLongLong(value.get());
   if (read == -1 && PyErr_Occurred() != nullptr) {
-    tolerate_exception();
+    drop_exception();
     return {};
   }
   return read;
@@ -39,12 +45,12 @@ number marked_length(number line, number column, number end_line, number end_col
 number innermost_line(PyObject* traceback) {
   number line;
   for (PyObjectPtr frame = PyObjectPtr::share(traceback); frame && frame.get() != Py_None;) {
-    if (const number read = read_number(frame.get(), "tb_lineno")) {
+    if (const number read = read_number(frame.get(), names.tb_lineno)) {
       line = read;
     }
-    frame = PyObjectPtr(PyObject_GetAttrString(frame.get(), "tb_next"));
+    frame = names.tb_next.of(frame.get());
   }
-  tolerate_exception();
+  drop_exception();
   return line;
 }
 
@@ -61,10 +67,10 @@ number shifted(number value, int shift) {
 source_position position_of(PyObject* instance, PyObject* traceback, int line_shift, int column_shift) {
   source_position position;
   if (instance != nullptr) {
-    position.line = read_number(instance, "lineno");
-    position.column = read_number(instance, "offset");
-    position.length = marked_length(position.line, position.column, read_number(instance, "end_lineno"),
-                                    read_number(instance, "end_offset"));
+    position.line = read_number(instance, names.lineno);
+    position.column = read_number(instance, names.offset);
+    position.length = marked_length(position.line, position.column, read_number(instance, names.end_lineno),
+                                    read_number(instance, names.end_offset));
   }
   if (!position.line) {
     position.line = innermost_line(traceback);

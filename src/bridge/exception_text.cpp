@@ -4,6 +4,7 @@
 #include "bridge/error_bridge.h"
 #include "bridge/module_attribute.h"
 #include "bridge/pending_exception.h"
+#include "bridge/python_name.h"
 #include "bridge/python_text.h"
 
 namespace ling::cpython {
@@ -11,6 +12,8 @@ namespace ling::cpython {
 namespace {
 
 constinit const module_attribute format_exception("traceback", "format_exception");
+constinit const python_name name_of_type("__name__");
+constinit const python_name traceback_name("__traceback__");
 
 // What is being told of exceptions on this thread, innermost first. An exception's own code makes its text, and what
 // that shows by way of the host may be exceptions again, among them the same one.
@@ -46,9 +49,9 @@ bool is_told(Test test) noexcept {
 }  // namespace
 
 String type_name_of(PyObject* object) {
-  const PyObjectPtr name(PyObject_GetAttrString(reinterpret_cast<PyObject*>(Py_TYPE(object)), "__name__"));
+  const PyObjectPtr name = name_of_type.of(reinterpret_cast<PyObject*>(Py_TYPE(object)));
   const bool is_text = name && PyUnicode_Check(name.get());
-  tolerate_exception();
+  drop_exception();
   return is_text ? text_of(name.get(), surrogates::escape) : String();
 }
 
@@ -59,7 +62,7 @@ String exception_message(PyObject* instance) {
   const telling guard(instance, false);
   const PyObjectPtr text(PyObject_Str(instance));
   if (!text) {
-    tolerate_exception();
+    drop_exception();
     return type_name_of(instance);
   }
   return text_of(text.get(), surrogates::escape);
@@ -74,14 +77,14 @@ String exception_traceback_text(PyObject* instance) {
   }
   const telling guard(instance, true);
   // Spelled with all three arguments, which Python 3.9 insists on.
-  const PyObjectPtr traceback(PyObject_GetAttrString(instance, "__traceback__"));
+  const PyObjectPtr traceback = traceback_name.of(instance);
   const PyObjectPtr lines(traceback
                               ? PyObject_CallFunctionObjArgs(format, reinterpret_cast<PyObject*>(Py_TYPE(instance)),
                                                              instance, traceback.get(), nullptr)
                               : nullptr);
   const PyObjectPtr separator(lines ? PyUnicode_FromString("") : nullptr);
   const PyObjectPtr joined(separator ? PyUnicode_Join(separator.get(), lines.get()) : nullptr);
-  tolerate_exception();
+  drop_exception();
   return text_of(joined.get(), surrogates::escape);
 }
 

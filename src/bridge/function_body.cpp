@@ -178,8 +178,10 @@ void append_function_body(std::string& source, std::string_view code) {
     if (literals.is_inside()) {
       source.append(line);
     } else {
-      const std::size_t tab = place_of_tab(line);
-      source.append(line.substr(0, tab)).append("\t").append(line.substr(tab));
+      const std::size_t start = place_of_tab(line);
+      // Of a statement that begins with a continuation, the column is that of the backslash, unless that is the first.
+      const bool is_continuation = line.substr(start).starts_with('\\');
+      source.append(line.substr(0, start)).append(is_continuation ? "" : "\t").append(line.substr(start));
       any_code = any_code || has_code(line);
     }
     literals.scan(line);

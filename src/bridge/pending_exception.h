@@ -25,10 +25,13 @@ class [[nodiscard]] pending_exception_aside {
 
 // Throws the pending exception on: exhausted memory as std::bad_alloc, any other as the Error that carries it.
 [[noreturn]] void throw_exception();
+// For those who make do without what the pending exception, if there is one, keeps from them, and have nobody to tell:
+// clears it. Only exhausted memory is thrown on. An interrupt, which came from outside, comes again as soon as Python
+// code runs in this thread; an exit that the code itself has raised goes with what was asked.
+void drop_exception();
 
-// Clears the pending exception, if there is one, for those who make do without what it keeps from them. Exhausted
-// memory is nothing to make do with, or the answer would be a wrong one, nor is an interruption: they are thrown on, to
-// become the Error that is returned, or raised again, where the host or Python is answered.
+// The same for those who can tell: an interruption is thrown on, too, to become the Error that is returned, or raised
+// again, where the host or Python is answered.
 inline void tolerate_exception() {
   if (PyErr_Occurred() == nullptr) [[likely]] {
     return;

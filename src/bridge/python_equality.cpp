@@ -14,7 +14,7 @@ namespace {
 // What comes home as the very Python object; null for every other value.
 PyObjectPtr object_behind(const Any& value) noexcept {
   if (CPythonFunction::matches(value.get())) {
-    return PyObjectPtr::share(CPythonFunction::unchecked(value).object().function());
+    return PyObjectPtr::share(static_cast<const object_value_python_function&>(*value.get()).function());
   }
   if (value.type() == ObjectType::Class) {
     return PyObjectPtr::share(python_type_behind(static_cast<const object_value_class&>(*value.get())));

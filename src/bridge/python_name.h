@@ -25,6 +25,11 @@ class python_name {
     }
     return name.release();
   }
+  // The attribute of that name; null with an exception set when it cannot be had.
+  PyObjectPtr of(PyObject* object) const noexcept {
+    PyObject* const name = get();
+    return PyObjectPtr(name == nullptr ? nullptr : PyObject_GetAttr(object, name));
+  }
 
  private:
   const char* text_;

@@ -22,7 +22,7 @@ inline String text_of(PyObject* text, surrogates policy) {
   const PyObjectPtr bytes(policy == surrogates::refuse ? PyUnicode_AsUTF8String(text)
                                                        : PyUnicode_AsEncodedString(text, "utf-8", "backslashreplace"));
   if (!bytes) {
-    tolerate_exception();
+    drop_exception();
     return {};
   }
   return String::fromUtf8(PyBytes_AsString(bytes.get()), static_cast<std::size_t>(PyBytes_Size(bytes.get())));
@@ -31,7 +31,7 @@ inline String text_of(PyObject* text, surrogates policy) {
 // An attribute that is a str; empty when it is missing or something else. No exception must be pending, none is left.
 inline String text_attribute(PyObject* object, const char* name) {
   const PyObjectPtr text(PyObject_GetAttrString(object, name));
-  tolerate_exception();
+  drop_exception();
   return text && PyUnicode_Check(text.get()) ? text_of(text.get(), surrogates::escape) : String();
 }
 

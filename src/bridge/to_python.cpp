@@ -47,14 +47,6 @@ PyObjectPtr byte_array_to_python(const std::vector<char>& bytes) noexcept {
   return PyObjectPtr(PyBytes_FromStringAndSize(bytes.data(), static_cast<Py_ssize_t>(bytes.size())));
 }
 
-Any load(object_value_external& external) noexcept {
-  try {
-    return external.load();
-  } catch (...) {
-    return Error::fromCurrentException();
-  }
-}
-
 // All items or nothing: a tuple with holes dies here, and with it what was converted.
 PyObjectPtr tuple_to_python(const object_value_tuple& tuple, int depth) {
   const std::size_t length = tuple.length();
@@ -68,36 +60,50 @@ PyObjectPtr tuple_to_python(const object_value_tuple& tuple, int depth) {
   return result;
 }
 
-PyObjectPtr python_object_to_python(const object_value_python_object& proxy) noexcept {
-  PyObjectPtr object = proxy.object();
+Any load(object_value_external& external) noexcept {
+  try {
+    return external.load();
+  } catch (...) {
+    return Error::fromCurrentException();
+  }
+}
+
+PyObjectPtr python_object_to_python(const CPythonObject& proxy) noexcept {
+  PyObjectPtr object = proxy.python_object();
   if (!object) {
     PyErr_SetString(PyExc_RuntimeError, "The object is null.");
   }
   return object;
 }
 
-// The first test that applies decides. No test for text: a text is of a kind of its own here, never an Instance.
+PyObjectPtr error_to_python(const Error& error) {
+  raise_error(error);
+  return {};
+}
+
+template <class H, PyObjectPtr (*Convert)(const H& value)>
+PyObjectPtr convert_as(const Any& value) {
+  return Convert(H::unchecked(value));
+}
+
+// The first test that applies decides:
+// 1. A Python object comes home.
+// 2., 3. Dates and decimals are copied.
+// 4. An Error is raised.
+// 6., 7. Times are copied, alone and with their day.
+// 8. Everything else arrives as the object it is.
+// No test for text: a text is of a kind of its own here, never an Instance.
 struct instance_row {
   bool (*matches)(const object_value* object);
   PyObjectPtr (*convert)(const Any& value);
 };
 const instance_row instance_rows[] = {
-  // 1. A Python object comes home.
-    {&CPythonObject::matches,
-     [](const Any& value) { return python_object_to_python(object_of<object_value_python_object>(value)); }   },
- // 2., 3. Dates and decimals are copied.
-    {&Date::matches,          [](const Any& value) { return date_to_python(Date::unchecked(value)); }         },
-    {&Decimal::matches,       [](const Any& value) { return decimal_to_python(Decimal::unchecked(value)); }   },
- // 4. An Error is raised.
-    {&Error::matches,
-     [](const Any& value) {
-       raise_error(Error::unchecked(value));
-       return PyObjectPtr();
-     }                                                                                                        },
- // 6., 7. Times are copied, alone and with their day.
-    {&Time::matches,          [](const Any& value) { return time_to_python(Time::unchecked(value)); }         },
-    {&DateTime::matches,      [](const Any& value) { return date_time_to_python(DateTime::unchecked(value)); }},
- // 8. Everything else arrives as the object it is.
+    {&CPythonObject::matches, &convert_as<CPythonObject, python_object_to_python>},
+    {&Date::matches,          &convert_as<Date,          date_to_python>         },
+    {&Decimal::matches,       &convert_as<Decimal,       decimal_to_python>      },
+    {&Error::matches,         &convert_as<Error,         error_to_python>        },
+    {&Time::matches,          &convert_as<Time,          time_to_python>         },
+    {&DateTime::matches,      &convert_as<DateTime,      date_time_to_python>    },
 };
 
 const instance_row* row_of(const Any& instance) {

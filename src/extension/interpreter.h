@@ -14,11 +14,14 @@ enum class interpreter_phase : int { none, starting, running, ended };
 extern std::atomic<interpreter_phase> known_phase;
 Result<None> start_or_wait();
 
-// Whether another part of the process has ended the interpreter. What this module holds of it is gone then, and stays
-// so if a new one is started.
+// Whether Python may be touched: there is an interpreter, and not a new one in the place of that which this module
+// knew.
+inline bool interpreter_runs() noexcept {
+  return known_phase.load(std::memory_order_relaxed) != interpreter_phase::ended && Py_IsInitialized() != 0;
+}
+// Whether another part of the process has ended the interpreter. What this module holds of it is gone then, for good.
 inline bool interpreter_has_ended() noexcept {
-  const interpreter_phase phase = known_phase.load(std::memory_order_relaxed);
-  return phase == interpreter_phase::ended || (phase == interpreter_phase::running && Py_IsInitialized() == 0);
+  return known_phase.load(std::memory_order_relaxed) >= interpreter_phase::running && !interpreter_runs();
 }
 Error error_interpreter_ended();
 

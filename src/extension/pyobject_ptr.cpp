@@ -82,6 +82,9 @@ void delete_states(kept_state* states) noexcept {
   // one takes its place meanwhile; no Python code runs until the own one is back.
   PyThreadState* stand_in = PyThreadState_New(PyInterpreterState_Get());
   if (stand_in == nullptr) {
+    while (states != nullptr) {
+      thread_ended(std::exchange(states, states->next));  // for whoever comes next
+    }
     return;
   }
   PyThreadState* own = PyEval_SaveThread();
@@ -106,7 +109,7 @@ GilGuard::GilGuard() noexcept {
 }
 
 lock_given_away::lock_given_away() noexcept {
-  if (!interpreter_has_ended() && Py_IsInitialized() != 0 && PyGILState_GetThisThreadState() != nullptr) {
+  if (interpreter_runs() && PyGILState_GetThisThreadState() != nullptr) {
     held_.emplace();  // so that there is something to give back
     state_ = PyEval_SaveThread();
   }
@@ -114,7 +117,7 @@ lock_given_away::lock_given_away() noexcept {
 
 void PyObjectPtr::release_locked(PyObject* object) noexcept {
   // Another owner of the interpreter may have ended it, and all its objects with it, before the last host value died.
-  if (interpreter_has_ended() || Py_IsInitialized() == 0) {
+  if (!interpreter_runs()) {
     return;
   }
   const GilGuard lock;

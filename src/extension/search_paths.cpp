@@ -115,11 +115,15 @@ fs::path environment_directory(const char* variable) {
 }  // namespace
 
 Result<None> cpython_add_sys_path(const String& path) {
-  return path.empty() ? Error("Unable to add a path to sys.path: it is empty, or no Unicode text.")
-                      : add_or_queue(path);
+  if (path.empty()) {
+    return Error("Unable to add a path to sys.path: it is empty, or no Unicode text.");
+  }
+  return internal::guarded([&] { return add_or_queue(path); });
 }
 
-Result<None> add_sys_path(const fs::path& path) { return add_or_queue(path); }
+Result<None> add_sys_path(const fs::path& path) {
+  return internal::guarded([&] { return add_or_queue(path); });
+}
 
 void add_pending_paths() {
   std::vector<any_path> paths;

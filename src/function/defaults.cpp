@@ -17,7 +17,7 @@ std::vector<Any> defaults_of(PyObjectPtr_Borrowed callable) {
       values.push_back(from_python_locked(PyTuple_GetItem(tuple.get(), i)));
     }
   }
-  tolerate_exception();
+  drop_exception();
   return values;
 }
 

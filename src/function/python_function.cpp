@@ -126,7 +126,7 @@ String object_value_python_function::name() const {
   // The second one only where there is no first: either may be code that runs.
   const PyObjectPtr qualified(PyObject_GetAttrString(function_.get(), "__qualname__"));
   const bool is_missing = !qualified && PyErr_ExceptionMatches(PyExc_AttributeError) != 0;
-  tolerate_exception();
+  drop_exception();
   if (is_missing || (qualified && !PyUnicode_Check(qualified.get()))) {
     return text_attribute(function_.get(), "__name__");
   }

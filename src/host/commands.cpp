@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <new>
 #include <system_error>
 
 namespace ling::host {
@@ -27,15 +28,21 @@ int with_program(const session_options& options, const program_arguments& argume
   if (is_package.is_error()) {
     return fail(is_package.error());
   }
-  program running;
+  program& running = program::instance();
   if (const Result<None> started = running.start(); started.is_error()) {
     return fail(started.error());
   }
-  return running.end(body(session, running, is_package->value()));
+  outcome how{failure};
+  try {
+    how = body(session, running, is_package->value());
+  } catch (const std::bad_alloc&) {
+    std::fputs("ling: out of memory\n", stderr);  // which is no reason to lose the program's output
+  }
+  return running.end(how);
 }
 
 outcome report(const python_session& session, const program& running, const Error& error) {
-  session.hand_over(error.value());
+  session.hand_over(error);
   if (const auto reported = running.report_handed_over()) {
     return *reported;
   }

@@ -24,8 +24,9 @@ constexpr char run_help[] =
     R"(Run a Python file.
 Usage: ling run FILE [ARG...]
 
-FILE is the program and each ARG an argument for it, as with python3. The exit status is that of the
-program: 0 on success, 1 when it failed, with a traceback on standard error.
+FILE is the program and each ARG an argument for it, as with python3: a script, compiled code, or a folder
+or an archive with a __main__.py. The exit status is that of the program: 0 on success, 1 when it failed,
+with a traceback on standard error.
 )";
 
 CLI::App* add_run(CLI::App& app) {

@@ -2,10 +2,10 @@
 #include "host/platform.h"
 
 #include <dlfcn.h>
-#include <signal.h>
 #include <unistd.h>
 
 #include <clocale>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -39,7 +39,7 @@ void* interpreter_symbol(const char* name) { return dlsym(RTLD_DEFAULT, name); }
 
 int end_by_interrupt() {
   std::fflush(nullptr);
-  signal(SIGINT, SIG_DFL);
+  std::signal(SIGINT, SIG_DFL);
   kill(getpid(), SIGINT);
   return 128 + SIGINT;
 }

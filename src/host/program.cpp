@@ -5,6 +5,7 @@
 #include "host/platform.h"
 #include "ling/error.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
@@ -19,6 +20,17 @@ constexpr int file_input = 257;  // Py_file_input
 constexpr int as_text = 1;       // Py_PRINT_RAW
 
 constexpr char main_name[] = "__main__";
+
+class [[nodiscard]] interpreter_lock {
+ public:
+  interpreter_lock() : state_(python.PyGILState_Ensure()) {}
+  ~interpreter_lock() { python.PyGILState_Release(state_); }
+  interpreter_lock(const interpreter_lock&) = delete;
+  interpreter_lock& operator=(const interpreter_lock&) = delete;
+
+ private:
+  int state_;
+};
 
 PyObject* none() { return python._Py_NoneStruct; }
 bool is_none(PyObject* object) { return object == nullptr || object == none(); }
@@ -206,26 +218,21 @@ bool is_compiled(const std::string& path, std::FILE* file) {
   return is_so;
 }
 
-reference fail(const char* message) {
-  python.PyErr_SetString(*python.PyExc_RuntimeError, message);
-  return {};
-}
-
-reference run_compiled(std::FILE* file, PyObject* names) {
-  reference code;
-  if (python.PyMarshal_ReadLongFromFile(file) == python.PyImport_GetMagicNumber()) {
-    for (int i = 0; i < 3; ++i) {
-      static_cast<void>(python.PyMarshal_ReadLongFromFile(file));  // flags, and what it was compiled from
-    }
-    code = reference(python.PyMarshal_ReadLastObjectFromFile(file));
-  } else if (python.PyErr_Occurred() == nullptr) {
-    code = fail("Bad magic number in .pyc file");
+// Null with the exception pending.
+reference read_code(std::FILE* file) {
+  if (python.PyMarshal_ReadLongFromFile(file) != python.PyImport_GetMagicNumber()) {
+    python.PyErr_SetString(*python.PyExc_RuntimeError, "Bad magic number in .pyc file");
+    return {};
   }
-  std::fclose(file);
-  if (code && reference(python.PyObject_Type(code.get())).get() != python.PyCode_Type) {
-    code = fail("Bad code object in .pyc file");
+  for (int i = 0; i < 3; ++i) {
+    static_cast<void>(python.PyMarshal_ReadLongFromFile(file));  // flags, and what it was compiled from
   }
-  return reference(code ? python.PyEval_EvalCode(code.get(), names, names) : nullptr);
+  reference code(python.PyMarshal_ReadLastObjectFromFile(file));
+  if (!code || reference(python.PyObject_Type(code.get())).get() != python.PyCode_Type) {
+    python.PyErr_SetString(*python.PyExc_RuntimeError, "Bad code object in .pyc file");
+    return {};
+  }
+  return code;
 }
 
 // Closes the file.
@@ -242,10 +249,13 @@ reference run_in(PyObject* names, std::FILE* file, const std::string& path) {
     std::fclose(file);
     return {};
   }
+  if (compiled) {
+    const reference code = read_code(file);
+    std::fclose(file);
+    return reference(code ? python.PyEval_EvalCode(code.get(), names, names) : nullptr);
+  }
   constexpr int close_file = 1;
-  return compiled
-             ? run_compiled(file, names)
-             : reference(python.PyRun_FileExFlags(file, path.c_str(), file_input, names, names, close_file, nullptr));
+  return reference(python.PyRun_FileExFlags(file, path.c_str(), file_input, names, names, close_file, nullptr));
 }
 
 // --- ending ----------------------------------------------------------------------------------------------------------
@@ -285,43 +295,62 @@ void empty_modules(PyObject* weak_references) {
   }
 }
 
+// What a program has added or replaced goes away; while it goes, the module is whole.
+void restore(PyObject* names, PyObject* before) {
+  const reference contents(python.PyDict_Copy(names));
+  if (contents) {
+    python.PyDict_Clear(names);
+    python.PyDict_Update(names, before);
+  }
+  python.PyErr_Clear();
+}
+
 }  // namespace
 
-void interpreter_lock::take() { state_ = python.PyGILState_Ensure(); }
-interpreter_lock::~interpreter_lock() {
-  if (state_) {
-    python.PyGILState_Release(*state_);
-  }
+program& program::instance() {
+  static auto* const only = new program;
+  return *only;
 }
 
 Result<None> program::start() {
   if (auto opened = python.open(); opened.is_error()) {
     return opened;
   }
-  lock_.take();
+  const interpreter_lock lock;
   run_exit_handlers_ = module_attribute("atexit", "_run_exitfuncs");
   collect_garbage_ = module_attribute("gc", "collect");
   garbage_callbacks_ = module_attribute("gc", "callbacks");
   modules_before_ = reference(python.PyDict_Copy(python.PyImport_GetModuleDict()));
-  if (modules_before_) {
-    python.PyDict_DelItemString(modules_before_.get(), main_name);  // the program's
-  }
-  builtins_.names = module_attribute("builtins", "__dict__");
-  sys_.names = module_attribute("sys", "__dict__");
   handover_ = reference::share(python.PySys_GetObject(handover_name));
   python.PySys_SetObject(handover_name, nullptr);
   own_output_ = reference::share(python.PySys_GetObject("stdout"));
   own_errors_ = reference::share(python.PySys_GetObject("stderr"));
-  for (known_module* each : {&builtins_, &sys_}) {
-    each->before = reference(each->names ? python.PyDict_Copy(each->names.get()) : nullptr);
+  const bool complete = run_exit_handlers_ && collect_garbage_ && garbage_callbacks_ && modules_before_ && handover_;
+  if (complete) {
+    python.PyDict_DelItemString(modules_before_.get(), main_name);  // the program's
+    remember_contents();
   }
-  const bool complete = run_exit_handlers_ && collect_garbage_ && garbage_callbacks_ && modules_before_ &&
-                        builtins_.before && sys_.before && handover_;
   python.PyErr_Clear();
   return complete ? Result<None>(None()) : Error("The interpreter is not fit to run a program.");
 }
 
+void program::remember_contents() {
+  PyObject *name = nullptr, *module = nullptr;
+  for (std::ptrdiff_t i = 0; python.PyDict_Next(modules_before_.get(), &i, &name, &module) != 0;) {
+    reference names = attribute(module, "__dict__");
+    reference before(names ? python.PyDict_Copy(names.get()) : nullptr);
+    if (before) {
+      contents_before_.push_back({std::move(names), std::move(before)});
+    }
+    python.PyErr_Clear();  // not everything that is called a module is one
+  }
+  // `sys` is the first module; the hooks in it are there for the finalisers of all others.
+  const auto first = contents_before_.begin();
+  std::rotate(first, contents_before_.empty() ? first : first + 1, contents_before_.end());
+}
+
 outcome program::run_file(const std::string& path) const {
+  const interpreter_lock lock;
   const reference name(python.PyUnicode_DecodeFSDefault(path.c_str()));
   if (!name || python.PySys_Audit("cpython.run_file", "O", name.get()) < 0) {
     return report();
@@ -340,6 +369,7 @@ outcome program::run_file(const std::string& path) const {
 }
 
 outcome program::run_package() const {
+  const interpreter_lock lock;
   const reference name(python.PyUnicode_FromString(main_name));
   const bool done =
       static_cast<bool>(call(module_attribute("runpy", "_run_module_as_main"), name.get(), python._Py_FalseStruct));
@@ -347,6 +377,7 @@ outcome program::run_package() const {
 }
 
 outcome program::print(const String& line) const {
+  const interpreter_lock lock;
   const reference stream = reference::share(python.PySys_GetObject("stdout"));
   const reference text(python.PyUnicode_DecodeUTF8(line.view().data(), static_cast<std::ptrdiff_t>(line.view().size()),
                                                    "surrogateescape"));
@@ -357,6 +388,7 @@ outcome program::print(const String& line) const {
 }
 
 std::optional<outcome> program::report_handed_over() const {
+  const interpreter_lock lock;
   const reference instance(python.PySequence_GetItem(handover_.get(), 0));
   python.PySequence_DelSlice(handover_.get(), 0, 1);
   python.PyErr_Clear();
@@ -369,6 +401,7 @@ std::optional<outcome> program::report_handed_over() const {
 }
 
 int program::end(const outcome& how) const {
+  const interpreter_lock lock;
   wait_for_threads();
   static_cast<void>(call(run_exit_handlers_));
   python.PyErr_Clear();  // it has been printed
@@ -380,16 +413,6 @@ int program::end(const outcome& how) const {
     python.PyErr_Clear();
   }
   return how.interrupted ? end_by_interrupt() : status;
-}
-
-// Only what the program has added or replaced goes away, and while it goes the module is whole.
-void program::restore(const known_module& module) {
-  const reference contents(python.PyDict_Copy(module.names.get()));
-  if (contents) {
-    python.PyDict_Clear(module.names.get());
-    python.PyDict_Update(module.names.get(), module.before.get());
-  }
-  python.PyErr_Clear();
 }
 
 // Objects are finalised when nothing refers to them any more.
@@ -417,9 +440,10 @@ void program::let_go() const {
   const reference forgotten = forget_modules(modules);
   collect_garbage();
   empty_modules(forgotten.get());
-  restore(builtins_);
+  for (const known_module& each : contents_before_) {
+    restore(each.names.get(), each.before.get());
+  }
   collect_garbage();
-  restore(sys_);
 }
 
 // The modules that the program has brought with it, as weak references by their names; None stands for all others.
@@ -432,7 +456,7 @@ reference program::forget_modules(PyObject* modules) const {
       weak = reference(python.PyWeakref_NewRef(module, nullptr));
       python.PyDict_SetItem(modules, name, none());
     }
-    python.PyErr_Clear();  // not everything that a program calls a module is one
+    python.PyErr_Clear();
     python.PyDict_SetItem(forgotten.get(), name, weak ? weak.get() : none());
   }
   return forgotten;

@@ -8,6 +8,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace ling::host {
 
@@ -23,23 +24,13 @@ struct outcome {
 // A list in the module `sys` by which the host hands over what it has got from Python.
 inline constexpr char handover_name[] = "ling_handover";
 
-// From taking it on.
-class interpreter_lock {
- public:
-  interpreter_lock() noexcept = default;
-  ~interpreter_lock();
-  interpreter_lock(const interpreter_lock&) = delete;
-  interpreter_lock& operator=(const interpreter_lock&) = delete;
-  void take();
-
- private:
-  std::optional<int> state_;
-};
-
 // Everything is as with python3, in its order and in its words, but for one thing: the interpreter lives as long as the
-// process, since plug-ins and their threads may use it. Holds the interpreter lock.
+// process, since plug-ins and their threads may use it. The operations take the interpreter lock.
 class program {
  public:
+  // The one of the process; never destroyed, for want of a moment when it would hold the lock.
+  static program& instance();
+
   // Takes what the end will need, while the interpreter is still as it should be.
   Result<None> start();
 
@@ -61,22 +52,21 @@ class program {
     reference names;
     reference before;
   };
-  static void restore(const known_module& module);
 
+  program() = default;
+  void remember_contents();
   void let_go() const;
   reference forget_modules(PyObject* modules) const;
   void collect_garbage() const;
 
-  interpreter_lock lock_;  // first, since references are released under it
   reference run_exit_handlers_;
   reference collect_garbage_;
   reference garbage_callbacks_;
   reference modules_before_;
+  std::vector<known_module> contents_before_;
   reference handover_;
   reference own_output_;
   reference own_errors_;
-  known_module builtins_;
-  known_module sys_;
 };
 
 }  // namespace ling::host

@@ -49,7 +49,6 @@ struct PyInterpreterState;
   X(PyObject*, PyImport_GetModule, (PyObject*))                                                                        \
   X(PyObject*, PyImport_GetModuleDict, ())                                                                             \
   X(long, PyImport_GetMagicNumber, ())                                                                                 \
-  X(PyObject*, PyModule_GetDict, (PyObject*))                                                                          \
   X(PyObject*, PyRun_FileExFlags, (std::FILE*, const char*, int, PyObject*, PyObject*, int, void*))                    \
   X(PyObject*, PyEval_EvalCode, (PyObject*, PyObject*, PyObject*))                                                     \
   X(long, PyMarshal_ReadLongFromFile, (std::FILE*))                                                                    \

@@ -82,8 +82,8 @@ Any python_session::evaluate_expression(const String& code) const {
   return call_evaluator(evaluate_expr_, code, None());
 }
 
-void python_session::hand_over(const Any& value) const {
-  static_cast<void>(I_MutableSequence_Generic::unchecked(handover_).append(value));
+void python_session::hand_over(const Error& error) const {
+  static_cast<void>(I_MutableSequence_Generic::unchecked(handover_).append(error.value()));
 }
 
 }  // namespace ling::host

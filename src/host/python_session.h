@@ -38,8 +38,8 @@ class python_session {
 
   Any evaluate(const String& code) const;
   Any evaluate_expression(const String& code) const;
-  // Gives a value to the program as Python knows it.
-  void hand_over(const Any& value) const;
+  // Hands what an Error was made of to the program: see program::report_handed_over().
+  void hand_over(const Error& error) const;
 
  private:
   Any evaluate_;

@@ -25,10 +25,11 @@ def take_signals():
         _signal.signal(_signal.SIGINT, _signal.default_int_handler)
 
 
-# An embedded interpreter takes the first python3 on PATH for its own program, whatever version that is.
+# An embedded interpreter takes the first python3 on PATH for its own program, whatever version that is, or the host.
 def name_interpreter():
     if sys.prefix == sys.base_prefix:
-        own = os.path.join(sys.base_exec_prefix, "bin", "python%d.%d" % sys.version_info[:2])
+        program = ["python.exe"] if os.name == "nt" else ["bin", "python%d.%d" % sys.version_info[:2]]
+        own = os.path.join(sys.base_exec_prefix, *program)
         if os.path.exists(own) and os.path.dirname(sys.executable) != os.path.dirname(own):
             sys.executable = own
         sys._base_executable = sys.executable

@@ -42,6 +42,14 @@ bool is_left_out(const String& name) {
   return std::find(std::begin(left_out), std::end(left_out), name.view()) != std::end(left_out);
 }
 
+// What cannot be read is left out, unless that is because of an interrupt.
+Result<None> unless_interrupted(const Error& failure) {
+  raise_error(failure);
+  const bool interrupted = PyErr_ExceptionMatches(PyExc_KeyboardInterrupt) != 0;
+  PyErr_Clear();
+  return interrupted ? Result<None>(failure) : None();
+}
+
 // The module, null when it cannot be imported, or the Error of an interrupt. Leaves no exception pending.
 Result<None> import(const String& python_name, PyObjectPtr& module) {
   const PyObjectPtr text = to_python_locked(python_name);
@@ -49,7 +57,7 @@ Result<None> import(const String& python_name, PyObjectPtr& module) {
   if (!module && PyErr_ExceptionMatches(PyExc_KeyboardInterrupt) != 0) {
     return capture_error_or("Interrupted.");
   }
-  tolerate_exception();
+  drop_exception();
   return None();
 }
 
@@ -58,11 +66,6 @@ Result<Any> submodules_of(PyObject* module) {
   const HashMap_Generic variables;
   variables.set("pp", from_python_locked(module));
   return evaluate_code({}, list_package, I_Map_Generic::unchecked(variables), None(), None());
-}
-
-// What cannot be read is left out, unless that is because of an interruption.
-Result<None> unless_interrupted(const Error& failure) {
-  return is_interruption(failure) ? Result<None>(failure) : None();
 }
 
 Result<None> export_listed(const Result<Any>& listed, const String& name, const String& python_name, int depth);

@@ -339,7 +339,7 @@ Any unwrap(const Any& value) {
     if (current.type() == ObjectType::Computed) {
       current = static_cast<object_value_computed*>(current.get())->force();
     } else {
-      current = guarded([&] { return static_cast<object_value_external*>(current.get())->load(); });
+      current = internal::guarded([&] { return static_cast<object_value_external*>(current.get())->load(); });
     }
   }
   return Error("A lazy value keeps yielding lazy values.");

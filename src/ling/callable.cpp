@@ -16,7 +16,10 @@ namespace ling {
 
 constinit const class_definition<I_Callable_Generic> internal::callable_class(
     "I_Callable", [](class_builder<I_Callable_Generic>& c) {
-      c.module("ling").doc("What can be called.").flags(class_flags::callable | class_flags::interface);
+      c.module("ling")
+          .doc("What can be called. Properties: name, doc.")
+          .flags(class_flags::callable | class_flags::interface)
+          .expects("name, doc");
     });
 
 constinit const class_definition<I_Callable_Generic> internal::function_class(

@@ -4,7 +4,6 @@
 #include "ling/detail/exact_number.h"
 #include "ling/detail/hash_mix.h"
 #include "ling/detail/nesting.h"
-#include "ling/error.h"
 #include "ling/interfaces.h"
 #include "ling/none.h"
 #include "ling/reflection.h"
@@ -24,7 +23,7 @@ constexpr std::uint64_t tuple_seed = 0x7475706c65000000ull;
 constexpr std::uint64_t overloads_seed = 0x6f7665726c6f6164ull;
 
 // Of values that are compared as their class says, whatever their kind: an instance may equal a callable.
-constexpr std::uint64_t hash_of_described = 0x6465736372696265ull;
+constexpr std::uint64_t described_hash = 0x6465736372696265ull;
 
 constexpr std::uint64_t hash_of_kind(ObjectType kind) noexcept {
   return hash_mix(0x6b696e6400000000ull + static_cast<std::uint64_t>(kind));
@@ -47,9 +46,9 @@ std::uint64_t hash_of_float(double value) noexcept {
 // items; the bounds keep tuples that share their items in many ways from being walked without end.
 class hashing {
  public:
+  // `error` is for the Error of a `__hash__`, unless it is null; what has failed counts only by kind.
+  explicit hashing(Any* error) noexcept : error_(error) {}
   std::uint64_t hash(const Any& value, bool inside_tuple);
-  // Of the first `__hash__` that failed; what failed counts only by kind.
-  Any& error() noexcept { return error_; }
 
  private:
   static constexpr int deepest = 64;
@@ -61,7 +60,7 @@ class hashing {
 
   int depth_ = 0;
   int items_left_ = 1 << 14;
-  Any error_;
+  Any* error_;
 };
 
 std::uint64_t hashing::hash(const Any& value, bool inside_tuple) {
@@ -82,7 +81,7 @@ std::uint64_t hashing::hash(const Any& value, bool inside_tuple) {
     case ObjectType::ByteArray:
       return internal::hash_bytes(ByteArray::unchecked(value).view(), bytes_seed);
     case ObjectType::Tuple:
-      return hash_row(tuple_seed, Tuple_Generic::unchecked(value).items(), true);
+      return hash_row(tuple_seed, static_cast<const object_value_tuple&>(*value.get()).items(), true);
     case ObjectType::List:
     case ObjectType::HashMap:
     case ObjectType::HashSet:
@@ -136,43 +135,36 @@ std::uint64_t hashing::hash_described(const Any& value, bool inside_tuple) {
   if (const Any* method = method_of_class(Any::__hash__)) {
     const internal::nesting level;
     if (level.too_deep()) {
-      return hash_of_described;
+      return described_hash;
     }
     const Any row[] = {value};
     const Any result = internal::unwrap(I_Callable_Generic::unchecked(*method).callWith(row));
     if (Integer::matches(result.get())) {
       return hash_mix(Integer::unchecked(result).unsigned_value());
     }
-    if (error_.empty() && is_error_result(result)) {
-      error_ = result;
+    if (error_ != nullptr && is_error_result(result)) {
+      *error_ = result;
     }
-    return hash_of_described;
+    return described_hash;
   }
   const bool compared = method_of_class(Any::__compare__) != nullptr || method_of_class(Any::__equals__) != nullptr;
-  return compared && (inside_tuple || I_Immutable::matches(value.get())) ? hash_of_described : hash_of_identity(value);
+  return compared && (inside_tuple || I_Immutable::matches(value.get())) ? described_hash : hash_of_identity(value);
 }
 
 }  // namespace
 
 std::uint64_t object_id(const Any& value) noexcept {
-  // An empty handle is None.
-  return value.empty() ? None().get()->identity() : value.get()->identity();
+  const None none;  // what an empty handle is
+  return value.empty() ? none.get()->identity() : value.get()->identity();
 }
 
 std::uint64_t hash_of(const Any& value) {
-  hashing walk;
-  const std::uint64_t hash = walk.hash(value, false);
-  internal::tolerate_error(walk.error());
+  Any error;
+  const std::uint64_t hash = hashing(&error).hash(value, false);
+  internal::tolerate_error(error);
   return hash;
 }
 
-Result<None> internal::hash_key(const Any& key, std::uint64_t& hash) {
-  hashing walk;
-  hash = walk.hash(key, false);
-  if (is_error_result(walk.error())) [[unlikely]] {
-    return Error::unchecked(std::move(walk.error()));
-  }
-  return None();
-}
+std::uint64_t internal::hash_of_key(const Any& key, Any& error) { return hashing(&error).hash(key, false); }
 
 }  // namespace ling

@@ -1,7 +1,7 @@
 // HashMap: a mapping that keeps the order in which keys were first inserted.
 //
 // Keys are immutable values (`I_Immutable`): numbers, texts, byte arrays, tuples of those, classes, and instances whose
-// class says so. Equality is that of compare_objects, so 1 and 1.0 are one key.
+// class says so. Equality is that of equal_objects, so 1 and 1.0 are one key.
 //
 // Threads: every operation is atomic. Iteration works on a snapshot taken when it starts.
 #pragma once

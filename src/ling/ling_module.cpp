@@ -74,6 +74,7 @@ void add_functions(const Module& ling) {
   add("object_id", "value", "A number that no other live value has.", &object_id);
   add("hash_of", "value", "The hash of a value; equal immutable values have equal ones.", &hash_of);
   add("compare_objects", "a, b", "How two values compare.", &compare_objects);
+  add("equal_objects", "a, b", "Whether two values are equal, in an order or not.", &equal_objects);
   add("method_of", "value, name", "The method of a value, none when there is none.",
       [](const Any& value, std::string_view name) {
         const internal::name_to_look_up wanted(name);

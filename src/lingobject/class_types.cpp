@@ -1,4 +1,5 @@
 // The wrapper types made for one class each, the table of them, and the choice of a type for a class.
+#include "bridge/pending_exception.h"
 #include "ling/module.h"
 #include "ling/reflection.h"
 #include "ling/spinlock.h"
@@ -89,7 +90,7 @@ void describe_class_type(type_object& type, const object_value_class& of_class,
   type.tp_doc = kept_text(of_class.doc().view());
   const PyObjectPtr doc(PyUnicode_FromString(type.tp_doc));
   if (!doc || PyDict_SetItemString(type.tp_dict, "__doc__", doc.get()) != 0) {
-    tolerate_exception();
+    drop_exception();
   }
   PyType_Modified(type_of_layout(type));
   for (std::size_t i = 0; i < methods.size(); ++i) {

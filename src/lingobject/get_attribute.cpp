@@ -146,8 +146,11 @@ slot_result get_attribute(const Any& value, PyObject* name) {
       return is_lazy ? read_lazy(value, known, name) : read_attribute(value, *known.entry);
     case attribute_name::kind::unknown:
       return is_lazy ? read_lazy(value, known, name) : read_unknown(value, name);
-    case attribute_name::kind::special:
-      return is_lazy ? known.special->read(internal::unwrap(value)) : known.special->read(value);
+    case attribute_name::kind::special: {
+      // A doc that is computed may ask for itself.
+      const recursion_guard guard;
+      return guard ? known.special->read(is_lazy ? internal::unwrap(value) : value) : slot_result::raised();
+    }
     case attribute_name::kind::hidden:
       return slot_result::absent();
     case attribute_name::kind::invalid:

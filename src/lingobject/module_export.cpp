@@ -8,8 +8,9 @@
 #include "lingobject/attribute_name.h"
 #include "lingobject/slots.h"
 
+#include <algorithm>
+#include <deque>
 #include <string_view>
-#include <vector>
 
 namespace ling::cpython {
 
@@ -21,29 +22,42 @@ bool is_claimed(std::string_view name) noexcept {
   return name.starts_with(root_module) && (name.size() == root_module.size() || name[root_module.size()] == '.');
 }
 
-const char* kept_text(const String& text) {
-  // The module definition points to the text for ever, so the String is never released.
-  return static_cast<const object_value_string*>(Any(text).detach())->data();
-}
-
 // A property of that name says more than the text that every module has.
 String doc_of(const Module& module) {
   const Result<String> doc = result_unwrap_lazy(I_HasDoc::unchecked(module).doc());
   return doc ? doc.value() : module.doc();
 }
 
+// Definitions live for ever, as their modules may, and with them the texts that they point to. A module that is
+// imported again has the one that it had, unless its texts have changed.
+struct kept_definition {
+  String name;
+  String doc;
+  PyModuleDef definition;
+};
+PyModuleDef& definition_of(const Module& module) {
+  static auto& all = *new std::deque<kept_definition>;
+  const String name = module.name();
+  const String doc = doc_of(module);
+  const auto known = std::find_if(all.begin(), all.end(),
+                                  [&](const kept_definition& each) { return each.name == name && each.doc == doc; });
+  if (known != all.end()) {
+    return known->definition;
+  }
+  kept_definition& made = all.emplace_back(kept_definition{name, doc, {}});
+  made.definition.m_name = made.name.c_str();
+  made.definition.m_doc = made.doc.c_str();
+  made.definition.m_size = -1;
+  return made.definition;
+}
+
 PyObjectPtr make_module(const Module& module) {
   // Python 3.12 and later take objects with a count this large for immortal, earlier ones never get down to zero.
   constexpr Py_ssize_t immortal_count = 0xFFFFFFFF;
   constexpr int api_version = 1013;
-  // Definitions live for ever, as their modules may; in a list, so that they are not taken for lost.
-  static auto& definitions = *new std::vector<PyModuleDef*>;
-  PyModuleDef* const definition = definitions.emplace_back(new PyModuleDef{});
-  Py_SET_REFCNT(reinterpret_cast<PyObject*>(definition), immortal_count);
-  definition->m_name = kept_text(module.name());
-  definition->m_doc = kept_text(doc_of(module));
-  definition->m_size = -1;
-  return PyObjectPtr(PyModule_Create2(definition, api_version));
+  PyModuleDef& definition = definition_of(module);
+  Py_SET_REFCNT(reinterpret_cast<PyObject*>(&definition), immortal_count);
+  return PyObjectPtr(PyModule_Create2(&definition, api_version));
 }
 
 // The pending exception as a warning that the member is missing. False when it is to be raised: it ends more than an

@@ -103,9 +103,9 @@ Result<None> set_items(const I_MutableSequence_Generic& sequence, const selectio
 Result<None> replace_adjacent(const I_MutableSequence_Generic& sequence, const selection& selected,
                               std::span<const Any> items) {
   if (sequence.type() == ObjectType::List) {
-    List_Generic::unchecked(sequence).object().splice(static_cast<std::size_t>(selected.start),
-                                                      static_cast<std::size_t>(selected.count),
-                                                      std::vector<Any>(items.begin(), items.end()));
+    const auto list = List_Generic::unchecked(sequence);
+    list.object().splice(static_cast<std::size_t>(selected.start), static_cast<std::size_t>(selected.count),
+                         std::vector<Any>(items.begin(), items.end()));
     return None();
   }
   const auto count = static_cast<Py_ssize_t>(items.size());

@@ -75,15 +75,19 @@ bool holds(const comparison& row, int ordering) {
   return row.incomparable;
 }
 
+// Whoever asks for equality does not ask for an order, which there may be none of.
+Result<Ordering> outcome_of(const Any& a, const Any& b, int operation) {
+  if (operation != Py_EQ && operation != Py_NE) {
+    return compare_objects(a, b);
+  }
+  const Boolean equal = TRY(equal_objects(a, b));
+  return Ordering(equal.value() ? ordering_value::Equal : ordering_value::Incomparable);
+}
+
 }  // namespace
 
 slot_result compare(const Any& value, PyObject* other, int operation) {
-  const Any other_value = from_python_locked(other);
-  if (operation == Py_EQ || operation == Py_NE) {
-    const Boolean equal = TRY(equal_objects(value, other_value));
-    return Any(equal.value() == (operation == Py_EQ));
-  }
-  const Ordering ordering = TRY(compare_objects(value, other_value));
+  const Ordering ordering = TRY(outcome_of(value, from_python_locked(other), operation));
   return Any(holds(comparisons[operation], ordering.value()));
 }
 

@@ -13,7 +13,7 @@ template <class F>
 void for_each_public_member(PyObject* object, F&& take) {
   const PyObjectPtr dictionary(PyObject_GetAttrString(object, "__dict__"));
   const PyObjectPtr items(dictionary ? PyMapping_Items(dictionary.get()) : nullptr);
-  tolerate_exception();
+  drop_exception();
   for (Py_ssize_t i = 0; items && i < PyList_Size(items.get()); ++i) {
     PyObject* const pair = PyList_GetItem(items.get(), i);
     // A metaclass may present anything as the members of its types.

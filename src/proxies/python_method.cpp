@@ -114,7 +114,7 @@ Any object_value_python_method::do_call_named(std::span<const Any> positional,
 // One of the functions of a `property`, which passes the object to it; empty when it is missing or cannot be called.
 Any accessor(PyObjectPtr_Borrowed property, const char* name) {
   const PyObjectPtr function(PyObject_GetAttrString(property.get(), name));
-  tolerate_exception();
+  drop_exception();
   if (!function || PyCallable_Check(function.get()) == 0) {
     return {};
   }

@@ -83,9 +83,7 @@ Result<CPythonModule> make_python_module(const String& name, const String& pytho
   return module;
 }
 
-}  // namespace
-
-Result<Module> export_python_module(const String& name, const String& python_name) {
+Result<Module> export_guarded(const String& name, const String& python_name) {
   const silent_warnings silence;
   const PyObjectPtr text = to_python_locked(python_name);
   const PyObjectPtr object(text ? PyImport_Import(text.get()) : nullptr);
@@ -100,6 +98,12 @@ Result<Module> export_python_module(const String& name, const String& python_nam
   const Result<None> inserted = insert_module(module);
   auto present = find_module(name);
   return CPythonModule::matches(present.get()) ? Result<Module>(present.value()) : Result<Module>(inserted.error());
+}
+
+}  // namespace
+
+Result<Module> export_python_module(const String& name, const String& python_name) {
+  return internal::guarded([&] { return export_guarded(name, python_name); });
 }
 
 }  // namespace ling::cpython

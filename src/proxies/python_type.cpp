@@ -70,7 +70,7 @@ void add_member(object_value_class& of_class, PyObject* type, const String& name
       // As the type gives it: a class method is bound to the type, a function takes its object as the first argument.
       const PyObjectPtr python_name = to_python_locked(name);
       const PyObjectPtr method(python_name ? PyObject_GetAttr(type, python_name.get()) : nullptr);
-      tolerate_exception();
+      drop_exception();
       if (method && PyCallable_Check(method.get()) != 0) {
         of_class.add_class_method_unsafe(name, make_python_method(name, method.get(), receiver::none));
       }

@@ -19,7 +19,7 @@ class object_value_python_type final : public object_value_class {
   Any do_call_named(std::span<const Any> positional, std::span<const named_argument> named) const override;
   Result<Signature> signature() const override;
 
-  std::uintptr_t identity() const noexcept override { return reinterpret_cast<std::uintptr_t>(type_); }
+  std::uintptr_t identity() const noexcept override { return reinterpret_cast<std::uintptr_t>(type_.get()); }
 
   // Borrowed; never null.
   PyObject* python_type() const noexcept { return type_.get(); }

@@ -50,6 +50,36 @@ TEST_F(LoggingBridge, PassesRecordsOnWithLevelAndMessage) {
   }
 }
 
+// What comes of a record that cannot be formatted is shown where `logging` shows it, and the program goes on.
+TEST_F(LoggingBridge, HandlesFailuresAsHandlersDo) {
+  log(R"code(
+import contextlib, io
+class Unprintable:
+    def __str__(self): raise ValueError('no text')
+shown = io.StringIO()
+with contextlib.redirect_stderr(shown):
+    logging.warning('%d', 'x')
+    logging.warning('%s', Unprintable())
+    logging.getLogger().handle(logging.makeLogRecord({'levelno': 30.5, 'levelname': 'HALF', 'msg': 'unknown level'}))
+logging.warning('next')
+assert shown.getvalue().count('--- Logging error ---') == 3, shown.getvalue()
+for text in "Arguments: ('x',)", 'ValueError: no text', "Message: 'unknown level'":
+    assert text in shown.getvalue(), shown.getvalue()
+class Endless:
+    def __str__(self): return str(self)
+try:
+    logging.warning('%s', Endless())
+except RecursionError:
+    logging.warning('too deep')
+)code");
+  EXPECT_EQ(take_lines(), (lines{"30 next", "30 too deep"}));
+}
+
+TEST_F(LoggingBridge, KeepsTextsThatAreNoUnicode) {
+  log("logging.warning('a %s', 'b\\udc80c')\nlogging.error('\\ud800\u00e9')");
+  EXPECT_EQ(take_lines(), (lines{"30 a b\\udc80c", "40 \\ud800\u00e9"}));
+}
+
 TEST_F(LoggingBridge, IsInstalledOnceAndLeavesNoNames) {
   const PyObjectPtr seen = run(R"(
 import logging, builtins, __main__

@@ -2,6 +2,7 @@
 #include "extension/search_paths.h"
 
 #include "bridge/python.h"
+#include "ling/logger.h"
 
 #include <cstdlib>
 #include <fstream>
@@ -12,7 +13,7 @@ namespace {
 namespace fs = std::filesystem;
 
 TEST(SearchPaths, AreTheArchivesAndPackagesBesideTheModule) {
-  std::string directory = (fs::temp_directory_path() / "ling-XXXXXX").string();
+  std::string directory = (fs::temp_directory_path() / "ling-no-\xff-text-XXXXXX").string();
   ASSERT_NE(mkdtemp(directory.data()), nullptr);
   for (const char* name : {"site-packages/a.zip", "site-packages/B.ZIP", "site-packages/c.py", "python3/other.zip",
                            "site-packages/directory.zip/d.zip", "python3/lib/library.zip"}) {
@@ -32,21 +33,44 @@ TEST(SearchPaths, AreTheArchivesAndPackagesBesideTheModule) {
 }
 
 TEST(SearchPaths, EndWithTheFolderThatTheEnvironmentNames) {
-  const std::tuple<const char*, const char*, const char*> rows[] = {
-      {"/local", "/profile", "/local/Corvantis/Python313"                },
-      {"",       "/profile", "/profile/AppData/Local/Corvantis/Python313"},
-      {nullptr,  "/profile", "/profile/AppData/Local/Corvantis/Python313"},
-      {nullptr,  nullptr,    nullptr                                     },
+  const std::string no_local = "30 The variable LOCALAPPDATA is ignored: {} is no absolute path.";
+  const std::string no_profile = "30 The variable USERPROFILE is ignored: {} is no absolute path.";
+  struct row {
+    const char* local;
+    const char* profile;
+    const char* folder;
+    std::string logged;
   };
+  const row rows[] = {
+      {"/local",           "/profile", "/local/Corvantis/Python313",                 "" },
+      {"",                 "/profile", "/profile/AppData/Local/Corvantis/Python313", "" },
+      {nullptr,            "/profile", "/profile/AppData/Local/Corvantis/Python313", "" },
+      {nullptr,            nullptr,    nullptr,                                      "" },
+      {"/lo\xff"
+       "cal",       nullptr,
+       "/lo\xff"
+       "cal/Corvantis/Python313",                                                    "" },
+      {"C:\\Users\\local", "/profile", "/profile/AppData/Local/Corvantis/Python313",
+       "30 The variable LOCALAPPDATA is ignored: C:\\Users\\local is no absolute path.;"},
+      {"local",            "../\xff",  nullptr,
+       "30 The variable LOCALAPPDATA is ignored: local is no absolute path.;30 The variable USERPROFILE is ignored: "
+       "../\ufffd is no absolute path.;"                                                },
+  };
+  std::string logged;
+  get_logger().setSink([&](const LogRecord& record) {
+    logged += std::to_string(record.level()) + " " + std::string(record.message().view()) + ";";
+  });
   const auto set = [](const char* name, const char* value) {
     value == nullptr ? unsetenv(name) : setenv(name, value, 1);
   };
-  for (const auto& [local, profile, folder] : rows) {
-    set("LOCALAPPDATA", local);
-    set("USERPROFILE", profile);
-    const auto expected = folder == nullptr ? std::nullopt : std::optional<fs::path>(folder);
+  for (const row& each : rows) {
+    set("LOCALAPPDATA", each.local);
+    set("USERPROFILE", each.profile);
+    const auto expected = each.folder == nullptr ? std::nullopt : std::optional<fs::path>(each.folder);
     EXPECT_EQ(user_folder(), expected);
+    EXPECT_EQ(std::exchange(logged, {}), each.logged);
   }
+  get_logger().setSink({});
 }
 
 // Cases that change `sys.path`, which is put back afterwards.
@@ -68,6 +92,24 @@ TEST_F(SysPath, GetsAPathOnceAndAtTheEnd) {
   EXPECT_EQ(tail(), "['/größe', '/shared']");
 }
 
+TEST_F(SysPath, SpellsPathsAsPythonSpellsFileNames) {
+  EXPECT_FALSE(add_sys_path("/no \xff text").is_error());
+  EXPECT_FALSE(add_sys_path("/größe").is_error());
+  EXPECT_FALSE(cpython_add_sys_path("/größe").is_error());
+  EXPECT_EQ(repr(eval("__import__('sys').path[-2:] == [__import__('os').fsdecode(p) for p in "
+                      "(b'/no \\xff text', '/größe'.encode())]")),
+            "True");
+}
+
+TEST_F(SysPath, IsNeverTheCurrentDirectory) {
+  // What a str that is no Unicode text is when it arrives.
+  const Any arrived = from_python(eval("'/\\udcff'").get());
+  const std::string before = tail();
+  EXPECT_TRUE(cpython_add_sys_path(String::unchecked(arrived)).is_error());
+  EXPECT_TRUE(cpython_add_sys_path("").is_error());
+  EXPECT_EQ(tail(), before);
+}
+
 TEST_F(SysPath, ThatIsNoListIsAnError) {
   ASSERT_TRUE(eval("__import__('traceback')")) << "errors need it, and without a path it cannot be found";
   for (const char* broken : {"sys.path = ()", "sys.path = None", "del sys.path"}) {
@@ -80,16 +122,19 @@ TEST_F(SysPath, ThatIsNoListIsAnError) {
 TEST(SysPathDeathTest, GetsQueuedPathsWhenTheInterpreterStarts) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   const auto start = [] {
-    for (const char* path : {"/first", "/second", "/first"}) {
+    for (const char* path : {"/first", "/second", "", "/first"}) {
       static_cast<void>(cpython_add_sys_path(path));
+      static_cast<void>(add_sys_path("/\xff"));
     }
     start_python();
     const GilGuard lock;
     const PyObjectPtr path = eval("__import__('sys').path");
     const std::string text = repr(path);
-    std::exit(text.ends_with(", '/first', '/second']") && text.find("'/first'") == text.rfind("'/first'") ? 3 : 1);
+    std::exit(text.ends_with(", '/first', '/\\udcff', '/second']") && text.find("'/first'") == text.rfind("'/first'")
+                  ? 3
+                  : 1);
   };
-  EXPECT_EXIT(start(), testing::ExitedWithCode(3), "");
+  EXPECT_EXIT(start(), ::testing::ExitedWithCode(3), "");
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 // The start of the interpreter, each in a process of its own, and what stands in an interpreter that was started.
 #include "bridge/python.h"
 #include "extension/search_paths.h"
-#include "ling/ling.h"
+#include "ling/loading.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -65,6 +65,28 @@ void start_while_another_thread_holds_the_lock() {
   exit_with(PyGILState_Ensure() == PyGILState_LOCKED && started());
 }
 
+// One thread holds the lock and loads a plug-in, which another thread is loading that needs the lock for it.
+void load_while_another_thread_holds_the_lock() {
+  Py_InitializeEx(0);
+  start_python();
+  ling::testing::directed_extension extension;
+  std::binary_semaphore loading(0);
+  bool initialised = false;
+  extension.first = [&]() -> Any {
+    loading.release();
+    return {};
+  };
+  extension.second = [&]() -> Any {
+    const GilGuard lock;
+    initialised = true;
+    return {};
+  };
+  std::jthread other([&] { EXPECT_FALSE(extension.load().is_error()); });
+  loading.acquire();
+  const bool loaded = !extension.load().is_error();
+  exit_with(loaded && initialised && PyGILState_Ensure() == PyGILState_LOCKED);
+}
+
 // Python code that the start runs needs the interpreter.
 void start_from_within_the_start() {
   Py_InitializeEx(0);
@@ -101,8 +123,9 @@ void start_twice_with_an_exception_pending() {
 TEST(StartupDeathTest, HappensOnceWhoeverComesFirst) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   for (void (*start)() : {&start_on_eight_threads, &start_owned, &start_while_another_thread_holds_the_lock,
-                          &start_from_within_the_start, &start_twice_with_an_exception_pending}) {
-    EXPECT_EXIT(start(), testing::ExitedWithCode(3), "");
+                          &load_while_another_thread_holds_the_lock, &start_from_within_the_start,
+                          &start_twice_with_an_exception_pending}) {
+    EXPECT_EXIT(start(), ::testing::ExitedWithCode(3), "");
   }
 }
 

@@ -18,6 +18,9 @@ constexpr std::size_t without_end = SIZE_MAX;
 void arm(const plan& what_fails) noexcept;
 // Ends the plan; how many allocations have failed.
 std::size_t disarm() noexcept;
+// Whether the last one that failed was one of Python code, and of the functions of the interpreter that it calls, which
+// do not release everything then. What the module asks of the interpreter does not count.
+bool failed_in_python_code() noexcept;
 
 // Lets the plan rest for a scope.
 class [[nodiscard]] respite {

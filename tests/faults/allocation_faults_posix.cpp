@@ -2,6 +2,7 @@
 // library, the interpreter and everything else allocate comes through here.
 #include "faults/allocation_faults.h"
 
+#include <dlfcn.h>
 #include <execinfo.h>
 #include <unistd.h>
 
@@ -28,19 +29,30 @@ struct state {
   plan what_fails{};
   std::size_t seen = 0;
   std::size_t failed = 0;
+  bool in_python_code = false;
 };
 constinit thread_local state current;
 
 constinit std::atomic<long long> blocks{0};
 constinit std::atomic<bool> shown{false};
 
-void show_stack() noexcept {
+void look_at_stack() noexcept {
   const respite unarmed;
   void* frames[64];
   const int count = backtrace(frames, 64);
-  constexpr char title[] = "--- an allocation fails:\n";
-  static_cast<void>(write(STDERR_FILENO, title, sizeof title - 1) + 1);
-  backtrace_symbols_fd(frames, count, STDERR_FILENO);
+  current.in_python_code = false;
+  Dl_info place;
+  for (int i = 3; i < count && dladdr(frames[i], &place) != 0 && std::strstr(place.dli_fname, "ling") == nullptr &&
+                  std::strstr(place.dli_fname, "fault_tests") == nullptr;
+       ++i) {
+    current.in_python_code |=
+        place.dli_sname != nullptr && std::strcmp(place.dli_sname, "_PyEval_EvalFrameDefault") == 0;
+  }
+  if (shown.load(std::memory_order_relaxed)) {
+    constexpr char title[] = "--- an allocation fails:\n";
+    static_cast<void>(write(STDERR_FILENO, title, sizeof title - 1) + 1);
+    backtrace_symbols_fd(frames, count, STDERR_FILENO);
+  }
 }
 
 bool must_fail() noexcept {
@@ -54,9 +66,7 @@ bool must_fail() noexcept {
     return false;
   }
   ++current.failed;
-  if (shown.load(std::memory_order_relaxed)) {
-    show_stack();
-  }
+  look_at_stack();
   errno = ENOMEM;
   return true;
 }
@@ -70,11 +80,12 @@ void* counted(void* block) noexcept {
 
 }  // namespace
 
-void arm(const plan& what_fails) noexcept { current = {true, what_fails, 0, 0}; }
+void arm(const plan& what_fails) noexcept { current = {true, what_fails, 0, 0, false}; }
 std::size_t disarm() noexcept {
   current.armed = false;
   return current.failed;
 }
+bool failed_in_python_code() noexcept { return current.in_python_code; }
 respite::respite() noexcept : was_armed_(std::exchange(current.armed, false)) {}
 respite::~respite() { current.armed = was_armed_; }
 long long live_blocks() noexcept { return blocks.load(std::memory_order_relaxed); }

@@ -7,13 +7,15 @@
 #include "extension/interpreter.h"
 #include "faults/allocation_faults.h"
 #include "faults/scenario.h"
+#include "language/evaluation.h"
 #include "ling/ling.h"
 
+#include <dlfcn.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -21,6 +23,7 @@
 #include <optional>
 #include <regex>
 #include <string>
+#include <thread>
 
 namespace faults {
 
@@ -30,14 +33,21 @@ using namespace ling;
 using namespace ling::cpython;
 
 constexpr char memory_error[] = "MemoryError";
-constexpr int unusable = 3;        // the exit status of a process that cannot even prepare its scenario
+constexpr int unusable = 3;  // the exit status of a process that cannot even prepare its scenario
+constexpr std::size_t most_of_start = 1'000'000;
 constexpr unsigned patience = 60;  // seconds, for what takes milliseconds
 
 struct mode {
   const char* text;
   plan (*what_fails)(std::size_t n);
+  bool first_time = false;  // in processes that have not done it before
 };
+// Never without end: some versions of the interpreter wait for memory when they look for the handler of an exception.
 constexpr mode modes[] = {
+    {"only, the first time, the allocation",
+     [](std::size_t n) {
+       return plan{n, 1, 1};
+     }, true},
     {"only the allocation",
      [](std::size_t n) {
        return plan{n, 1, 1};
@@ -50,9 +60,9 @@ constexpr mode modes[] = {
      [](std::size_t n) {
        return plan{n, 1, 8};
      }},
-    {"all allocations from",
+    {"a thousand from",
      [](std::size_t n) {
-       return plan{n, 1, without_end};
+       return plan{n, 1, 1000};
      }},
 };
 
@@ -62,7 +72,7 @@ struct progress {
   std::size_t n;
   std::size_t trials;
   std::size_t complaints;
-  bool started;
+  char outcome[4096], before[4096], after[4096];
 };
 
 struct options {
@@ -138,12 +148,19 @@ PyObject* spared_run(PyObject* self, PyObject* arguments) noexcept {
 }
 
 PyMethodDef spared_functions[] = {
-    {"compile", reinterpret_cast<PyCFunction>(&spared_compile), METH_VARARGS | METH_KEYWORDS, nullptr},
-    {"exec",    &spared_run,                                    METH_VARARGS,                 nullptr},
-    {"eval",    &spared_run,                                    METH_VARARGS,                 nullptr},
+    {"compile", reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(&spared_compile)),
+     METH_VARARGS | METH_KEYWORDS,                                                                          nullptr},
+    {"exec",    &spared_run,                                                                  METH_VARARGS, nullptr},
+    {"eval",    &spared_run,                                                                  METH_VARARGS, nullptr},
 };
 
-void spare_the_compiler() {
+// So are functions that end the process, or crash, when there is no memory for the state of a thread.
+template <class Function>
+Function* original(Function*, const char* name) {
+  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+void spare_what_breaks() {
   const GilGuard lock;
   const PyObjectPtr builtins(PyImport_ImportModule("builtins"));
   compile_function = PyObject_GetAttrString(builtins.get(), "compile");
@@ -153,6 +170,9 @@ void spare_the_compiler() {
     const PyObjectPtr spared(PyCFunction_NewEx(&each, self.get(), nullptr));
     PyObject_SetAttrString(builtins.get(), each.ml_name, spared.get());
   }
+  // A context that the module `decimal` cannot store it uses all the same.
+  const PyObjectPtr decimal(PyImport_ImportModule("decimal"));
+  const PyObjectPtr context(PyObject_CallMethod(decimal.get(), "getcontext", nullptr));
 }
 
 // --- the two kinds of scenarios --------------------------------------------------------------------------------------
@@ -165,6 +185,7 @@ class scenario {
   virtual std::string outcome() = 0;
   virtual std::string state() = 0;
   virtual const char* fault_of_lock() = 0;  // null: the lock is as it was
+  virtual bool keeps() const { return false; }
 };
 
 class python_scenario final : public scenario {
@@ -226,6 +247,14 @@ class host_scenario final : public scenario {
     subject_ = row_.before();
   }
   std::size_t act(const plan& what_fails) override {
+    if ((row_.traits & on_new_thread) == 0) {
+      return act_here(what_fails);
+    }
+    std::size_t failed = 0;
+    std::thread([&] { failed = act_here(what_fails); }).join();
+    return failed;
+  }
+  std::size_t act_here(const plan& what_fails) {
     arm(what_fails);
     try {
       result_ = row_.action(subject_);
@@ -246,6 +275,7 @@ class host_scenario final : public scenario {
     PyGILState_Release(lock);
     return lock == PyGILState_UNLOCKED ? nullptr : "the lock was kept";
   }
+  bool keeps() const override { return (row_.traits & keeps_memory) != 0; }
 
  private:
   const host_row& row_;
@@ -254,41 +284,100 @@ class host_scenario final : public scenario {
   std::string outcome_;
 };
 
+// --- processes -------------------------------------------------------------------------------------------------------
+
+// The answer of a process of its own; this one dies as that one does.
+bool apart(const std::function<bool()>& work) {
+  constexpr int no = 1;
+  std::fflush(stdout);
+  const pid_t child = fork();
+  if (child == 0) {
+    const bool answer = work();
+    std::fflush(stdout);
+    std::_Exit(answer ? 0 : no);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  if (status != 0 && !(WIFEXITED(status) && WEXITSTATUS(status) == no)) {
+    std::raise(WIFSIGNALED(status) ? WTERMSIG(status) : SIGABRT);
+  }
+  return status == 0;
+}
+
 // --- trying ----------------------------------------------------------------------------------------------------------
 
 class trials {
  public:
-  trials(scenario& what, const char* name, const options& chosen, progress& shared)
-      : what_(what), name_(name), chosen_(chosen), shared_(shared) {}
+  trials(scenario& what, const char* name, const char* also, const options& chosen, progress& shared)
+      : what_(what), name_(name), also_(also), chosen_(chosen), shared_(shared) {
+    const GilGuard lock;
+    const PyObjectPtr names(PyDict_New());
+    PyDict_SetItemString(names.get(), "__builtins__", PyEval_GetBuiltins());
+    // What there is so far is not looked at again and again.
+    if (!run_code("import gc\n"
+                  "def dig():\n"
+                  "  try: return 1 + dig()\n"
+                  "  except RecursionError: return 0\n"
+                  "import sys\n"
+                  "sys.unraisablehook = lambda *all: None\n"
+                  "gc.disable()\n"
+                  "gc.collect()\n"
+                  "gc.freeze()\n"
+                  "collect = gc.collect\n",
+                  names.get())) {
+      give_up("The helpers cannot be made.");
+    }
+    collect_ = PyObjectPtr::share(PyDict_GetItemString(names.get(), "collect"));
+    dig_ = PyObjectPtr::share(PyDict_GetItemString(names.get(), "dig"));
+  }
 
   void run() {
-    for (int i = 0; i < 4; ++i) {
-      attempt(plan{1, 1, 0});
-      outcome_ = what_.outcome();
-      after_ = what_.state();
-    }
-    what_.before();
-    before_ = what_.state();
-    settle(true);
-    depth_ = depth();
-    if (chosen_.limit == 0) {
-      std::printf("%s\n  gives  %s\n  before %s\n  after  %s\n", name_, outcome_.c_str(), before_.c_str(),
-                  after_.c_str());
+    if (modes[shared_.mode].first_time) {
+      run_first_time();
       return;
     }
+    for (int i = 0; i < 4; ++i) {
+      find_expectations();
+    }
+    if (chosen_.limit == 0) {
+      std::printf("%s\n  gives  %s\n  before %s\n  after  %s\n", name_, shared_.outcome, shared_.before, shared_.after);
+    }
     for (; shared_.mode < std::size(modes); ++shared_.mode, shared_.n = 1) {
-      if (chosen_.only_mode != SIZE_MAX && chosen_.only_mode != shared_.mode) {
-        continue;
-      }
-      for (; shared_.n <= chosen_.limit; ++shared_.n) {
-        if (!try_once(modes[shared_.mode].what_fails(shared_.n))) {
-          break;
-        }
+      for (; is_wanted() && try_once(modes[shared_.mode].what_fails(shared_.n)); ++shared_.n) {
       }
     }
   }
 
  private:
+  bool is_wanted() const {
+    return shared_.n <= chosen_.limit && (chosen_.only_mode == SIZE_MAX || chosen_.only_mode == shared_.mode);
+  }
+
+  // What comes of it without faults.
+  void find_expectations() {
+    attempt(plan{1, 1, 0});
+    const auto note = [](char(&place)[4096], const std::string& text) {
+      std::snprintf(place, sizeof place, "%s", text.c_str());
+    };
+    note(shared_.outcome, what_.outcome());
+    note(shared_.after, what_.state());
+    what_.before();
+    note(shared_.before, what_.state());
+    depth_ = depth();
+  }
+
+  // Each number in a process of its own.
+  void run_first_time() {
+    apart([&] { return find_expectations(), true; });
+    depth_ = depth();
+    // Making types for all there is takes very many allocations, one much like the other.
+    while (is_wanted() && apart([&] { return try_once(modes[shared_.mode].what_fails(shared_.n)); })) {
+      shared_.n += 1 + shared_.n / 100;
+    }
+    ++shared_.mode;
+    shared_.n = 1;
+  }
+
   std::size_t attempt(const plan& what_fails) {
     alarm(patience);
     what_.before();
@@ -299,28 +388,31 @@ class trials {
   bool try_once(const plan& what_fails) {
     show_failures(chosen_.shown && shared_.n == chosen_.limit);
     const std::size_t failed = attempt(what_fails);
+    const bool may_leak = failed_in_python_code();
     show_failures(false);
     if (failed == 0) {
       return false;
     }
     ++shared_.trials;
     const std::string outcome = what_.outcome();
-    if (outcome != memory_error && outcome != outcome_) {
+    const bool is_refused =
+        outcome == memory_error || (*also_ != '\0' && std::regex_search(outcome, std::regex(also_)));
+    if (!is_refused && outcome != shared_.outcome) {
       complain("gives " + outcome);
     }
     const std::string state = what_.state();
-    if (state != after_ && (state != before_ || outcome != memory_error)) {
+    if (state != shared_.after && (state != shared_.before || !is_refused)) {
       complain("leaves " + state);
     }
     check_world();
     attempt(plan{1, 1, 0});
-    if (const std::string again = what_.outcome(); again != outcome_) {
+    if (const std::string again = what_.outcome(); again != shared_.outcome) {
       complain("gives afterwards " + again);
     }
-    if (const std::string again = what_.state(); again != after_) {
+    if (const std::string again = what_.state(); again != shared_.after) {
       complain("leaves afterwards " + again);
     }
-    if (chosen_.leaks && shared_.mode == 0) {
+    if (chosen_.leaks && shared_.mode == 1 && !may_leak && !what_.keeps()) {
       check_leaks(what_fails);
     }
     return true;
@@ -341,42 +433,40 @@ class trials {
     }
   }
 
-  // The same fault again and again must not need more and more memory.
+  // The same fault again and again must not need more and more memory. Caches fill up; what grows a few times must keep
+  // on growing.
   void check_leaks(const plan& what_fails) {
-    constexpr int times = 4;
-    const auto held = [&] {
-      for (int i = 0; i < times; ++i) {
-        attempt(what_fails);
-        what_.outcome();
-      }
-      what_.before();
-      settle(false);
-      return live_blocks();
-    };
-    held();
-    const long long first = held();
-    const long long grown = held() - first;
-    if (grown >= times && held() - first >= 2 * times) {
-      complain("leaks " + std::to_string(grown / times) + " blocks");
+    constexpr int few = 4, many = 200;
+    if (growth(what_fails, few) < few || growth(what_fails, many) < many) {
+      return;
+    }
+    if (const long long grown = growth(what_fails, many); grown >= many) {
+      complain("leaks " + std::to_string(grown / many) + " blocks");
     }
   }
-
-  static void settle(bool for_good) {
+  long long growth(const plan& what_fails, int times) {
+    long long held = 0;
+    for (int i = 0; i <= 2 * times; ++i) {
+      attempt(what_fails);
+      what_.outcome();
+      if (i == times) {
+        held = live_blocks_in_use();
+      }
+    }
+    return live_blocks_in_use() - held;
+  }
+  long long live_blocks_in_use() {
+    what_.before();
     const GilGuard lock;
-    const PyObjectPtr names(PyDict_New());
-    PyDict_SetItemString(names.get(), "__builtins__", PyEval_GetBuiltins());
-    const PyObjectPtr done = run_code(
-        for_good ? "import gc\ngc.disable()\ngc.collect()\ngc.freeze()" : "import gc\ngc.collect()", names.get());
+    const PyObjectPtr done(PyObject_CallObject(collect_.get(), nullptr));
+    return live_blocks();
   }
 
   // How deep Python can call from here.
-  static long depth() {
+  long depth() const {
     const GilGuard lock;
-    const PyObjectPtr names(PyDict_New());
-    PyDict_SetItemString(names.get(), "__builtins__", PyEval_GetBuiltins());
-    const PyObjectPtr done =
-        run_code("def dig():\n  try: return 1 + dig()\n  except RecursionError: return 0\nresult = dig()", names.get());
-    return done ? PyLong_AsLong(PyDict_GetItemString(names.get(), "result")) : -1;
+    const PyObjectPtr reached(PyObject_CallObject(dig_.get(), nullptr));
+    return reached ? PyLong_AsLong(reached.get()) : -1;
   }
 
   void complain(const std::string& what) {
@@ -389,9 +479,10 @@ class trials {
 
   scenario& what_;
   const char* name_;
+  const char* also_;
   const options& chosen_;
   progress& shared_;
-  std::string outcome_, before_, after_;
+  PyObjectPtr collect_, dig_;
   long depth_ = 0;
 };
 
@@ -400,7 +491,7 @@ void start() {
     give_up("The runtime does not start.");
   }
   ensure_interpreter();
-  spare_the_compiler();
+  spare_what_breaks();
   prepare_rows();
 }
 
@@ -412,7 +503,35 @@ void try_row(const Row& row, const options& chosen, progress& shared) {
     lock.emplace();
   }
   Scenario what(row);
-  trials(what, row.name, chosen, shared).run();
+  trials(what, row.name, row.also, chosen, shared).run();
+}
+
+// The start of the runtime and the interpreter, which a process sees once. What it lacks then may be missing for ever,
+// but the interpreter evaluates.
+void try_start(const options& chosen, progress& shared) {
+  for (; shared.mode < std::size(modes); ++shared.mode, shared.n = 1) {
+    if (modes[shared.mode].first_time || (chosen.only_mode != SIZE_MAX && chosen.only_mode != shared.mode)) {
+      continue;
+    }
+    while (shared.n <= most_of_start && apart([&] {
+             alarm(patience);
+             arm(modes[shared.mode].what_fails(shared.n));
+             const Result<None> started = initialize();
+             ensure_interpreter();
+             const std::size_t failed = disarm();
+             const bool told = !started.is_error() || started.error().isOutOfMemory();
+             const std::string sum(display_text(evaluate_expr("1 + 1", {})).view());
+             if (!told || sum != "2") {
+               ++shared.complaints;
+               std::printf("start: %s %zu: gives %s, then %s\n", modes[shared.mode].text, shared.n,
+                           display_text(started).c_str(), sum.c_str());
+             }
+             ++shared.trials;
+             return failed != 0;
+           })) {
+      shared.n += 1 + shared.n / 10;
+    }
+  }
 }
 
 // In processes of their own, each of which goes on where the one before it has died. Whether all is well.
@@ -420,7 +539,7 @@ bool watch(const char* name, const options& chosen, const std::function<void(pro
   constexpr int most_deaths = 20;
   auto& shared = *static_cast<progress*>(
       mmap(nullptr, sizeof(progress), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
-  shared = {0, 1, 0, 0, false};
+  shared.n = 1;
   int deaths = 0;
   for (bool ended = false; !ended && deaths < most_deaths;) {
     std::fflush(stdout);
@@ -432,9 +551,9 @@ bool watch(const char* name, const options& chosen, const std::function<void(pro
     }
     int status = 0;
     waitpid(child, &status, 0);
-    ended = WIFEXITED(status) && (WEXITSTATUS(status) == 0 || WEXITSTATUS(status) == unusable);
+    ended = WIFEXITED(status) && (shared.mode == std::size(modes) || WEXITSTATUS(status) == unusable);
     deaths += status == 0 ? 0 : 1;
-    if (!ended) {
+    if (status != 0) {
       const char* const how = !WIFSIGNALED(status)          ? "ends the process"
                               : WTERMSIG(status) == SIGALRM ? "hangs"
                                                             : strsignal(WTERMSIG(status));
@@ -447,6 +566,26 @@ bool watch(const char* name, const options& chosen, const std::function<void(pro
 }
 
 }  // namespace
+
+}  // namespace faults
+
+extern "C" PyGILState_STATE PyGILState_Ensure() {
+  static auto* const spared = faults::original(&PyGILState_Ensure, "PyGILState_Ensure");
+  const faults::respite unarmed;
+  return spared();
+}
+extern "C" PyThreadState* PyThreadState_New(PyInterpreterState* interpreter) {
+  static auto* const spared = faults::original(&PyThreadState_New, "PyThreadState_New");
+  const faults::respite unarmed;
+  return spared(interpreter);
+}
+extern "C" void Py_InitializeEx(int with_signals) {
+  static auto* const spared = faults::original(&Py_InitializeEx, "Py_InitializeEx");
+  const faults::respite unarmed;
+  spared(with_signals);
+}
+
+namespace faults {
 
 int run_scenarios(int count, char** arguments) {
   setenv("PYTHONMALLOC", "malloc", 1);  // or the interpreter's own pools would serve most of what it needs
@@ -471,6 +610,9 @@ int run_scenarios(int count, char** arguments) {
     }
   }
   bool well = true;
+  if (std::regex_search("start", chosen.wanted)) {
+    well &= watch("start", chosen, [&](progress& shared) { try_start(chosen, shared); });
+  }
   for (const python_row& row : python_rows()) {
     if (std::regex_search(row.name, chosen.wanted)) {
       well &= watch(row.name, chosen, [&](progress& shared) { try_row<python_scenario>(row, chosen, shared); });

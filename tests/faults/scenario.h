@@ -7,13 +7,15 @@
 
 namespace faults {
 
-// Python code, in three parts that share their variables: what there is before, run without faults; one statement or
-// expression that is tried; and an expression whose text tells what it has left behind.
+// Python code, in three parts that share their variables: what there is before, run without faults; statements that are
+// tried, which may set `result`; and an expression whose text tells what they have left behind. `also` is what the
+// interpreter is known to make of missing memory instead of a MemoryError, as a pattern of texts.
 struct python_row {
   const char* name;
   const char* before;
   const char* action;
   const char* state = "None";
+  const char* also = "";
 };
 std::span<const python_row> python_rows();
 
@@ -22,6 +24,12 @@ struct host_row {
   const char* name;
   ling::Any (*before)();
   ling::Any (*action)(const ling::Any& subject);
+  const char* also = "";
+  unsigned traits = 0;
+};
+enum host_traits : unsigned {
+  on_new_thread = 1,  // that has never come before
+  keeps_memory = 2,   // what is made lives for ever
 };
 std::span<const host_row> host_rows();
 

@@ -137,11 +137,11 @@ TEST_F(PythonFunction, IsNamedAndDocumentedByPython) {
       {ask(method, ".doc"), "What it does."},
       {ask(function("def f(): pass"), ".doc"), "None"},
       {ask(function("def f(): pass\nf.__doc__ = 7"), ".doc"), "7"},
-      {ask(function("class A:\n __call__ = __doc__ = property(lambda self: 1 / 0)\nf = A()"), ".doc"),
-       "Error: division by zero"},
       {function("f = __import__('functools').partial(len)").name(), ""},
       {make_python_function(eval("3").get()), "Error: The source object isn't a function."},
   });
+  const char* hiding = "class A:\n __call__ = len\n __doc__ = property(lambda self: 1 / 0)\nf = A()";
+  expect_outcome(ask(function(hiding), ".doc"), "Error: division by zero");
 }
 
 TEST_F(PythonFunction, IsOneHoweverOftenItCrosses) {
@@ -175,8 +175,6 @@ TEST_F(PythonFunction, IsMadeFromSourceText) {
       {"x = 1\rreturn x # '''",                 "1"                                         },
       {"x = 1\n\freturn sum(args)",             "42"                                        },
       {"# nothing",                             "None"                                      },
-      {"  x = 1\nreturn x",                     "unindent does not match"                   },
-      {"return (",                              "was never closed"                          },
       {"return ling.List is not None",          "true"                                      },
       {"default = 3",                           "None"                                      },
       {"return __name__",                       "builtins"                                  },

@@ -7,7 +7,7 @@
 namespace {
 
 ling::Any call_case(const char* function) {
-  const auto functions = ling::find_module("test.extension")->callables();
+  const auto functions = ling::find_module("test.extension").value().callables();
   return ling::I_Callable_Generic::unchecked(functions.get(function))();
 }
 

@@ -43,9 +43,9 @@ assert "append" in dir(ling.List) and "append" not in dir(ling.HashMap)
 interfaces = [value for name, value in vars(ling).items() if name.startswith("I_")]
 assert len(interfaces) > 15
 for interface in interfaces:
-    named = set(re.findall(r"(\w+)\(", interface.doc))
-    for row in re.findall(r"Propert(?:y|ies): ([^;.]*)", interface.doc):
-        named |= set(row.split(",")[0:1] if "," in row and " a " in row else re.findall(r"\w+", row))
+    named = {*re.findall(r"(\w+)\(", interface.doc), *re.findall(r"Property: (\w+)", interface.doc)}
+    for row in re.findall(r"Properties: ([\w, ]+)", interface.doc):
+        named.update(re.findall(r"\w+", row))
     for of in (interface, *interface.parents):
         assert named <= set(dir(interface)), (interface.name, named - set(dir(interface)))
         assert set(dir(of)) <= set(dir(interface)), (interface.name, of.name)

@@ -48,6 +48,8 @@ for build in (lambda item: ling.List([item]), wrap, lambda item: ling.List([ling
     assert build({1}) == build({1}) and not build({1}) != build({1})
     assert build({1}) != build({2}) and build(thing) != build(object())
     assert build(thing) == build(thing)
+assert ling.equal_objects({1}, {1}) and not ling.equal_objects({1}, {2})
+assert str(ling.compare_objects({1}, {2})) == "Equal"  # neither comes before the other
 assert ling.List([{1}]) < ling.List([{1, 2}]) and not ling.List([{1}]) <= ling.List([{2}])
 numbers = ling.List([[3], [1], [2]])
 numbers.sort()

@@ -115,13 +115,13 @@ TEST_F(Types, MayNeedThemselves) {
   add(needing_class, "other", {needed_class.required().allocate_instance()});
   add(needed_class, "other", {needing});
   expect_outcomes(needing, R"(
-    t.itself.__doc__    => '(self: object, value: object = <test.types.Needing>)\n\n-'
-    t.rows.__doc__      => '(self: object, value: object = (1, (<test.types.Needing>,)))\n\n-'
-    t.later.__doc__     => '(self: object, value: object = <test.types.Needing>)\n\n-'
-    t.elsewhere.__doc__ => '(self: object, value: object = <test.types.Needing>)\n\n-'
-    t.other.__doc__     => '(self: object, value: object = <test.types.Needed>)\n\n-')");
+    t.itself.__doc__    => '(self, value=<test.types.Needing>) -> None\n\n-'
+    t.rows.__doc__      => '(self, value=(1, (<test.types.Needing>,))) -> None\n\n-'
+    t.later.__doc__     => '(self, value=<test.types.Needing>) -> None\n\n-'
+    t.elsewhere.__doc__ => '(self, value=<test.types.Needing>) -> None\n\n-'
+    t.other.__doc__     => '(self, value=<test.types.Needed>) -> None\n\n-')");
   expect_outcomes(needed_class.required().allocate_instance(),
-                  R"(t.other.__doc__ => '(self: object, value: object = <test.types.Needing>)\n\n-')");
+                  R"(t.other.__doc__ => '(self, value=<test.types.Needing>) -> None\n\n-')");
 }
 
 // Its texts cannot be told without looking at an instance of it.
@@ -150,8 +150,8 @@ def result(make):
   const PyObjectPtr curious(PyObject_CallFunctionObjArgs(make_curious.get(), to_python(make).get(), nullptr));
   curious_default = from_python(curious.get());
   expect_outcomes(curious_class.required().allocate_instance(), R"(
-    t.shown.__doc__    => '(self: test.types.Curious, value: object = True Curious 1 1)\n\n-'
-    t.computed.__doc__ => '(self: test.types.Curious, value: object = seen True Curious 1 2)\n\n-'
+    t.shown.__doc__    => '(self: test.types.Curious, value=True Curious 1 1) -> None\n\n-'
+    t.computed.__doc__ => '(self: test.types.Curious, value=seen True Curious 1 2) -> None\n\n-'
     t.plain.__doc__, t.__doc__, vars(t)['__doc__'] => ('(self: test.types.Curious) -> int\n\n-', 'Shows itself.', 'Shows itself.'))");
   curious_default = {};
 }

@@ -110,6 +110,17 @@ Any countdown(std::int64_t from, const char* end) {
   return make<object_value_native<Countdown>>(countdown_class.required(), Countdown{from, end});
 }
 
+// Its documentation is what Python says it is.
+constinit const class_definition<void> self_documenting_class("SelfDocumenting", [](class_builder<void>& c) {
+  c.parent(I_HasDoc::getClass()).property("doc", "", [](const Any& self) {
+    const GilGuard gil;
+    const PyObjectPtr wrapper = to_python_locked(self);
+    const PyObjectPtr doc(PyObject_GetAttrString(wrapper.get(), "__doc__"));
+    PyErr_Clear();
+    return doc ? from_python_locked(doc.get()) : Any("bounded");
+  });
+});
+
 Any make_probe() { return Class_Generic(probe_class.required())(); }
 
 using Wrapper = PythonTest;
@@ -173,6 +184,7 @@ TEST_F(Wrapper, HasTheAttributesOfWhatALazyValueYields) {
 }
 
 TEST_F(Wrapper, AnswersSpecialNames) {
+  expect_outcomes(self_documenting_class.required().allocate_instance(), "w.__doc__ => 'bounded'");
   const Any probe = make_probe();
   expect_outcomes(probe, R"(
     w.__doc__                             => 'Measures things.'
@@ -190,6 +202,10 @@ TEST_F(Wrapper, AnswersSpecialNames) {
     w.__doc__                             => "(first: str, second: str = 'b', *rest) -> str\n\nAll of them."
     [*w.__annotations__.items()][::3]     => [('first', <class 'str'>), ('return', <class 'str'>)]
     w.__code__                            => AttributeError: '>LingObject' object has no attribute '__code__')");
+  using several = Union<Integer, String, Computed<Any>, Error>;
+  expect_outcomes(make_function("f", "", "", []() -> several { return Integer(1); }), R"(
+    w.__doc__, w.__text_signature__       => ('() -> int | str\n\n', '() -> int | str')
+    w.__annotations__                     => {'return': <class 'object'>})");
 }
 
 TEST_F(Wrapper, SetsInOrder) {

@@ -50,7 +50,7 @@ TEST_F(Objects, DescribePropertiesTheyHold) {
   const PyObjectPtr owner = run(account);
   const Any object = from_python(owner.get());
   const auto described = [&](const char* name) { return property_of(object, meta_property_untyped(name)); };
-  for (const char* name : {"balance", "nothing", "add", "unreadable", "interrupted"}) {
+  for (const char* name : {"balance", "nothing", "add", "unreadable"}) {
     EXPECT_FALSE(described(name)) << name;
   }
   EXPECT_FALSE(described("read_only").value().hasSetter());
@@ -170,29 +170,30 @@ class Interrupted:
     def __eq__(self, other): raise KeyboardInterrupt('stop')
 result = [{1}, {1}, {2}, frozenset({1}), Same('a'), Same('a'), Same('b'), Called('a'), Called('a'), unittest.mock.ANY,
           Same, (1,), [1], Broken(), Interrupted()])");
-  const auto object = [&](Py_ssize_t i) { return from_python(PyList_GetItem(objects.get(), i)); };
-  for (Py_ssize_t i = 0; i < PyList_Size(objects.get()); ++i) {
-    for (Py_ssize_t j = 0; j < PyList_Size(objects.get()); ++j) {
+  const auto python = [&](Py_ssize_t i) { return PyList_GetItem(objects.get(), i); };
+  const auto object = [&](Py_ssize_t i) { return from_python(python(i)); };
+  const auto has_hash = [&](Py_ssize_t i) {
+    const bool hashed = PyObject_Hash(python(i)) != -1;
+    PyErr_Clear();
+    return hashed;
+  };
+  const Py_ssize_t count = PyList_Size(objects.get()), any = 9;
+  for (Py_ssize_t i = 0; i < count; ++i) {
+    for (Py_ssize_t j = 0; j < count; ++j) {
       SCOPED_TRACE(testing::Message() << i << " == " << j);
-      const Any a = object(i), b = object(j);
-      const int says =
-          PyObject_RichCompareBool(PyList_GetItem(objects.get(), i), PyList_GetItem(objects.get(), j), Py_EQ);
+      const int says = PyObject_RichCompareBool(python(i), python(j), Py_EQ);
       const std::string expected = says < 0 ? outcome_text(capture_error_or("")) : says > 0 ? "true" : "false";
+      const Any a = object(i), b = object(j);
       expect_outcome(equal_objects(a, b), expected);
       expect_outcome(equal_objects(Tuple_Generic{List_Generic{a}}, Tuple_Generic{List_Generic{b}}), expected);
       expect_outcome(ask(List_Generic{a}, "contains", {b}), expected);
-      const bool has_hash = [&] {
-        const bool hashed = PyObject_Hash(PyList_GetItem(objects.get(), i)) != -1;
-        PyErr_Clear();
-        return hashed;
-      }();
-      if (says > 0 && has_hash && i != 9 && j != 9 && j != 0 && j != 1) {
+      if (says > 0 && i != any && j != any && has_hash(i) == has_hash(j)) {
         EXPECT_EQ(hash_of(a), hash_of(b));
       }
     }
   }
   for (const Any& other : {Any(1), Any("a"), Any(), Any(Tuple_Generic{1}), Any(List_Generic{1})}) {
-    expect_outcome(equal_objects(object(9), other), "false", "it is asked about Python objects only");
+    expect_outcome(equal_objects(object(any), other), "false", "it is asked about Python objects only");
     expect_outcome(equal_objects(other, object(13)), "false");
   }
   const List_Generic list({object(2), object(0)});
@@ -216,7 +217,7 @@ result = [A(), object(), [], {}, set(), iter(()), frozenset(), Callable(), len, 
     EXPECT_EQ(compare_objects_value(one, null), compare_objects_value(other, null));
   }
   const Any object = from_python(PyList_GetItem(objects.get(), 0));
-  const bool is_below = object_id(object) < object_id(number);
+  const bool is_below = reinterpret_cast<std::uintptr_t>(PyList_GetItem(objects.get(), 0)) < object_id(number);
   expect_outcome(compare_objects(object, number), is_below ? "Less" : "Greater");
   expect_outcome(compare_objects(number, object), is_below ? "Greater" : "Less");
   EXPECT_NE(object_id(null), object_id(Class_Generic(cpython_object_class.required())()));

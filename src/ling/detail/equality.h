@@ -2,7 +2,6 @@
 #pragma once
 
 #include "ling/boolean.h"
-#include "ling/none.h"
 #include "ling/number.h"
 #include "ling/union.h"
 
@@ -32,7 +31,7 @@ Result<Boolean> are_equal(const Any& a, const Any& b);
 // The index of the first equal item from `from` on, -1 when there is none. A negative `from` counts from the end.
 Result<Integer> index_of_equal(std::span<const Any> items, const Any& value, std::int64_t from);
 
-// The hash of a key, which is hash_of, or the Error of a `__hash__`.
-Result<None> hash_key(const Any& key, std::uint64_t& hash);
+// hash_of, which cannot fail, with the Error of a `__hash__` that did.
+std::uint64_t hash_of_key(const Any& key, Any& error);
 
 }  // namespace ling::internal

@@ -129,6 +129,10 @@ bool is_key(const Any& value) {
 }
 
 Result<None> key_search::prepare() {
+  if (is_plain(key_->type())) [[likely]] {
+    set_hash(hash_of(*key_));
+    return None();
+  }
   if (key_->has(object_traits::lazy)) {
     forced_ = unwrap(*key_);
     key_ = &forced_;
@@ -139,9 +143,9 @@ Result<None> key_search::prepare() {
   if (!is_key(*key_)) {
     return error_not_immutable(role_, *key_);
   }
-  Result<None> hashed = hash_key(*key_, hash_);
-  hash_ = hash_ == 0 ? 1 : hash_;  // 0 marks gaps
-  return hashed;
+  Any error;
+  set_hash(hash_of_key(*key_, error));
+  return error.empty() ? Result<None>(None()) : Error::unchecked(std::move(error));
 }
 
 equality key_search::recall(const Any& candidate) const noexcept {

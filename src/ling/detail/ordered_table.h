@@ -80,7 +80,7 @@ class key_search {
   key_search(const key_search&) = delete;
   key_search& operator=(const key_search&) = delete;
 
-  // The first step, before locking: hashes the key. An Error when it is not immutable.
+  // The first step, before locking: hashes the key. An Error when it is not immutable or its `__hash__` gives one.
   Result<None> prepare();
   const Any& key() const noexcept { return *key_; }
   std::uint64_t hash() const noexcept { return hash_; }
@@ -95,6 +95,7 @@ class key_search {
     Any candidate;
     equality outcome;
   };
+  void set_hash(std::uint64_t hash) noexcept { hash_ = hash == 0 ? 1 : hash; }  // 0 marks gaps
   equality recall(const Any& candidate) const noexcept;
 
   const Any* key_;

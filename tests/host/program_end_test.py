@@ -1,0 +1,197 @@
+# How a program ends: whatever it has done to its interpreter, as with the interpreter that is embedded.
+import os
+import pathlib
+import py_compile
+import re
+import signal
+import subprocess
+import tempfile
+import unittest
+import zipfile
+
+from command_test import COMMAND, PYTHON, CommandTest, outcome
+
+BEGIN = "import atexit, sys\natexit.register(print, 'exit handler')\nprint('output')\n"
+FAILURE = "\nsys.undefined_name"
+MODULES = "'traceback', 'io', 'gc', 'threading', 'atexit', 'os', 'signal', 'types', 'warnings', 'runpy', 'codecs'"
+
+with open("/proc/self/maps") as maps:
+    SANITIZED = "libasan" in maps.read()
+
+# What a program can do to its interpreter. Each fails afterwards, so that there is output, a traceback, a status.
+SPOILED = {
+    "builtins": "import builtins\nbuiltins.exec = builtins.compile = builtins.print = builtins.__import__ = None",
+    "no modules": "sys.modules.clear()",
+    "modules in the way": f"for name in {MODULES}: sys.modules[name] = None",
+    "junk for modules": f"for name in {MODULES}: sys.modules[name] = 5",
+    "nothing can be imported": "sys.modules.clear(); sys.meta_path = None; sys.path = 5; sys.path_hooks.clear()",
+    "no stack": "sys.setrecursionlimit(8)",
+    "no builtins": "import builtins, logging, threading\nvars(builtins).clear()",
+    "trace function that raises": "import threading\ndef trace(*_):\n    raise ValueError\nsys.settrace(trace)",
+    "audit hook that refuses": "def refuse(event, _):\n    raise RuntimeError(event)\nsys.addaudithook(refuse)",
+    "streams": "del sys.stdout, sys.__stdout__, sys.stdin",
+    "another stream": "sys.stdout = open('written', 'w'); print('text')",
+    "a stream that fails": "class Stream:\n    def write(self, _): pass\n    def flush(self): sys.exit(4)\nsys.stdout = Stream()",
+    "main module": "sys.modules['__main__'] = 5; atexit.register(globals().clear)",
+    "hooks": "del sys.excepthook\nsys.unraisablehook = 5",
+    "garbage collector": "import gc; gc.disable(); gc.callbacks.append(5)",
+}
+
+# Ways to end, with the output, the errors and the status of each.
+ENDS = {
+    "error without traceback": "class Hidden(Exception):\n    __traceback__ = None\n    with_traceback = None\nraise Hidden('reason')",
+    "error that refuses": "class Refusing(Exception):\n    def __getattribute__(self, name): raise KeyError(name)\n    def __setattr__(self, *_): raise KeyError\nraise Refusing",
+    "error that exits": "class Exiting(Exception):\n    def __str__(self): sys.exit(5)\nraise Exiting",
+    "interrupt": "raise KeyboardInterrupt",
+    "kind of interrupt": "class Other(KeyboardInterrupt): pass\nraise Other",
+    "interrupt handled by a hook": "sys.excepthook = lambda *_: sys.exit(6)\nraise KeyboardInterrupt",
+    "request of another kind": "class Other(BaseException): pass\nraise Other('text')",
+    "exit with a list": "sys.exit([1])",
+    "exit with a number beyond 32 bits": "sys.exit((1 << 32) + 3)",
+    "exit with a number of its own kind": "class Number(int): pass\nsys.exit(Number(7))",
+    "exit without a code": "class Exit(SystemExit):\n    @property\n    def code(self): raise ValueError\nraise Exit(9)",
+    "exit handlers": "def fail():\n    raise ValueError\natexit.register(fail); atexit.register(sys.exit, 3)",
+    "threads that cannot be waited for": "import threading\ndef fail():\n    raise ValueError\nthreading._shutdown = fail",
+    "exit of a child": "import os\nsys.stdout.flush()\nif os.fork():\n    os.wait()\nelse:\n    raise KeyboardInterrupt",
+    "busy daemons": "import threading\ndef work():\n    while True: pass\nfor _ in range(3): threading.Thread(target=work, daemon=True).start()",
+    "output that is lost": "import os; os.close(1)",
+    "output to nowhere": "sys.stdout.close()",
+    "audit hook": "sys.addaudithook(lambda event, _: print(event))\nclass Final:\n    def __del__(self): print('finalised')\nfinal = Final()",
+    "no caller": "import traceback\ntraceback.print_stack()\ndef depth(n):\n    try:\n        return depth(n + 1)\n    except RecursionError:\n        return n\nprint(depth(0))",
+}
+
+# Objects that live until the end; FINAL has a finaliser.
+FINAL = "class Final:\n    def __init__(self, name): self.name = name\n    def __del__(self): print('finalised', self.name)\n"
+LET_GO = {
+    "of a module": "import neighbour",
+    "of other modules": "neighbour.final.me = neighbour.final = None\nimport builtins, os\nbuiltins.final = neighbour.Final('builtins')\nos.final = neighbour.Final('os')",
+    "in a traceback": "def fail(final): sys.undefined_name\nfail(neighbour.Final('frame'))",
+    "in a stream": "class Stream:\n    final = neighbour.Final('stream')\n    write = sys.stdout.write\n    flush = sys.stdout.flush\nsys.stdout = Stream()",
+    "files": "import builtins, os\nfor holder in sys, builtins, neighbour, os:\n    holder.file = open('written-' + holder.__name__, 'w')\n    holder.file.write('text')",
+    "a thread is left": "neighbour.final.me = neighbour.final = None\nimport threading, time\nthreading.Thread(target=time.sleep, args=(100,), daemon=True).start()\nfinal = neighbour.Final('main')",
+}
+
+
+# How a crash of the interpreter itself ends is not for a sanitizer to say.
+os.environ["ASAN_OPTIONS"] = os.environ.get("ASAN_OPTIONS", "") + ":handle_segv=0"
+
+
+class ProgramEnd(CommandTest):
+    def both(self, program, **options):
+        """What python3 makes of the program, and what the command does."""
+        results = []
+        for command in [PYTHON], [COMMAND, "run"]:
+            with tempfile.TemporaryDirectory() as folder:
+                status, out, err = outcome([*command, program], cwd=folder, **options)
+                written = {name: pathlib.Path(folder, name).read_text() for name in sorted(os.listdir(folder))}
+                results.append((status, out, re.sub("0x[0-9a-f]+", "0x…", err), written))
+        return results
+
+    def compare(self, table, begin=BEGIN, end=""):
+        for case, text in table.items():
+            with self.subTest(case):
+                expected, got = self.both(self.write("program.py", begin + text + end))
+                self.assertEqual(got, expected)
+
+    def test_spoiled_interpreters(self):
+        self.compare(SPOILED, end=FAILURE)
+
+    def test_ends(self):
+        self.compare(ENDS)
+
+    def test_lets_go(self):
+        self.write("neighbour.py", FINAL + "import other\nfinal = Final('module'); final.me = final")
+        self.write("other.py", "import neighbour")
+        self.compare(LET_GO, begin=BEGIN + "import neighbour\n")
+
+    def test_warns_of_unclosed_files(self):
+        self.write("neighbour.py", "file = open('other', 'w')")
+        text = BEGIN + "import neighbour, warnings; warnings.simplefilter('default')\nfile = open('written', 'w')"
+        for status, out, err, _ in self.both(self.write("program.py", text)):
+            self.assertEqual((status, out), (0, "output\nexit handler\n"))
+            self.assertEqual(len(re.findall(r"^\S+: ResourceWarning: unclosed file ", err, re.MULTILINE)), 2, err)
+
+    def test_profilers_see_no_code_of_the_command(self):
+        text = (
+            "seen = []\natexit.register(lambda: print([name for name in seen if name == '<string>']))\n"
+            "def profile(frame, *_):\n    seen.append(frame.f_code.co_filename)\nsys.setprofile(profile)"
+        )
+        self.assertEqual(self.run_text(BEGIN + text), (0, "output\n[]\nexit handler\n", ""))
+
+    @unittest.skipIf(SANITIZED, "a sanitizer ends where memory does")
+    def test_without_memory(self):
+        limit = "import resource\nresource.setrlimit(resource.RLIMIT_AS, (1, 1))\n"
+        table = {
+            "raised": "kept = []\nwhile True: kept.append(bytearray(50))",
+            "all taken": "kept = sys.kept = []\nwhile True: kept.append(dict())",
+            "handled": "kept = sys.kept = []\ntry:\n    while True: kept.append(dict())\nexcept MemoryError: pass",
+        }
+        for case, text in table.items():
+            with self.subTest(case):
+                expected, got = self.both(self.write("program.py", BEGIN + limit + text))
+                self.assertEqual(got[:2], expected[:2])
+                # Which allocation fails is chance, and with it how much of the report there is.
+                self.assertEqual("MemoryError" in got[2], got[0] != 0, got[2])
+
+    def test_full_disks(self):
+        for text in "", FAILURE, "sys.exit(3)":
+            with self.subTest(text), open("/dev/full", "w") as full:
+                program = self.write("program.py", BEGIN + text)
+                expected, got = (
+                    subprocess.run([*command, program], stdout=full, stderr=subprocess.PIPE, timeout=100)
+                    for command in ([PYTHON], [COMMAND, "run"])
+                )
+                self.assertEqual((got.returncode, got.stderr), (expected.returncode, expected.stderr))
+
+    def test_ends_by_the_interrupt(self):
+        program = self.write("program.py", BEGIN + "import time\nprint('ready', flush=True)\ntime.sleep(100)")
+        process = subprocess.Popen([COMMAND, "run", program], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        process.stdout.readline()
+        process.stdout.readline()
+        process.send_signal(signal.SIGINT)
+        out, err = process.communicate(timeout=100)
+        self.assertEqual((process.returncode, out), (-signal.SIGINT, b"exit handler\n"))
+        self.assertRegex(err.decode(), r"^Traceback .*:\n  File .*\n(.*\n)+KeyboardInterrupt\n$")
+
+
+class Kinds(CommandTest):
+    TEXT = "import sys\nprint(__name__, sys.argv, sys.path[0], getattr(__loader__, 'path', None) or __loader__)\nprint(neighbour)"
+
+    def test_runs_what_python_runs(self):
+        source = self.write("program.py", self.TEXT.replace("neighbour", "5"))
+        compiled = py_compile.compile(source, self.path("compiled.pyc"))
+        with open(compiled, "rb") as file:
+            code = file.read()
+        package = self.path("package")
+        os.mkdir(package)
+        self.write("package/__main__.py", self.TEXT)
+        self.write("package/neighbour.py", "")
+        archive = self.path("archive.pyz")
+        with zipfile.ZipFile(archive, "w") as file:
+            file.write(self.path("package/__main__.py"), "__main__.py")
+        programs = [
+            compiled, package, archive, os.path.join(self.folder, "package", "..", "program.py"),
+            self.write("named_otherwise", code), self.write("cut.pyc", code[:30]), self.write("other.pyc", b"text"),
+            self.write("null.py", b"print(1)\n\0"), self.write("latin.py", b"'\xe9'"),
+        ]
+        for program in programs:
+            with self.subTest(program):
+                self.assertEqual(self.ling("run", program, "a"), outcome([PYTHON, program, "a"]))
+
+    def test_runs_what_is_read_once(self):
+        done = subprocess.run([COMMAND, "run", "/dev/stdin"], input=b"print(__file__)", stdout=subprocess.PIPE, timeout=100)
+        self.assertEqual((done.returncode, done.stdout), (0, b"/dev/stdin\n"))
+
+    def test_names_an_interpreter_that_runs_it_again(self):
+        text = (
+            "import os, sys\nassert sys.executable == sys._base_executable\nif len(sys.argv) == 1:\n"
+            "    again = getattr(sys, 'orig_argv', [sys.executable, *sys.argv])\n    os.execv(sys.executable, [*again, 'again'])\n"
+            "print(sys.argv[1:], sys.version)"
+        )
+        status, out, err = self.run_text(text)
+        self.assertEqual((status, out.split()[0], err), (0, "['again']", ""))
+        self.assertIn("%d.%d." % __import__("sys").version_info[:2], out)
+
+
+if __name__ == "__main__":
+    unittest.main()

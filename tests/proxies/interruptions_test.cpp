@@ -1,0 +1,115 @@
+// Requests to stop that come while the host asks a Python object something: they reach whoever asked.
+#include "bridge/error_bridge.h"
+#include "bridge/python_modules.h"
+#include "extension/search_paths.h"
+#include "function/python_function.h"
+#include "proxies/outcomes.h"
+
+namespace ling::cpython {
+namespace {
+
+// The object of an expression, in which `stop` raises what ends more than an operation.
+class Interruptions : public PythonTest, public testing::WithParamInterface<const char*> {
+ protected:
+  static PyObjectPtr made(const std::string& expression) {
+    return run("def stop(*_): raise " + std::string(GetParam()) + "('now')\nresult = " + expression);
+  }
+  static Any presented(const std::string& expression) { return from_python(made(expression).get()); }
+  // An object that stops whoever looks for one of its attributes.
+  static std::string stopping_at(const std::string& attribute, const std::string& base = "object") {
+    return "type('Stopping', (" + base + ",), {'__getattribute__': lambda self, name: stop() if name == '" + attribute +
+           "' else " + base + ".__getattribute__(self, name)})()";
+  }
+  static void expect_stop(const Any& answer, const std::string& what) {
+    ASSERT_TRUE(is_error_result(answer)) << what << ": " << outcome_text(answer);
+    EXPECT_TRUE(is_interruption(Error::unchecked(answer))) << what;
+    EXPECT_NE(Error::unchecked(answer).message().find("now"), String::npos) << what;
+    EXPECT_EQ(PyErr_Occurred(), nullptr) << what;
+  }
+};
+
+TEST_P(Interruptions, TravelThroughLookups) {
+  const Any object = presented(stopping_at("x"));
+  const meta_method_untyped method("x");
+  const meta_property_untyped property("x");
+  const std::pair<const char*, Any> answers[] = {
+      {"method_of", method_of(object, method)},
+      {"own_method_of", own_method_of(object, method)},
+      {"boundMethod", object.boundMethod(method)},
+      {"call_method", call_method(object, method, {})},
+      {"property_of", property_of(object, property)},
+      {"own_property_of", own_property_of(object, property)},
+      {"propertyValue", object.propertyValue(property)},
+  };
+  for (const auto& [what, answer] : answers) {
+    expect_stop(answer, what);
+  }
+  EXPECT_TRUE(is_none(method_of(object, meta_method_untyped("y")))) << "what is not there is nothing to stop at";
+}
+
+TEST_P(Interruptions, TravelThroughCollections) {
+  const std::string late_iterator =
+      "type('T', (), {'looks': [lambda: iter(())], "
+      "'__iter__': property(lambda self: self.looks.pop() if self.looks else stop())})()";
+  const Any carried = call_method(presented(stopping_at("x")), meta_method_untyped("x"), {});
+  const std::tuple<std::string, const char*, std::vector<Any>> rows[] = {
+      {late_iterator, "iter", {}},
+      {stopping_at("remove", "set"), "remove", {1}},
+      {"set()", "remove", {carried}},
+      {"type('L', (list,), {'__getitem__': stop})([1])", "atOr", {0, 5}},
+      {stopping_at("__getitem__", "list"), "atOr", {0, 5}},
+      {"type('L', (list,), {'index': stop})([1])", "indexOf", {1}},
+      {stopping_at("append", "list"), "append", {1}},
+  };
+  for (const auto& [expression, member, arguments] : rows) {
+    expect_stop(ask(presented(expression), member, arguments), expression);
+  }
+}
+
+TEST_P(Interruptions, TravelThroughConversions) {
+  const std::string claims_to_be = "type('C', (), {'__class__': property(stop)})()";
+  for (const std::string& expression : {
+           claims_to_be,
+           std::string("type('I', (), {'__iter__': stop})()"),
+           std::string("type('D', (__import__('datetime').date,), {'month': property(stop)})(2020, 1, 1)"),
+           std::string("__import__('datetime').time(tzinfo=type('Z', (__import__('datetime').tzinfo,), {"
+                       "'utcoffset': lambda *_: __import__('datetime').timedelta(0), 'tzname': stop})())"),
+       }) {
+    expect_stop(presented(expression), expression);
+  }
+  expect_stop(to_code(Tuple_Generic({presented(claims_to_be)})), "toCode");
+
+  const PyObjectPtr modules = run("import sys\nresult = sys.modules");
+  const PyObjectPtr module(PyModule_New("stopping_module"));
+  PyModule_AddObject(module.get(), "member", made(claims_to_be).release());
+  PyDict_SetItemString(modules.get(), "stopping_module", module.get());
+  expect_stop(export_python_module("test.stopping", "stopping_module"), "export");
+  EXPECT_FALSE(find_module("test.stopping"));
+
+  const PyObjectPtr path = eval("__import__('sys').path");
+  PyList_Append(path.get(), made("type('P', (), {'__eq__': stop})()").get());
+  expect_stop(cpython_add_sys_path("/never/there"), "sys.path");
+}
+
+// Where an answer has no room for it, an interrupt comes once more.
+TEST_P(Interruptions, AreNotLostWhereNothingCanCarryThem) {
+  const bool comes_again = std::string(GetParam()) == "KeyboardInterrupt";
+  for (const char* attribute : {"__doc__", "__qualname__", "__defaults__"}) {
+    const PyObjectPtr callable = made(stopping_at(attribute, "type('C', (), {'__call__': lambda self: 1})"));
+    const auto function = make_python_function(callable.get()).value();
+    static_cast<void>(function.doc());
+    static_cast<void>(function.name());
+    static_cast<void>(ask(function, ".$$defaults"));
+    EXPECT_EQ(PyErr_Occurred(), nullptr);
+    const PyObjectPtr went_on = run("result = [each for each in range(3)]");
+    EXPECT_EQ(!went_on, comes_again) << attribute;
+    EXPECT_EQ(PyErr_ExceptionMatches(PyExc_KeyboardInterrupt) != 0, comes_again) << attribute;
+    PyErr_Clear();
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, Interruptions, testing::Values("KeyboardInterrupt", "SystemExit"),
+                         [](const auto& each) { return each.param; });
+
+}  // namespace
+}  // namespace ling::cpython
