@@ -60,14 +60,6 @@ PyObjectPtr tuple_to_python(const object_value_tuple& tuple, int depth) {
   return result;
 }
 
-Any load(object_value_external& external) noexcept {
-  try {
-    return external.load();
-  } catch (...) {
-    return Error::fromCurrentException();
-  }
-}
-
 PyObjectPtr python_object_to_python(const CPythonObject& proxy) noexcept {
   PyObjectPtr object = proxy.python_object();
   if (!object) {

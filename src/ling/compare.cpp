@@ -45,7 +45,7 @@ enum class question {
 
 // A method with its receiver is made anew whenever somebody asks for it.
 const object_value_bound* bound_method_in(const Any& value) noexcept {
-  return value.type() == ObjectType::Callable && typeid(*value.get()) == typeid(object_value_bound)
+  return value.type() == ObjectType::Callable && dynamic_cast<const object_value_bound*>(value.get()) != nullptr
              ? static_cast<const object_value_bound*>(value.get())
              : nullptr;
 }

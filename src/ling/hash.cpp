@@ -118,7 +118,7 @@ std::uint64_t hashing::hash_row(std::uint64_t seed, std::span<const Item> items,
 
 // A method with its receiver is as good as any other of the same two.
 std::uint64_t hashing::hash_callable(const Any& value, bool inside_tuple) {
-  if (typeid(*value.get()) != typeid(object_value_bound)) {
+  if (dynamic_cast<const object_value_bound*>(value.get()) == nullptr) {
     return hash_described(value, inside_tuple);
   }
   const auto& bound = static_cast<const object_value_bound&>(*value.get());
