@@ -168,7 +168,7 @@ class LING_API object_value_class : public object_value_callable {
 class LING_API Class_Generic : public Handle<Class_Generic, object_value_class, I_Callable_Generic> {
   LING_HANDLE(Class_Generic, object_value_class)
   Class_Generic(object_value_class& of) noexcept : Class_Generic(Unchecked{}, Any::share(&of)) {}
-  // Of a temporary handle, too: a class does not live by its handles.
+  // Of a temporary handle, too: for classes that live as long as the process. Of a counted class keep a handle.
   object_value_class& object() const noexcept { return *static_cast<object_value_class*>(get()); }
 
   String name() const { return object().name(); }
