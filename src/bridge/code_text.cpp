@@ -64,8 +64,10 @@ code_result code_of(const Any& value, int depth) {
 
 Result<String> to_code(const Any& value) {
   TRY(ensure_interpreter());
-  const GilGuard gil;
-  code_result code = internal::guarded([&] { return code_of(value, 0); });
+  code_result code = internal::guarded([&] {
+    const GilGuard gil;
+    return code_of(value, 0);
+  });
   return is_none(code) ? Result<String>(String()) : Result<String>::unchecked(std::move(code));
 }
 

@@ -10,7 +10,7 @@ PyObject* module_attribute::look_up() const {
   PyObjectPtr attribute(module ? PyObject_GetAttrString(module.get(), name_) : nullptr);
   if (!attribute) {
     tolerate_exception();
-    attribute = PyObjectPtr::share(missing());
+    return nullptr;
   }
   PyObject* kept = nullptr;
   if (!found_.compare_exchange_strong(kept, attribute.get(), std::memory_order_acq_rel)) {

@@ -8,8 +8,8 @@
 namespace ling::cpython {
 
 // A constant at namespace scope. An import may give the lock away, so two threads may look the attribute up at once:
-// the first to finish decides, and nobody waits. An attribute that cannot be had is not looked up again, unless it was
-// memory that was missing.
+// the first to finish decides, and nobody waits. What is missing is looked for again: what has kept it away, such as
+// exhausted memory, may have passed.
 class module_attribute {
  public:
   constexpr module_attribute(const char* module, const char* name) noexcept : module_(module), name_(name) {}
@@ -17,16 +17,11 @@ class module_attribute {
   // Borrowed; null when the module or the attribute is missing. No exception must be pending, none is left. The lock
   // must be held.
   PyObject* get() const {
-    PyObject* found = found_.load(std::memory_order_acquire);
-    if (found == nullptr) [[unlikely]] {
-      found = look_up();
-    }
-    return found == missing() ? nullptr : found;
+    PyObject* const found = found_.load(std::memory_order_acquire);
+    return found != nullptr ? found : look_up();
   }
 
  private:
-  // None stands for "looked for in vain": as an attribute it would be of no more use.
-  static PyObject* missing() noexcept { return Py_None; }
   PyObject* look_up() const;
 
   const char* module_;

@@ -30,7 +30,11 @@ void remove_item(PyObject* list, PyObject* item) noexcept {
 PyObjectPtr globals_without_registry() noexcept {
   PyObject* globals = PyEval_GetGlobals();
   if (globals == nullptr) {
-    globals = PyModule_GetDict(PyImport_AddModule("sys"));
+    PyObject* const sys = PyImport_AddModule("sys");
+    if (sys == nullptr) {
+      return {};
+    }
+    globals = PyModule_GetDict(sys);
   }
   return PyDict_GetItemString(globals, registry) == nullptr ? PyObjectPtr::share(globals) : PyObjectPtr();
 }

@@ -98,7 +98,7 @@ void delete_states(kept_state* states) noexcept {
 
 }  // namespace
 
-GilGuard::GilGuard() noexcept {
+gil_lock::gil_lock() noexcept {
   if (PyGILState_GetThisThreadState() == nullptr) [[unlikely]] {
     keep_thread_state();
   }
@@ -120,7 +120,7 @@ void PyObjectPtr::release_locked(PyObject* object) noexcept {
   if (!interpreter_runs()) {
     return;
   }
-  const GilGuard lock;
+  const gil_lock lock;
   Py_DecRef(object);
 }
 

@@ -8,6 +8,7 @@
 #include "extension/python_api.h"
 #include "ling/export.h"
 
+#include <exception>
 #include <optional>
 #include <utility>
 
@@ -15,15 +16,27 @@ namespace ling::cpython {
 
 // Holds the interpreter lock for a scope; nests. A thread that comes for the first time gets a Python thread state that
 // it keeps until it ends, so that coming again is cheap.
-class [[nodiscard]] GilGuard {
+class [[nodiscard]] gil_lock {
  public:
-  GilGuard() noexcept;
-  ~GilGuard() { PyGILState_Release(state_); }
-  GilGuard(const GilGuard&) = delete;
-  GilGuard& operator=(const GilGuard&) = delete;
+  gil_lock() noexcept;
+  ~gil_lock() { PyGILState_Release(state_); }
+  gil_lock(const gil_lock&) = delete;
+  gil_lock& operator=(const gil_lock&) = delete;
 
  private:
   PyGILState_STATE state_;
+};
+
+// The same for whatever may throw: a C++ exception that leaves the scope takes the place of a Python exception that is
+// pending there.
+class [[nodiscard]] GilGuard : gil_lock {
+ public:
+  GilGuard() noexcept = default;
+  ~GilGuard() {
+    if (PyErr_Occurred() != nullptr && std::uncaught_exceptions() != 0) [[unlikely]] {
+      PyErr_Clear();
+    }
+  }
 };
 
 // Gives the lock back for a scope if the thread holds it, however often: for a wait for a thread that may need it.
@@ -39,7 +52,7 @@ class [[nodiscard]] lock_given_away {
   lock_given_away& operator=(const lock_given_away&) = delete;
 
  private:
-  std::optional<GilGuard> held_;
+  std::optional<gil_lock> held_;
   PyThreadState* state_ = nullptr;
 };
 

@@ -113,12 +113,13 @@ inline PyObjectPtr yielded_object(const Any& lazy) {
 slot_result runtime_error(const Error& error, const String& message);
 inline slot_result runtime_error(const Error& error) { return runtime_error(error, error.message()); }
 
-// Runs what must not throw; a C++ exception becomes a Python one.
+// Runs what must not throw; a C++ exception becomes a Python one, in the place of any that is pending.
 template <class R, class F>
 R guarded(R failure, F&& body) noexcept {
   try {
     return body();
   } catch (...) {
+    PyErr_Clear();
     raise_error(Error::fromCurrentException());
     return failure;
   }

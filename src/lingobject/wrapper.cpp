@@ -90,7 +90,7 @@ const Any* wrapped_value(PyObject* object) noexcept {
 }
 
 void wrapper_dealloc(PyObject* self) noexcept {
-  const GilGuard lock;
+  const gil_lock lock;
   Any* value = std::exchange(reinterpret_cast<wrapper_object*>(self)->value, nullptr);
   if (value != nullptr) {
     // A wrapper may die while an exception is on its way; what the host does when its value dies must not disturb that.
