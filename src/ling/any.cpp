@@ -12,8 +12,7 @@
 
 namespace ling {
 
-// --- fields
-// ------------------------------------------------------------------------------------------------------------
+// --- fields ---------------------------------------------------------------------------------------------------------
 
 namespace {
 
@@ -70,8 +69,7 @@ Any Any::setFieldValue(meta_field_untyped name, const Any& value) const {
   return None();
 }
 
-// --- properties
-// ---------------------------------------------------------------------------------------------------------
+// --- properties -----------------------------------------------------------------------------------------------------
 
 namespace {
 
@@ -122,8 +120,7 @@ Union<I_Callable_Generic, None> Any::boundMethod(meta_method_untyped name) const
   return method.value().isIndependent() ? method.value() : method.value().bindInstance(*this);
 }
 
-// --- member lookup
-// --------------------------------------------------------------------------------------------------------
+// --- member lookup --------------------------------------------------------------------------------------------------
 
 namespace {
 
@@ -297,8 +294,7 @@ Error error_property_not_found(const Any& value, meta_property_untyped name) {
   return Error(String("The property '{}' is missing in '{}'.").arg(name.text(), class_of(value).name()));
 }
 
-// --- classes and names
-// -----------------------------------------------------------------------------------------------------
+// --- classes and names ----------------------------------------------------------------------------------------------
 
 Class_Generic raw_class_of(const Any& value) {
   return value.empty() ? None::getClass() : Class_Generic(value.get()->object_class());
@@ -325,8 +321,7 @@ String qualname(const Any& value) {
   return qualname(class_of(value));
 }
 
-// --- lazy values
-// --------------------------------------------------------------------------------------------------------------
+// --- lazy values ----------------------------------------------------------------------------------------------------
 
 Any unwrap(const Any& value) {
   // A lazy value may yield another one; a chain longer than this is a mistake.

@@ -414,8 +414,7 @@ Union<Class_Generic, None> Class_Generic::genericDefinition() const {
   return Union<Class_Generic, None>::unchecked(definition == nullptr ? Any() : Any::share(definition));
 }
 
-// --- instances of generic classes
-// -------------------------------------------------------------------------------------
+// --- instances of generic classes -----------------------------------------------------------------------------------
 
 namespace {
 

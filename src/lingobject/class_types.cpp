@@ -99,8 +99,7 @@ void describe_class_type(type_object& type, const object_value_class& of_class,
   }
 }
 
-// --- the table
-// ---------------------------------------------------------------------------------------------------------
+// --- the table ------------------------------------------------------------------------------------------------------
 
 std::uint64_t fnv1a(const void* pointer) noexcept {
   std::uint64_t hash = 0xcbf29ce484222325;
@@ -186,8 +185,7 @@ PyTypeObject* class_type_of(object_value_class& of_class) {
   return type;
 }
 
-// --- the choice
-// --------------------------------------------------------------------------------------------------------
+// --- the choice -----------------------------------------------------------------------------------------------------
 
 bool has_type_of_its_own(const object_value_class& of_class) {
   static const object_value_class& module_class = Module::getClass().object();

@@ -21,6 +21,8 @@ std::size_t disarm() noexcept;
 // Whether the last one that failed was one of Python code, and of the functions of the interpreter that it calls, which
 // do not release everything then. What the module asks of the interpreter does not count.
 bool failed_in_python_code() noexcept;
+// From now on those do not fail: some versions of the interpreter do not survive it.
+void spare_python_code() noexcept;
 
 // Lets the plan rest for a scope.
 class [[nodiscard]] respite {

@@ -35,6 +35,7 @@ constinit thread_local state current;
 
 constinit std::atomic<long long> blocks{0};
 constinit std::atomic<bool> shown{false};
+constinit std::atomic<bool> spared{false};
 
 void look_at_stack() noexcept {
   const respite unarmed;
@@ -67,6 +68,9 @@ bool must_fail() noexcept {
   }
   ++current.failed;
   look_at_stack();
+  if (current.in_python_code && spared.load(std::memory_order_relaxed)) {
+    return false;
+  }
   errno = ENOMEM;
   return true;
 }
@@ -89,6 +93,7 @@ bool failed_in_python_code() noexcept { return current.in_python_code; }
 respite::respite() noexcept : was_armed_(std::exchange(current.armed, false)) {}
 respite::~respite() { current.armed = was_armed_; }
 long long live_blocks() noexcept { return blocks.load(std::memory_order_relaxed); }
+void spare_python_code() noexcept { spared.store(true, std::memory_order_relaxed); }
 void show_failures(bool is_shown) noexcept { shown.store(is_shown, std::memory_order_relaxed); }
 
 }  // namespace faults

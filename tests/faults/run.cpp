@@ -516,6 +516,7 @@ void try_start(const options& chosen, progress& shared) {
     }
     while (shared.n <= most_of_start && apart([&] {
              alarm(patience);
+             spare_python_code();  // modules are compiled on the way
              arm(modes[shared.mode].what_fails(shared.n));
              const Result<None> started = initialize();
              const Result<None> interpreter = ensure_interpreter();
@@ -612,6 +613,8 @@ int run_scenarios(int count, char** arguments) {
       chosen.limit = number();
     } else if (argument == "--no-leaks") {
       chosen.leaks = false;
+    } else if (argument == "--spare-python-code") {
+      spare_python_code();
     } else if (argument == "--show") {
       chosen.limit = 0;
     } else {

@@ -79,7 +79,7 @@ constinit const class_definition<Error> fault_class("Fault", [](class_builder<Er
 // --- from Python -----------------------------------------------------------------------------------------------------
 
 // Where the interpreter has no memory for the frame in a traceback, it may clear the exception as well.
-constexpr char loses_exception[] = "without an exception|without exception|Unknown error";
+constexpr char loses_exception[] = "without an exception|without (setting an )?exception|Unknown error";
 // Where it has none for the text of an exception, the exception comes without.
 constexpr char loses_text[] = "^Error: $";
 
