@@ -65,7 +65,7 @@ std::optional<fetched_exception> fetch_exception() {
 // the error keeps it, to be raised again when the error returns to Python.
 Error error_from_interruption(PyObject* instance) {
   const String message = exception_message(instance);
-  const Error error(message.empty() ? type_name_of(instance) : message);
+  const Error error = Error::interruption(message.empty() ? type_name_of(instance) : message);
   error.setStack(exception_traceback_text(instance));
   error.setValue(make_python_object(instance));
   return error;
@@ -107,6 +107,7 @@ class exception_class final : public object_value_external {
  public:
   explicit exception_class(PyObjectPtr_Borrowed type) noexcept : type_(PyObjectPtr::share(type)) {}
   Any load() override {
+    TRY(ensure_interpreter());
     const GilGuard lock;
     return class_of_python_type(type_.get());
   }
@@ -146,7 +147,9 @@ Error placed_error(const fetched_exception& exception, int line_shift, int colum
   const auto placed = EvaluationError::unchecked(
       make<object_value_evaluation_error>(EvaluationError::getClass().object(), error.message(),
                                           source_position{{}, position.line, position.column, position.length},
-                                          error.isOutOfMemory() ? object_traits::out_of_memory : object_traits::none));
+                                          error.isOutOfMemory()    ? object_traits::out_of_memory
+                                          : error.isInterruption() ? object_traits::interruption
+                                                                   : object_traits::none));
   placed.setStack(error.stack());
   placed.setValue(error.object().value());
   // Whoever raised an error of the host's finds that very error again.
@@ -158,16 +161,9 @@ Error placed_error(const fetched_exception& exception, int line_shift, int colum
 
 // --- the host to Python ----------------------------------------------------------------------------------------------
 
-// The exception of an error that was made for a request to stop; null for every other error.
-PyObjectPtr interruption_in(const Error& error) noexcept {
-  PyObjectPtr carried = python_object_of(error.object().value());
-  const bool is_one = carried && PyExceptionInstance_Check(carried.get()) &&
-                      PyType_IsSubtype(Py_TYPE(carried.get()), reinterpret_cast<PyTypeObject*>(PyExc_Exception)) == 0;
-  return is_one ? std::move(carried) : PyObjectPtr();
-}
-
+// Whether the error was made for an exception that ends more than an operation, which then is pending again.
 bool raise_interruption(const Error& error) {
-  const PyObjectPtr exception = interruption_in(error);
+  const PyObjectPtr exception = error.isInterruption() ? python_object_of(error.object().value()) : PyObjectPtr();
   if (exception) {
     PyErr_SetObject(reinterpret_cast<PyObject*>(Py_TYPE(exception.get())), exception.get());
   }
@@ -290,8 +286,6 @@ void throw_exception() {
   }
   throw capture_error().value();
 }
-
-bool is_interruption(const Error& error) noexcept { return static_cast<bool>(interruption_in(error)); }
 
 void raise_error(const Error& error) noexcept {
   raise_within_memory(error, [&] { raise_with_error(exception_type_for(error), error, error.message()); });

@@ -26,9 +26,6 @@ Error error_from_exception(PyObjectPtr_Borrowed instance);
 // other class one made on first need, derived from RuntimeError. Borrowed; lives for the life of the process.
 PyObject* exception_type_of(const Class_Generic& error_class);
 
-// Whether the Error was made for an interruption: an exception that ends more than an operation, an interrupt, an exit.
-bool is_interruption(const Error& error) noexcept;
-
 // Sets the Python exception for an Error: of the class for its class, with its message. The exception carries the Error
 // in its attribute "ling". An Error made for an interruption sets that exception again; one that says that memory has
 // run out is a MemoryError, for which no memory is needed.

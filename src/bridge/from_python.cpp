@@ -177,10 +177,9 @@ Any from_python_locked(PyObjectPtr_Borrowed borrowed) {
     return Any(value);
   }
   const pending_exception_aside pending;
-  if (type == &PyUnicode_Type) {
-    return text_of(object, surrogates::refuse);
-  }
-  return internal::guarded([&] { return from_python_by_type(object, type); });
+  return internal::guarded([&]() -> Any {
+    return type == &PyUnicode_Type ? text_of(object, surrogates::refuse) : from_python_by_type(object, type);
+  });
 }
 
 Any from_python(PyObjectPtr_Borrowed object) {

@@ -48,7 +48,11 @@ PyObjectPtr call_builtin(const char* name, std::string_view source, PyObject* gl
   // With the length: a text with a zero byte in it is refused, not cut off.
   const PyObjectPtr arguments(
       Py_BuildValue("(s#OO)", source.data(), static_cast<Py_ssize_t>(source.size()), globals, locals));
-  return PyObjectPtr(arguments ? PyObject_CallObject(function, arguments.get()) : nullptr);
+  PyObjectPtr result(arguments ? PyObject_CallObject(function, arguments.get()) : nullptr);
+  if (!result && PyErr_Occurred() == nullptr) {
+    PyErr_NoMemory();  // which some versions of the parser do not say
+  }
+  return result;
 }
 
 }  // namespace ling::cpython

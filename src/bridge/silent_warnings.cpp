@@ -9,7 +9,8 @@ namespace {
 constexpr char registry[] = "__warningregistry__";
 
 // The list of filters; null when it is none.
-PyObjectPtr filters_of(const PyObjectPtr& warnings) noexcept {
+PyObjectPtr current_filters() noexcept {
+  const PyObjectPtr warnings(PyImport_ImportModule("warnings"));
   PyObjectPtr filters(warnings ? PyObject_GetAttrString(warnings.get(), "filters") : nullptr);
   PyErr_Clear();
   return filters && PyList_Check(filters.get()) ? std::move(filters) : PyObjectPtr();
@@ -31,30 +32,35 @@ PyObjectPtr globals_without_registry() noexcept {
   PyObject* globals = PyEval_GetGlobals();
   if (globals == nullptr) {
     PyObject* const sys = PyImport_AddModule("sys");
-    if (sys == nullptr) {
-      return {};
-    }
-    globals = PyModule_GetDict(sys);
+    globals = sys == nullptr ? nullptr : PyModule_GetDict(sys);
   }
-  return PyDict_GetItemString(globals, registry) == nullptr ? PyObjectPtr::share(globals) : PyObjectPtr();
+  PyErr_Clear();
+  const bool has_none = globals != nullptr && PyDict_GetItemString(globals, registry) == nullptr;
+  return has_none ? PyObjectPtr::share(globals) : PyObjectPtr();
 }
 
 }  // namespace
 
 silent_warnings::silent_warnings() noexcept
-    : warnings_(PyImport_ImportModule("warnings")),
-      filter_(Py_BuildValue("(sOOOi)", "ignore", Py_None, PyExc_Warning, Py_None, 0)),
-      globals_(globals_without_registry()) {
-  const PyObjectPtr filters = filters_of(warnings_);
-  if (filters && filter_) {
-    PyList_Insert(filters.get(), 0, filter_.get());
-  }
+    : filter_(Py_BuildValue("(sOOOi)", "ignore", Py_None, PyExc_Warning, Py_None, 0)) {
   PyErr_Clear();
+  PyObjectPtr filters = current_filters();
+  if (!filter_ || !filters || PyList_Insert(filters.get(), 0, filter_.get()) != 0) {
+    PyErr_Clear();
+    return;
+  }
+  filters_ = std::move(filters);
+  globals_ = globals_without_registry();
 }
 
 silent_warnings::~silent_warnings() {
-  if (const PyObjectPtr filters = filters_of(warnings_)) {
-    remove_item(filters.get(), filter_.get());
+  if (!filters_) {
+    return;
+  }
+  remove_item(filters_.get(), filter_.get());
+  // Whoever saves the filters and puts them back, as `catch_warnings` does, works on copies.
+  if (const PyObjectPtr now = current_filters(); now && now.get() != filters_.get()) {
+    remove_item(now.get(), filter_.get());
   }
   if (globals_ && PyDict_DelItemString(globals_.get(), registry) != 0) {
     PyErr_Clear();  // there still is none

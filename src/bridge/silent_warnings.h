@@ -7,7 +7,8 @@ namespace ling::cpython {
 
 // For a scope, what Python code warns of is neither shown nor raised, nor remembered as shown: reading all members of a
 // module meets those that are on their way out, which is not the program's doing. Filters that are added meanwhile
-// stay. Warnings of other threads are silent as well. The lock must be held, no exception pending.
+// stay. Warnings of other threads are silent as well. Does nothing where `warnings` cannot be had. The lock must be
+// held, no exception pending; none is left.
 class [[nodiscard]] silent_warnings {
  public:
   silent_warnings() noexcept;
@@ -16,8 +17,8 @@ class [[nodiscard]] silent_warnings {
   silent_warnings& operator=(const silent_warnings&) = delete;
 
  private:
-  PyObjectPtr warnings_;  // the module
   PyObjectPtr filter_;
+  PyObjectPtr filters_;  // the list that has it
   PyObjectPtr globals_;  // where there was no registry of warnings
 };
 

@@ -133,7 +133,7 @@ void add_pending_paths() {
     std::swap(queue, paths);
   }
   for (const any_path& path : paths) {
-    static_cast<void>(add_or_queue(path));
+    static_cast<void>(internal::guarded([&] { return add_or_queue(path); }));  // the others may be added
   }
 }
 

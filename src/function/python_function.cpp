@@ -49,6 +49,7 @@ Result<None> write_defaults(const CPythonFunction& self, const I_Iterable_Generi
 
 // What stands in `__doc__`, as it is: none for a function without a docstring.
 Any read_doc(const CPythonFunction& self) {
+  TRY(ensure_interpreter());
   const GilGuard gil;
   const PyObjectPtr doc(PyObject_GetAttrString(self.object().function(), "__doc__"));
   return doc ? from_python_locked(doc.get()) : Any(capture_error_or("Unable to read an attribute."));
@@ -124,13 +125,8 @@ String object_value_python_function::name() const {
   }
   const GilGuard gil;
   // The second one only where there is no first: either may be code that runs.
-  const PyObjectPtr qualified(PyObject_GetAttrString(function_.get(), "__qualname__"));
-  const bool is_missing = !qualified && PyErr_ExceptionMatches(PyExc_AttributeError) != 0;
-  drop_exception();
-  if (is_missing || (qualified && !PyUnicode_Check(qualified.get()))) {
-    return text_attribute(function_.get(), "__name__");
-  }
-  return text_of(qualified.get(), surrogates::escape);
+  const String qualified = text_attribute(function_.get(), "__qualname__");
+  return qualified.empty() ? text_attribute(function_.get(), "__name__") : qualified;
 }
 
 String object_value_python_function::doc() const {

@@ -72,9 +72,12 @@ void display(const exception& shown) {
 void ignore(const char* words, PyObject* culprit) {
   if (python.PyErr_FormatUnraisable != nullptr) {
     python.PyErr_FormatUnraisable("Exception ignored %s", words);
-  } else {
-    python.PyErr_WriteUnraisable(culprit);
+    return;
   }
+  if (culprit == nullptr) {
+    python.PySys_WriteStderr("Exception ignored %s:\n", words);  // or nothing would say so
+  }
+  python.PyErr_WriteUnraisable(culprit);
 }
 
 bool is_exit_pending() {
@@ -276,7 +279,28 @@ bool are_others_running() {
   return first != own || python.PyThreadState_Next(own) != nullptr;
 }
 
-// Takes their contents from modules that something still refers to.
+// Replaces the values of the names that are wanted by None, as the interpreter does.
+template <class Wanted>
+void take_contents(PyObject* names, const Wanted& is_wanted) {
+  const reference contents(python.PyDict_Copy(names));
+  PyObject* key = nullptr;
+  for (std::ptrdiff_t i = 0; contents && python.PyDict_Next(contents.get(), &i, &key, nullptr) != 0;) {
+    const char* const name = python.PyUnicode_AsUTF8AndSize(key, nullptr);
+    if (name != nullptr && is_wanted(std::string_view(name))) {
+      python.PyDict_SetItem(names, key, none());
+    }
+    python.PyErr_Clear();
+  }
+}
+
+// What is private first, the built-in functions never.
+void empty_namespace(PyObject* names) {
+  take_contents(names, [](std::string_view key) { return key.starts_with('_') && !key.starts_with("__"); });
+  take_contents(names, [](std::string_view key) { return key != "__builtins__"; });
+}
+
+// Takes their contents from modules that something still refers to: what is private first, the built-in functions
+// never.
 void empty_modules(PyObject* weak_references) {
   PyObject *name = nullptr, *weak = nullptr;
   for (std::ptrdiff_t i = 0;
@@ -286,12 +310,10 @@ void empty_modules(PyObject* weak_references) {
       continue;
     }
     const reference names = attribute(module.get(), "__dict__");
-    const reference contents(names ? python.PyDict_Copy(names.get()) : nullptr);
-    PyObject *key = nullptr, *value = nullptr;
-    for (std::ptrdiff_t j = 0; contents && python.PyDict_Next(contents.get(), &j, &key, &value) != 0;) {
-      python.PyDict_SetItem(names.get(), key, none());
-    }
     python.PyErr_Clear();
+    if (names) {
+      empty_namespace(names.get());
+    }
   }
 }
 
@@ -318,6 +340,8 @@ Result<None> program::start() {
   }
   const interpreter_lock lock;
   run_exit_handlers_ = module_attribute("atexit", "_run_exitfuncs");
+  signal_handler_ = module_attribute("_signal", "getsignal");
+  set_signal_handler_ = module_attribute("_signal", "signal");
   collect_garbage_ = module_attribute("gc", "collect");
   garbage_callbacks_ = module_attribute("gc", "callbacks");
   modules_before_ = reference(python.PyDict_Copy(python.PyImport_GetModuleDict()));
@@ -325,7 +349,8 @@ Result<None> program::start() {
   python.PySys_SetObject(handover_name, nullptr);
   own_output_ = reference::share(python.PySys_GetObject("stdout"));
   own_errors_ = reference::share(python.PySys_GetObject("stderr"));
-  const bool complete = run_exit_handlers_ && collect_garbage_ && garbage_callbacks_ && modules_before_ && handover_;
+  const bool complete = run_exit_handlers_ && signal_handler_ && set_signal_handler_ && collect_garbage_ &&
+                        garbage_callbacks_ && modules_before_ && handover_;
   if (complete) {
     python.PyDict_DelItemString(modules_before_.get(), main_name);  // the program's
     remember_contents();
@@ -365,7 +390,14 @@ outcome program::run_file(const std::string& path) const {
   const reference names = attribute(main.get(), "__dict__");
   const bool done = names && run_in(names.get(), file, path);
   flush_quietly();
-  return done ? outcome{} : report();
+  const outcome how = done ? outcome{} : report();
+  for (const char* own : {"__file__", "__cached__"}) {
+    if (names) {
+      python.PyDict_DelItemString(names.get(), own);
+      python.PyErr_Clear();
+    }
+  }
+  return how;
 }
 
 outcome program::run_package() const {
@@ -417,6 +449,7 @@ int program::end(const outcome& how) const {
 
 // Objects are finalised when nothing refers to them any more.
 void program::let_go() const {
+  let_go_of_signal_handlers();
   python.PyGC_Collect();
   python.PySequence_DelSlice(garbage_callbacks_.get(), 0, PTRDIFF_MAX);
   for (const char* name : {"last_exc", "last_type", "last_value", "last_traceback"}) {
@@ -437,29 +470,68 @@ void program::let_go() const {
     PyObject* const stream = python.PySys_GetObject(original);
     python.PySys_SetObject(name, stream == nullptr ? none() : stream);
   }
-  const reference forgotten = forget_modules(modules);
+  std::vector<known_namespace> namespaces;
+  const reference forgotten = forget_modules(modules, namespaces);
+  // `builtins` is the first of them: what a program has put there ends before what other modules hold.
+  const auto first = contents_before_.begin();
+  restore(first->names.get(), first->before.get());
   collect_garbage();
   empty_modules(forgotten.get());
-  for (const known_module& each : contents_before_) {
-    restore(each.names.get(), each.before.get());
+  for (auto each = first + 1; each != contents_before_.end(); ++each) {
+    restore(each->names.get(), each->before.get());
+  }
+  collect_garbage();
+  // What lives for as long as the interpreter, such as a table of codecs or a value of the host, may hold functions of
+  // modules that have gone, and with them all variables of those modules. They find no streams any more.
+  for (const char* name : {"stdin", "stdout", "stderr"}) {
+    python.PySys_SetObject(name, none());
+  }
+  for (const known_namespace& each : namespaces) {
+    if (!is_none(python.PyWeakref_GetObject(each.alive.get()))) {
+      empty_namespace(reference::share(each.names).get());
+    }
   }
   collect_garbage();
 }
 
+// The handlers that are functions lead to the variables of their modules.
+void program::let_go_of_signal_handlers() const {
+  constexpr long first_signal = 1, behind_last_signal = 65, by_default = 0;
+  const reference default_handler(python.PyLong_FromLong(by_default));
+  for (long number = first_signal; number != behind_last_signal; ++number) {
+    const reference signal(python.PyLong_FromLong(number));
+    const reference handler = call(signal_handler_, signal.get());
+    if (!is_none(handler.get()) && reference(python.PyObject_Type(handler.get())).get() != python.PyLong_Type) {
+      static_cast<void>(call(set_signal_handler_, signal.get(), default_handler.get()));
+    }
+    python.PyErr_Clear();
+  }
+}
+
 // The modules that the program has brought with it, as weak references by their names; None stands for all others.
-reference program::forget_modules(PyObject* modules) const {
+reference program::forget_modules(PyObject* modules, std::vector<known_namespace>& namespaces) const {
   reference forgotten(python.PyDict_Copy(modules));
   PyObject *name = nullptr, *module = nullptr;
   for (std::ptrdiff_t i = 0; forgotten && python.PyDict_Next(forgotten.get(), &i, &name, &module) != 0;) {
     reference weak;
     if (python.PyDict_GetItem(modules_before_.get(), name) != module) {
       weak = reference(python.PyWeakref_NewRef(module, nullptr));
+      watch(attribute(module, "__dict__").get(), namespaces);
       python.PyDict_SetItem(modules, name, none());
     }
     python.PyErr_Clear();
     python.PyDict_SetItem(forgotten.get(), name, weak ? weak.get() : none());
   }
   return forgotten;
+}
+
+void program::watch(PyObject* names, std::vector<known_namespace>& namespaces) {
+  const reference object(python.PySet_New(nullptr));
+  reference weak(object ? python.PyWeakref_NewRef(object.get(), nullptr) : nullptr);
+  if (weak && names != nullptr && python.PyDict_SetItemString(names, "__alive__", object.get()) == 0) {
+    namespaces.push_back({names, std::move(weak)});
+  }
+  python.PyErr_Clear();
 }
 
 void program::collect_garbage() const {

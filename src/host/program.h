@@ -53,13 +53,23 @@ class program {
     reference before;
   };
 
+  // The namespace of a module that has been forgotten, which dies when nothing else refers to it.
+  struct known_namespace {
+    PyObject* names;
+    reference alive;  // weakly, an object that only the namespace has
+  };
+
   program() = default;
   void remember_contents();
   void let_go() const;
-  reference forget_modules(PyObject* modules) const;
+  void let_go_of_signal_handlers() const;
+  reference forget_modules(PyObject* modules, std::vector<known_namespace>& namespaces) const;
+  static void watch(PyObject* names, std::vector<known_namespace>& namespaces);
   void collect_garbage() const;
 
   reference run_exit_handlers_;
+  reference signal_handler_;
+  reference set_signal_handler_;
   reference collect_garbage_;
   reference garbage_callbacks_;
   reference modules_before_;

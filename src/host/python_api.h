@@ -17,7 +17,8 @@ struct PyThreadState;
 struct PyInterpreterState;
 
 // All but those with a FILE, PySys_Audit and the walk through the threads belong to the stable interface; those few are
-// the same in all versions.
+// the same in all versions. A FILE belongs to one C library, which the interpreter and the command must share: on
+// Windows the universal one as a DLL, as compilers choose it unless they are told otherwise.
 // clang-format off
 #define LING_PYTHON_FUNCTIONS(X)                                                                                       \
   X(void, Py_IncRef, (PyObject*))                                                                                      \
@@ -62,11 +63,14 @@ struct PyInterpreterState;
   X(int, PyFile_WriteObject, (PyObject*, PyObject*, int))                                                              \
   X(int, PyFile_WriteString, (const char*, PyObject*))                                                                 \
   X(long, PyLong_AsLong, (PyObject*))                                                                                  \
+  X(PyObject*, PyLong_FromLong, (long))                                                                                \
   X(PyObject*, PyUnicode_FromString, (const char*))                                                                    \
   X(PyObject*, PyUnicode_DecodeUTF8, (const char*, std::ptrdiff_t, const char*))                                       \
   X(PyObject*, PyUnicode_DecodeFSDefault, (const char*))                                                               \
+  X(const char*, PyUnicode_AsUTF8AndSize, (PyObject*, std::ptrdiff_t*))                                                \
   X(PyObject*, PySequence_GetItem, (PyObject*, std::ptrdiff_t))                                                        \
   X(int, PySequence_DelSlice, (PyObject*, std::ptrdiff_t, std::ptrdiff_t))                                             \
+  X(PyObject*, PySet_New, (PyObject*))                                                                                 \
   X(PyObject*, PyDict_Copy, (PyObject*))                                                                               \
   X(void, PyDict_Clear, (PyObject*))                                                                                   \
   X(int, PyDict_Update, (PyObject*, PyObject*))                                                                        \

@@ -75,7 +75,6 @@ bool failed_behind_code() {
   const pending_exception_aside aside;
   PyObject* const traceback = aside.traceback();
   const PyObjectPtr next(traceback == nullptr ? nullptr : PyObject_GetAttrString(traceback, "tb_next"));
-  tolerate_exception();
   return next.get() == Py_None;
 }
 

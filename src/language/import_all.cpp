@@ -42,10 +42,10 @@ bool is_left_out(const String& name) {
   return std::find(std::begin(left_out), std::end(left_out), name.view()) != std::end(left_out);
 }
 
-// What cannot be read is left out, unless that is because of an interrupt.
+// What cannot be read is left out, unless that is because of an interrupt, or of memory.
 Result<None> unless_interrupted(const Error& failure) {
   raise_error(failure);
-  const bool interrupted = PyErr_ExceptionMatches(PyExc_KeyboardInterrupt) != 0;
+  const bool interrupted = failure.isOutOfMemory() || PyErr_ExceptionMatches(PyExc_KeyboardInterrupt) != 0;
   PyErr_Clear();
   return interrupted ? Result<None>(failure) : None();
 }

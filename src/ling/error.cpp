@@ -172,6 +172,16 @@ Error Error::outOfMemory(const String& message) {
   return Error(new object_value_error(getClass().object(), message, object_traits::out_of_memory));
 }
 
+Error Error::interruption(const String& message) {
+  return Error(new object_value_error(getClass().object(), message, object_traits::interruption));
+}
+void internal::throw_intolerable(const Any& error) {
+  if (error.has(object_traits::out_of_memory)) {
+    throw std::bad_alloc();
+  }
+  throw Error::unchecked(error);
+}
+
 Error Error::fromCurrentException() noexcept {
   try {
     return error_of_current_exception();

@@ -21,7 +21,7 @@ class Class_Generic;
 
 class LING_API object_value_error : public object_value_instance {
  public:
-  // Of the further traits, only out_of_memory.
+  // Of the further traits, only those of errors: out_of_memory, interruption.
   object_value_error(object_value_class& of_class, String message, object_traits more = object_traits::none);
 
   String message() const;
@@ -57,12 +57,17 @@ class LING_API Error : public Handle<Error, object_value_error> {
   // having it takes no memory; or, where there is more to say, one of its own.
   static Error outOfMemory() noexcept;
   static Error outOfMemory(const String& message);
+  // The error of a request to stop, such as an interrupt or an exit: it ends more than the operation that answers it,
+  // and those who make do without an answer pass it on.
+  static Error interruption(const String& message);
   // The error for the C++ exception being handled: a thrown Error is that error, std::bad_alloc is outOfMemory(), any
   // other exception becomes the cause of a new one with its text. Only inside a catch clause.
   static Error fromCurrentException() noexcept;
 
   // Whether it says that memory has run out.
   bool isOutOfMemory() const noexcept { return has(object_traits::out_of_memory); }
+  // Whether it stands for a request to stop.
+  bool isInterruption() const noexcept { return has(object_traits::interruption); }
   String message() const { return object().message(); }
   // Where it happened, as text for people; empty when unknown.
   String stack() const { return object().stack(); }
@@ -134,6 +139,8 @@ class LING_API EvaluationError : public Handle<EvaluationError, object_value_eva
 
 namespace internal {
 
+[[noreturn]] LING_API void throw_intolerable(const Any& error);
+
 // Runs what must not throw: what is thrown becomes an Error.
 template <class F>
 auto guarded(const F& body) noexcept -> decltype(body()) {
@@ -144,11 +151,14 @@ auto guarded(const F& body) noexcept -> decltype(body()) {
   }
 }
 
-// For those who make do without what an Error keeps from them. Exhausted memory is nothing to make do with, or the
-// answer would be a wrong one: it is thrown on, as std::bad_alloc.
+// What nobody can make do without an answer for: the answer would be a wrong one.
+constexpr object_traits intolerable = object_traits::out_of_memory | object_traits::interruption;
+
+// For those who make do without what an Error keeps from them. Exhausted memory is thrown on, as std::bad_alloc, and so
+// is an interruption, as that Error.
 inline void tolerate_error(const Any& outcome) {
-  if (outcome.has(object_traits::out_of_memory)) [[unlikely]] {
-    throw std::bad_alloc();
+  if (outcome.has(intolerable)) [[unlikely]] {
+    throw_intolerable(outcome);
   }
 }
 

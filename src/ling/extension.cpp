@@ -48,8 +48,7 @@ Result<None> call_entry_point(void* address, const char* symbol, const String& p
     reinterpret_cast<entry_point>(address)();
     return None();
   });
-  internal::tolerate_error(called);
-  if (!called.is_error()) {
+  if (!called.is_error() || called.has(internal::intolerable)) {
     return called;
   }
   const Error failure = called.error();
@@ -71,12 +70,7 @@ Result<None> call_entry_points(void* library, const String& path) {
   return None();
 }
 
-}  // namespace
-
-Result<None> load_extension(const String& path) {
-  if (path.empty()) {
-    return Error("Unable to load an extension: the path is empty.");  // the system would take it for the program itself
-  }
+Result<None> load(const String& path) {
   const internal::initialization_turn turn;
   // Inside of another initialisation, the handlers that wait already are that one's to run and to answer for.
   const std::size_t others = turn.is_nested() ? internal::waiting_handlers() : 0;
@@ -89,13 +83,23 @@ Result<None> load_extension(const String& path) {
     return Result<None>::unchecked(known->outcome);
   }
   loaded().push_back({library, {}});
-  if (const Result<None> called = call_entry_points(library, path); called.is_error()) {
+  const Result<None> called = internal::guarded([&] { return call_entry_points(library, path); });
+  if (called.is_error()) {
     loaded().erase(find_loaded(library));  // so that it can be tried again
     return called;
   }
   const Result<None> initialized = internal::run_handlers(others);
   find_loaded(library)->outcome = initialized;
   return initialized;
+}
+
+}  // namespace
+
+Result<None> load_extension(const String& path) {
+  if (path.empty()) {
+    return Error("Unable to load an extension: the path is empty.");  // the system would take it for the program itself
+  }
+  return internal::guarded([&] { return load(path); });
 }
 
 }  // namespace ling

@@ -92,8 +92,8 @@ Any object_value_computed::force() {
   if (value.get() == this) {
     value = error_needs_itself();  // kept, it would keep itself alive
   }
-  if (value.has(object_traits::out_of_memory)) {
-    return value;  // says nothing of the value: there may be memory the next time
+  if (value.has(internal::intolerable)) {
+    return value;  // says nothing of the value: there may be memory, or time, the next time
   }
   const std::lock_guard guard(lock_);
   if (compute_ != nullptr) {

@@ -47,6 +47,7 @@ enum class object_traits : std::uint32_t {
   instance = 1u << 3,       // derives from object_value_instance
   callable = 1u << 4,       // derives from object_value_callable
   out_of_memory = 1u << 5,  // an Error that says that memory has run out
+  interruption = 1u << 6,   // an Error that stands for a request to stop
 };
 constexpr object_traits operator|(object_traits a, object_traits b) noexcept {
   return static_cast<object_traits>(static_cast<std::uint32_t>(a) | static_cast<std::uint32_t>(b));

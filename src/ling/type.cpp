@@ -3,6 +3,7 @@
 
 #include "ling/class_builder.h"
 #include "ling/detail/definitions.h"
+#include "ling/detail/hash_mix.h"
 #include "ling/interfaces.h"
 #include "ling/reflection.h"
 
@@ -11,6 +12,16 @@
 #include <iterator>
 
 namespace ling {
+
+namespace {
+std::int64_t hash(const Type& self) {
+  std::uint64_t hash = 0;
+  for (const object_value_class* each : self.object().alternatives()) {
+    hash = internal::hash_mix(hash ^ each->identity());
+  }
+  return static_cast<std::int64_t>(hash);
+}
+}  // namespace
 
 constinit const class_definition<Type> internal::type_class("Type", [](class_builder<Type>& c) {
   c.module("ling")
@@ -23,7 +34,13 @@ constinit const class_definition<Type> internal::type_class("Type", [](class_bui
       .method("matches", "value", "Whether the value is of this type.",
               [](const Type& self, const Any& value) { return self.matches(value); })
       .method("toClass", "", "The class, when the type is that of one class, else none.",
-              [](const Type& self) { return self.toClass(); });
+              [](const Type& self) { return self.toClass(); })
+      // The same classes, whoever made the type of them.
+      .method(Any::__equals__, "other",
+              [](const Type& self, const Any& other) {
+                return Type::matches(other.get()) ? Any(self == Type::unchecked(other)) : Any(Undefined());
+              })
+      .method(Any::__hash__, "", &hash);
 });
 
 // The result wrapper Computed<T>: only its place in a union matters.

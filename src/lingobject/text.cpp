@@ -22,7 +22,7 @@ slot_result plain_text(const Any& value, PyObject*) {
     return display(value);
   }
   // A conversion of the value's own may refuse. What ends a program is no refusal.
-  const bool refused = is_error_result(text) && !is_interruption(Error::unchecked(text));
+  const bool refused = is_error_result(text) && !text.has(internal::intolerable);
   return refused ? slot_result(display(value)) : slot_result(std::move(text));
 }
 

@@ -53,12 +53,7 @@ PyObjectPtr python_object_of(const Any& value) noexcept {
 Any allocate_python_object(object_value_class& of_class) { return make<object_value_python_object>(of_class); }
 
 bool ends_asking(const Any& answer) {
-  if (!is_error_result(answer) || interpreter_has_ended()) {
-    return is_error_result(answer);
-  }
-  const Error error = Error::unchecked(answer);
-  const GilGuard gil;
-  return error.isOutOfMemory() || is_interruption(error);
+  return answer.has(internal::intolerable) || (is_error_result(answer) && interpreter_has_ended());
 }
 
 Error error_null_object() { return Error("The object is null."); }

@@ -71,7 +71,7 @@ PyObjectPtr python_object_of(const Any& value) noexcept;
 Any allocate_python_object(object_value_class& of_class);
 
 // Whether an answer is no answer but the end of asking: an interruption, or there is no memory or no interpreter any
-// more. Takes the lock itself.
+// more.
 bool ends_asking(const Any& answer);
 
 // Runs what asks the Python object, under the lock. An Error when there is no object, or no interpreter any more.

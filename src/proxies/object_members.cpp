@@ -15,14 +15,14 @@ namespace ling::cpython {
 namespace {
 
 // What the runtime has under the name for the proxy: as a member of its own, inserted past the Python object, or of its
-// class. Names that nobody has are not interned.
+// class.
 Union<Property, None> registered_property(const CPythonObject& self, const String& name) {
-  const name_entry* entry = internal::find_interned(name.view());
-  return entry == nullptr ? None() : raw_property_of(self, meta_property_untyped(*entry));
+  const internal::name_to_look_up wanted(name.view());
+  return raw_property_of(self, meta_property_untyped(*wanted));
 }
 Union<I_Callable_Generic, None> registered_method(const CPythonObject& self, const String& name) {
-  const name_entry* entry = internal::find_interned(name.view());
-  return entry == nullptr ? None() : raw_method_of(self, meta_method_untyped(*entry));
+  const internal::name_to_look_up wanted(name.view());
+  return raw_method_of(self, meta_method_untyped(*wanted));
 }
 
 // The attribute; null with an exception set. The name is converted as a whole, zero bytes included.

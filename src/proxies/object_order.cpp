@@ -89,6 +89,7 @@ Any object_equals(const CPythonObject& self, const Any& other) {
   if (self.address() == nullptr) {
     return Undefined();
   }
+  TRY(ensure_interpreter());
   const GilGuard gil;
   return equals_python(self.python_object().get(), other);
 }
@@ -97,6 +98,7 @@ Any object_hash(const CPythonObject& self) {
   if (self.address() == nullptr) {
     return object_id(self);
   }
+  TRY(ensure_interpreter());
   const GilGuard gil;
   return hash_of_python(self.python_object().get());
 }

@@ -82,13 +82,14 @@ Any object_value_python_method::declaring_context() const {
   if (!CPythonObject::matches(context.get())) {
     return context;
   }
+  TRY(ensure_interpreter());
   const GilGuard gil;
   return class_of_python_type(python_object_of(context).get());
 }
 
 void object_value_python_method::set_declaring_context(const Any& context) {
   Any kept = context;
-  if (const auto of_class = Class_Generic::cast(context)) {
+  if (const auto of_class = Class_Generic::cast(context); of_class && !interpreter_has_ended()) {
     const GilGuard gil;
     PyObject* const type = python_type_behind(of_class->object());
     kept = type == nullptr ? context : make_python_object(type);

@@ -38,9 +38,7 @@ class module_filler {
 
   void add(const String& name, PyObject* object) {
     const Any value = from_python_locked(object);
-    if (is_error_result(value) && is_interruption(Error::unchecked(value))) {
-      interruption_ = value;
-    }
+    internal::tolerate_error(value);
     if (Class_Generic::matches(value.get())) {
       add_class(name, Class_Generic::unchecked(value));
     } else if (PyCallable_Check(object) != 0 && I_Callable_Generic::matches(value.get())) {
@@ -49,8 +47,6 @@ class module_filler {
       module_.object().object_class().add_class_property_unsafe(name, Property::constant(value));
     }
   }
-  // What kept a member from being read, if anything.
-  Union<Error, None> interruption() const { return Error::cast(interruption_); }
 
  private:
   // Not `addClass`: a Python module may hold a class under any name, and under several.
@@ -69,7 +65,6 @@ class module_filler {
 
   const CPythonModule& module_;
   const String& python_name_;
-  Any interruption_;
 };
 
 Result<CPythonModule> make_python_module(const String& name, const String& python_name, PyObjectPtr_Borrowed object) {
@@ -77,9 +72,6 @@ Result<CPythonModule> make_python_module(const String& name, const String& pytho
   module.setDoc(text_attribute(object.get(), "__doc__"));
   module_filler filler(module, python_name);
   for_each_public_member(object.get(), [&](const String& member, PyObject* value) { filler.add(member, value); });
-  if (const auto interruption = filler.interruption()) {
-    return interruption.value();
-  }
   return module;
 }
 

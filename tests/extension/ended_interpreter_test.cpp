@@ -17,6 +17,11 @@ def function(a=1): return a
 result = {'object': Class(), 'class': Class, 'function': function, 'built-in': len, 'list': [1], 'dict': {1: 2},
           'set': {1}, 'iterable': frozenset((1,)), 'iterator': iter([1]).__iter__})";
 
+Any call_by_name(const char* function, const std::vector<Any>& arguments) {
+  return I_Callable_Generic::unchecked(find_module("ling.cpython").value().callables().get(function))
+      .callWith(arguments);
+}
+
 // What the host holds by then.
 class held_values {
  public:
@@ -26,6 +31,7 @@ class held_values {
     for (Py_ssize_t position = 0; PyDict_Next(dict.get(), &position, &key, &value) != 0;) {
       values_.set(from_python(key), from_python(value));
     }
+    values_.set("error", call_by_name("evaluate", {"raise ValueError"}));
     values_.set("iterator", I_Callable_Generic::unchecked(values_.get("iterator"))());
   }
   Any operator[](const char* name) const { return values_.get(name); }
@@ -35,10 +41,6 @@ class held_values {
   HashMap_Generic values_;
 };
 
-Any call_by_name(const char* function, const std::vector<Any>& arguments) {
-  return I_Callable_Generic::unchecked(find_module("ling.cpython").value().callables().get(function))
-      .callWith(arguments);
-}
 Any ask_language(const char* member, const Any& argument) {
   const Any of_class = find_module("ling.cpython").value().classes().get("CPythonLanguage");
   return ask(I_Callable_Generic::unchecked(of_class)(), member, {argument});
@@ -54,6 +56,7 @@ std::vector<std::pair<const char*, Any>> ask_all(const held_values& held) {
   named.set("a", 1);
   const meta_property_untyped property("x"), constant("constant");
   const meta_method_untyped x("x");
+  const List_Generic list_of_host{object};
   return {
       {"evaluate", call_by_name("evaluate", {"return 1"})},
       {"evaluate_expr", call_by_name("evaluate_expr", {"1"})},
@@ -70,6 +73,11 @@ std::vector<std::pair<const char*, Any>> ask_all(const held_values& held) {
       {"method", object.boundMethod(x)},
       {"call method", call_method(object, x, {})},
       {"display", display(object)},
+      {"equal", equal_objects(object, held["list"])},
+      {"search", ask(list_of_host, "indexOf", {held["list"]})},
+      {"value of an error", Error::unchecked(held["error"]).value()},
+      {"doc", ask(function, ".doc")},
+      {"method's class", method.declaringContext()},
       {"compare", compare_objects(object, held["list"])},
       {"call", function(1)},
       {"call by name", function.callWithNamed(named)},

@@ -1,8 +1,10 @@
 """Whatever the environment says of warnings, Python's modules are read completely and without a word."""
 
 import os
+import pathlib
 import subprocess
 import sys
+import tempfile
 import unittest
 
 HOST = os.environ["LING_COMMAND"], "exec"
@@ -33,6 +35,19 @@ class SilentStart(unittest.TestCase):
                 *members, registries, filters = done.stdout.splitlines()
                 self.assertEqual([members, registries], [expected[:-2], "[]"])
                 self.assertEqual(filters, outcome("import warnings; print(warnings.filters)", *PYTHON, **settings).stdout.strip())
+
+    def test_without_warnings(self):
+        with tempfile.TemporaryDirectory() as folder:
+            pathlib.Path(folder, "sitecustomize.py").write_text("import sys; sys.modules['warnings'] = None")
+            self.assertEqual(outcome("print(len(dir(ling.find_module('python.typing'))) > 9)", *HOST, PYTHONPATH=folder).stdout, "True\n")
+
+    def test_filters_saved_and_put_back_meanwhile(self):
+        """As another thread does, or a module while it is imported."""
+        with tempfile.TemporaryDirectory() as folder:
+            pathlib.Path(folder, "saver.py").write_text("import warnings; saved = warnings.catch_warnings(); saved.__enter__()")
+            pathlib.Path(folder, "saver2.py").write_text("import saver; saver.saved.__exit__()")
+            code = "import warnings; ling.cpython.importAllModules(); print(not any(each[0] == 'ignore' and each[2] is Warning for each in warnings.filters))"
+            self.assertEqual(outcome(code, *HOST, PYTHONPATH=folder).stdout, "True\n")
 
 
 unittest.main()

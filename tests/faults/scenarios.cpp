@@ -1,6 +1,7 @@
 // The tables of what is tried.
 #include "bridge/convert.h"
 #include "bridge/error_bridge.h"
+#include "bridge/python_modules.h"
 #include "extension/search_paths.h"
 #include "faults/scenario.h"
 #include "language/evaluation.h"
@@ -423,6 +424,15 @@ const host_row from_host_rows[] = {
      [](const Any&) { return caught([] { return evaluate("x = [1, 'a']\nreturn x", {}); }); }},
     {"evaluate syntax error in C++", nothing,
      [](const Any&) { return caught([] { return evaluate("x = = 1", {}); }); }},
+    {"code raises", nothing,
+     [](const Any&) { return caught([] { return evaluate("x = 1\nraise ValueError('x')", {}); }); }, loses_exception},
+    {"export", nothing,
+     [](const Any&) {
+       return caught([]() -> Any {
+         const auto module = export_python_module("test.csv", "csv");
+         return module ? Any(std::int64_t(class_of(module).object().properties().size())) : Any(module);
+       });
+     }},
     {"memory ends in code", nothing,
      [](const Any&) { return caught([] { return evaluate("x = 1\nraise MemoryError('x')", {}); }); }, loses_exception},
     {"search path", nothing,

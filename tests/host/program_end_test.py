@@ -64,9 +64,12 @@ ENDS = {
 FINAL = "class Final:\n    def __init__(self, name): self.name = name\n    def __del__(self): print('finalised', self.name)\n"
 LET_GO = {
     "of a module": "import neighbour",
+    "in order": "import builtins\nclass Final:\n    def __init__(self, name): self.name = name\n    def __del__(self): print('finalised', self.name, eval('1'))\nfor name in 'b', '_a', '__c', 'a': setattr(neighbour, name, Final(name))\nbuiltins.neighbour = neighbour",
     "of other modules": "neighbour.final.me = neighbour.final = None\nimport builtins, os\nbuiltins.final = neighbour.Final('builtins')\nos.final = neighbour.Final('os')",
     "in a traceback": "def fail(final): sys.undefined_name\nfail(neighbour.Final('frame'))",
     "in a stream": "class Stream:\n    final = neighbour.Final('stream')\n    write = sys.stdout.write\n    flush = sys.stdout.flush\nsys.stdout = Stream()",
+    "by a signal's handler": "import signal\ndef stop(*_): pass\nsignal.signal(signal.SIGTERM, stop)\nfile = open('written', 'w'); file.write('text')",
+    "by the interpreter": "import codecs\ncodecs.register(lambda name: None)\nfile = open('written', 'w'); file.write('text')",
     "files": "import builtins, os\nfor holder in sys, builtins, neighbour, os:\n    holder.file = open('written-' + holder.__name__, 'w')\n    holder.file.write('text')",
     "a thread is left": "neighbour.final.me = neighbour.final = None\nimport threading, time\nthreading.Thread(target=time.sleep, args=(100,), daemon=True).start()\nfinal = neighbour.Final('main')",
 }

@@ -29,7 +29,11 @@ ling::Result<ling::None> handler() {
 }  // namespace
 
 extern "C" void corvantis_extension_init() {
-  if (const ling::Any outcome = call_case("entry"); ling::is_error_result(outcome)) {
+  const ling::Any outcome = call_case("entry");
+  if (ling::is_error_result(outcome) && ling::Error::unchecked(outcome).isOutOfMemory()) {
+    throw std::bad_alloc();
+  }
+  if (ling::is_error_result(outcome)) {
     throw std::runtime_error(ling::Error::unchecked(outcome).message().c_str());
   }
 }

@@ -94,6 +94,16 @@ TEST(Extension, IsTriedAgainAfterItsEntryPointFailed) {
   EXPECT_EQ(entries, 2);
 }
 
+TEST(Extension, IsTriedAgainAfterMemoryHadRunOut) {
+  directed_extension extension;
+  int entries = 0;
+  extension.entry = [&]() -> Any { return ++entries == 1 ? Any(Error::outOfMemory()) : Any(); };
+  const Result<None> first = extension.load();
+  EXPECT_TRUE(first.is_error() && first.error().isOutOfMemory());
+  EXPECT_FALSE(extension.load().is_error());
+  EXPECT_EQ(entries, 2);
+}
+
 // Each may load from within: itself, which is under way, or another one, whose failure is not its own.
 TEST(Extension, LoadsOthersAndItself) {
   directed_extension outer;

@@ -22,7 +22,7 @@ class Interruptions : public PythonTest, public testing::WithParamInterface<cons
   }
   static void expect_stop(const Any& answer, const std::string& what) {
     ASSERT_TRUE(is_error_result(answer)) << what << ": " << outcome_text(answer);
-    EXPECT_TRUE(is_interruption(Error::unchecked(answer))) << what;
+    EXPECT_TRUE(Error::unchecked(answer).isInterruption()) << what;
     EXPECT_NE(Error::unchecked(answer).message().find("now"), String::npos) << what;
     EXPECT_EQ(PyErr_Occurred(), nullptr) << what;
   }
@@ -89,6 +89,20 @@ TEST_P(Interruptions, TravelThroughConversions) {
   const PyObjectPtr path = eval("__import__('sys').path");
   PyList_Append(path.get(), made("type('P', (), {'__eq__': stop})()").get());
   expect_stop(cpython_add_sys_path("/never/there"), "sys.path");
+}
+
+// What makes do without an answer of the host's own values does not make do without this one.
+TEST_P(Interruptions, TravelThroughTheRuntime) {
+  const PyObjectPtr type = eval(GetParam());
+  for (const char* expression : {
+           "ling.Boolean(type('L', (list,), {'__len__': stop})([1]))",
+           "ling.hash_of(type('O', (), {'__hash__': stop})())",
+           "ling.display(ling.List([ling.List([type('O', (), {'__str__': stop})()])]))",
+       }) {
+    EXPECT_FALSE(run("import ling\ndef stop(*_): raise " + std::string(GetParam()) + "\nresult = " + expression));
+    EXPECT_TRUE(PyErr_ExceptionMatches(type.get())) << expression;
+    PyErr_Clear();
+  }
 }
 
 // Where an answer has no room for it, an interrupt comes once more.

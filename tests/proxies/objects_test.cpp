@@ -95,6 +95,10 @@ TEST_F(Objects, HaveMembersOfTheHostsPastTheObject) {
                                 .value();
   const meta_property_untyped level_name("level"), balance("balance");
   EXPECT_FALSE(raw_insert_property(object, level_name, computed).is_error());
+  const internal::name_to_look_up from_data("a name that nobody has declared");
+  const meta_property_untyped inserted(*from_data);
+  EXPECT_FALSE(raw_insert_property(object, inserted, Property::constant(5)).is_error());
+  expect_outcome(object.propertyValue(inserted), "5");
   EXPECT_FALSE(raw_insert_property(object, balance, Property::constant("hidden")).is_error());
   const I_Callable_Generic twice = make_function("twice", "self, text", "", [](const Any& self, const String& text) {
     return String("{}{}{}").arg(text, text, display_text(self));

@@ -145,6 +145,8 @@ TEST_F(PythonTypes, AreOneClassAsLongAsItHasAHandle) {
   const auto limit = class_from(run(shop)).definedProperty(meta_property_untyped("limit")).value();
   EXPECT_EQ(outcome_text(qualname(method)), "Shop.count");
   expect_outcome(limit.read({}), "3");
+  const Any a = Type::of(class_from(type)), b = Type::of(class_from(type));
+  EXPECT_TRUE(equal_objects(a, b).value().value() && hash_of(a) == hash_of(b)) << "types made of it, too";
 }
 
 TEST_F(PythonTypes, SurviveHostileMetaclasses) {
