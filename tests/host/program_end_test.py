@@ -69,7 +69,7 @@ LET_GO = {
     "in a traceback": "def fail(final): sys.undefined_name\nfail(neighbour.Final('frame'))",
     "in a stream": "class Stream:\n    final = neighbour.Final('stream')\n    write = sys.stdout.write\n    flush = sys.stdout.flush\nsys.stdout = Stream()",
     "by a signal's handler": "import signal\ndef stop(*_): pass\nsignal.signal(signal.SIGTERM, stop)\nfile = open('written', 'w'); file.write('text')",
-    "by the interpreter": "import codecs\ncodecs.register(lambda name: None)\nfile = open('written', 'w'); file.write('text')",
+    "by the interpreter": "neighbour.final.me = neighbour.final = None\nimport codecs\ncodecs.register(lambda name: None)\nfile = open('written', 'w'); file.write('text')",
     "files": "import builtins, os\nfor holder in sys, builtins, neighbour, os:\n    holder.file = open('written-' + holder.__name__, 'w')\n    holder.file.write('text')",
     "a thread is left": "neighbour.final.me = neighbour.final = None\nimport threading, time\nthreading.Thread(target=time.sleep, args=(100,), daemon=True).start()\nfinal = neighbour.Final('main')",
 }
