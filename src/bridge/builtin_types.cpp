@@ -1,8 +1,4 @@
 // Which class of the runtime and which built-in type of Python stand for each other.
-#include "bridge/convert.h"
-#include "bridge/error_bridge.h"
-#include "bridge/module_attribute.h"
-#include "bridge/pending_exception.h"
 #include "ling/boolean.h"
 #include "ling/byte_array.h"
 #include "ling/class.h"
@@ -14,6 +10,10 @@
 #include "lingobject/ling_object.h"
 #include "proxies/cpython_object.h"
 #include "proxies/python_type.h"
+#include "python/convert.h"
+#include "python/error_bridge.h"
+#include "python/module_attribute.h"
+#include "python/pending_exception.h"
 
 namespace ling::cpython {
 

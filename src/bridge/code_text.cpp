@@ -1,13 +1,13 @@
 // Values as Python code.
-#include "bridge/convert.h"
-#include "bridge/error_bridge.h"
-#include "bridge/pending_exception.h"
-#include "bridge/python_text.h"
-#include "extension/interpreter.h"
 #include "ling/detail/try.h"
 #include "ling/none.h"
 #include "ling/reflection.h"
 #include "ling/tuple.h"
+#include "python/convert.h"
+#include "python/error_bridge.h"
+#include "python/interpreter.h"
+#include "python/pending_exception.h"
+#include "python/python_text.h"
 
 namespace ling::cpython {
 

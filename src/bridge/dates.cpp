@@ -1,12 +1,12 @@
 // Dates and times across the border.
 #include "bridge/dates.h"
 
-#include "bridge/convert.h"
-#include "bridge/error_bridge.h"
-#include "bridge/instance_test.h"
-#include "bridge/module_attribute.h"
-#include "bridge/pending_exception.h"
-#include "bridge/python_name.h"
+#include "python/convert.h"
+#include "python/error_bridge.h"
+#include "python/instance_test.h"
+#include "python/module_attribute.h"
+#include "python/pending_exception.h"
+#include "python/python_name.h"
 
 #include <algorithm>
 #include <cmath>

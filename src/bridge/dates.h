@@ -4,8 +4,8 @@
 // a zone is kept when it lies at or east of UTC by whole seconds; a Time has no other offsets.
 #pragma once
 
-#include "extension/pyobject_ptr.h"
 #include "ling/date_time.h"
+#include "python/pyobject_ptr.h"
 
 namespace ling::cpython {
 

@@ -1,10 +1,10 @@
 // Decimals across the border.
 #include "bridge/decimals.h"
 
-#include "bridge/convert.h"
-#include "bridge/error_bridge.h"
-#include "bridge/instance_test.h"
-#include "bridge/module_attribute.h"
+#include "python/convert.h"
+#include "python/error_bridge.h"
+#include "python/instance_test.h"
+#include "python/module_attribute.h"
 
 namespace ling::cpython {
 

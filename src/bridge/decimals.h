@@ -1,8 +1,8 @@
 // Decimals across the border: they travel as text, so that no digit is lost. The lock must be held.
 #pragma once
 
-#include "extension/pyobject_ptr.h"
 #include "ling/decimal.h"
+#include "python/pyobject_ptr.h"
 
 namespace ling::cpython {
 

@@ -1,19 +1,19 @@
 // Exceptions to Errors and back.
-#include "bridge/error_bridge.h"
+#include "python/error_bridge.h"
 
-#include "bridge/convert.h"
 #include "bridge/error_position.h"
 #include "bridge/exception_text.h"
 #include "bridge/exception_types.h"
-#include "bridge/instance_test.h"
-#include "bridge/pending_exception.h"
-#include "bridge/python_name.h"
 #include "ling/lazy.h"
 #include "ling/reflection.h"
 #include "ling/tuple.h"
 #include "lingobject/ling_object.h"
 #include "proxies/cpython_object.h"
 #include "proxies/python_type.h"
+#include "python/convert.h"
+#include "python/instance_test.h"
+#include "python/pending_exception.h"
+#include "python/python_name.h"
 
 #include <optional>
 

@@ -1,8 +1,8 @@
 // Reading source positions off exceptions and tracebacks.
 #include "bridge/error_position.h"
 
-#include "bridge/pending_exception.h"
-#include "bridge/python_name.h"
+#include "python/pending_exception.h"
+#include "python/python_name.h"
 
 namespace ling::cpython {
 

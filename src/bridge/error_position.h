@@ -2,8 +2,8 @@
 // left behind.
 #pragma once
 
-#include "extension/pyobject_ptr.h"
 #include "ling/error.h"
+#include "python/pyobject_ptr.h"
 
 namespace ling::cpython {
 

@@ -1,11 +1,11 @@
 // What Python has to say of an exception.
 #include "bridge/exception_text.h"
 
-#include "bridge/error_bridge.h"
-#include "bridge/module_attribute.h"
-#include "bridge/pending_exception.h"
-#include "bridge/python_name.h"
-#include "bridge/python_text.h"
+#include "python/error_bridge.h"
+#include "python/module_attribute.h"
+#include "python/pending_exception.h"
+#include "python/python_name.h"
+#include "python/python_text.h"
 
 namespace ling::cpython {
 

@@ -1,8 +1,8 @@
 // The texts of Python exceptions. The lock must be held and no exception be pending; none is left behind.
 #pragma once
 
-#include "extension/python_api.h"
 #include "ling/string.h"
+#include "python/python_api.h"
 
 namespace ling::cpython {
 

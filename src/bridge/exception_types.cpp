@@ -1,9 +1,9 @@
 // Python exception classes that mirror classes of errors.
 #include "bridge/exception_types.h"
 
-#include "bridge/error_bridge.h"
-#include "bridge/pending_exception.h"
 #include "ling/reflection.h"
+#include "python/error_bridge.h"
+#include "python/pending_exception.h"
 
 #include <atomic>
 #include <memory>

@@ -1,8 +1,8 @@
 // The Python exception classes made for classes of errors, from the side of Python; `exception_type_of` makes them.
 #pragma once
 
-#include "extension/python_api.h"
 #include "ling/class.h"
+#include "python/python_api.h"
 
 namespace ling::cpython {
 

@@ -1,13 +1,7 @@
 // Python objects to host values: one row of tests, whose order is part of the contract.
-#include "bridge/convert.h"
 #include "bridge/dates.h"
 #include "bridge/decimals.h"
-#include "bridge/error_bridge.h"
 #include "bridge/exception_types.h"
-#include "bridge/instance_test.h"
-#include "bridge/pending_exception.h"
-#include "bridge/python_text.h"
-#include "extension/interpreter.h"
 #include "function/python_function.h"
 #include "ling/boolean.h"
 #include "ling/byte_array.h"
@@ -17,6 +11,12 @@
 #include "lingobject/ling_object.h"
 #include "proxies/collection_proxies.h"
 #include "proxies/python_type.h"
+#include "python/convert.h"
+#include "python/error_bridge.h"
+#include "python/instance_test.h"
+#include "python/interpreter.h"
+#include "python/pending_exception.h"
+#include "python/python_text.h"
 
 #include <cmath>
 #include <cstdint>

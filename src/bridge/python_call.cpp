@@ -1,9 +1,9 @@
 // Calls into Python.
-#include "bridge/python_call.h"
+#include "python/python_call.h"
 
-#include "bridge/convert.h"
-#include "bridge/error_bridge.h"
 #include "ling/reflection.h"
+#include "python/convert.h"
+#include "python/error_bridge.h"
 
 namespace ling::cpython {
 

@@ -1,11 +1,11 @@
 // Equality and hashes of Python objects.
-#include "bridge/python_equality.h"
+#include "python/python_equality.h"
 
-#include "bridge/error_bridge.h"
 #include "function/python_function.h"
 #include "ling/none.h"
 #include "proxies/cpython_object.h"
 #include "proxies/python_type.h"
+#include "python/error_bridge.h"
 
 namespace ling::cpython {
 

@@ -1,10 +1,10 @@
 // Source text and the names it finds.
-#include "bridge/python_source.h"
+#include "python/python_source.h"
 
-#include "bridge/convert.h"
-#include "bridge/pending_exception.h"
 #include "ling/module.h"
 #include "ling/reflection.h"
+#include "python/convert.h"
+#include "python/pending_exception.h"
 
 namespace ling::cpython {
 

@@ -1,9 +1,6 @@
 // Host values to Python objects: one dispatch on the kind of the value.
-#include "bridge/convert.h"
 #include "bridge/dates.h"
 #include "bridge/decimals.h"
-#include "bridge/error_bridge.h"
-#include "extension/interpreter.h"
 #include "function/python_function.h"
 #include "ling/boolean.h"
 #include "ling/byte_array.h"
@@ -14,6 +11,9 @@
 #include "lingobject/ling_object.h"
 #include "proxies/cpython_object.h"
 #include "proxies/python_type.h"
+#include "python/convert.h"
+#include "python/error_bridge.h"
+#include "python/interpreter.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,10 +1,10 @@
 // The importer is Python code with two native functions among its globals.
 #include "extension/importer.h"
 
-#include "bridge/pending_exception.h"
-#include "bridge/python_source.h"
-#include "extension/pyobject_ptr.h"
 #include "lingobject/module_export.h"
+#include "python/pending_exception.h"
+#include "python/pyobject_ptr.h"
+#include "python/python_source.h"
 
 namespace ling::cpython {
 

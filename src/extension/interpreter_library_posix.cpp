@@ -1,7 +1,7 @@
 // A host loads this module, and with it the interpreter library, with local symbols as a rule. `import _struct` then
 // fails with an undefined symbol: Python's extension modules expect those of the interpreter to be global.
 #include "extension/interpreter_library.h"
-#include "extension/python_api.h"
+#include "python/python_api.h"
 
 #include <dlfcn.h>
 #include <langinfo.h>

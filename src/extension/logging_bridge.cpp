@@ -1,9 +1,9 @@
 // The bridge is Python code: what a handler must be is for `logging` to say.
 #include "extension/logging_bridge.h"
 
-#include "extension/interpreter.h"
 #include "language/evaluation.h"
 #include "ling/detail/try.h"
+#include "python/interpreter.h"
 
 namespace ling::cpython {
 

@@ -1,9 +1,9 @@
 // The tree of Python modules, a row per module.
 #include "extension/module_tree.h"
 
-#include "bridge/python_modules.h"
 #include "language/cpython_language.h"
 #include "ling/reflection.h"
+#include "python/python_modules.h"
 
 #include <string_view>
 

@@ -2,7 +2,6 @@
 #include "ling/registration.h"
 
 #include "extension/logging_bridge.h"
-#include "extension/pyobject_ptr.h"
 #include "extension/search_paths.h"
 #include "function/python_function.h"
 #include "language/cpython_language.h"
@@ -13,6 +12,7 @@
 #include "ling/property.h"
 #include "proxies/collection_proxies.h"
 #include "proxies/python_module.h"
+#include "python/pyobject_ptr.h"
 
 namespace ling::cpython {
 

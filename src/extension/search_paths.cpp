@@ -1,14 +1,14 @@
 // The queue of paths, and the places that go into it.
 #include "extension/search_paths.h"
 
-#include "bridge/convert.h"
-#include "bridge/error_bridge.h"
-#include "bridge/pending_exception.h"
-#include "extension/interpreter.h"
 #include "extension/system_paths.h"
 #include "ling/detail/try.h"
 #include "ling/logger.h"
 #include "ling/spinlock.h"
+#include "python/convert.h"
+#include "python/error_bridge.h"
+#include "python/interpreter.h"
+#include "python/pending_exception.h"
 
 #include <mutex>
 #include <string>

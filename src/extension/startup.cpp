@@ -1,12 +1,12 @@
 // The start of the interpreter: what is done, in which order, and that it is done once.
 #include "extension/importer.h"
-#include "extension/interpreter.h"
 #include "extension/interpreter_library.h"
 #include "extension/module_tree.h"
-#include "extension/pyobject_ptr.h"
 #include "extension/search_paths.h"
 #include "language/cpython_language.h"
 #include "ling/error.h"
+#include "python/interpreter.h"
+#include "python/pyobject_ptr.h"
 
 #include <thread>
 

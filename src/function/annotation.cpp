@@ -1,11 +1,6 @@
 // Annotations: a name is looked up among Python's, then among the runtime's.
 #include "function/annotation.h"
 
-#include "bridge/convert.h"
-#include "bridge/error_bridge.h"
-#include "bridge/module_attribute.h"
-#include "bridge/pending_exception.h"
-#include "bridge/python_text.h"
 #include "ling/boolean.h"
 #include "ling/byte_array.h"
 #include "ling/hash_map.h"
@@ -15,6 +10,11 @@
 #include "ling/none.h"
 #include "ling/number.h"
 #include "ling/tuple.h"
+#include "python/convert.h"
+#include "python/error_bridge.h"
+#include "python/module_attribute.h"
+#include "python/pending_exception.h"
+#include "python/python_text.h"
 
 namespace ling::cpython {
 

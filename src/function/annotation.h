@@ -2,9 +2,9 @@
 // held.
 #pragma once
 
-#include "extension/pyobject_ptr.h"
 #include "ling/string.h"
 #include "ling/type.h"
+#include "python/pyobject_ptr.h"
 
 namespace ling::cpython {
 

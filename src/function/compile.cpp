@@ -1,12 +1,12 @@
 // Functions from source text.
-#include "bridge/convert.h"
-#include "bridge/error_bridge.h"
-#include "bridge/function_body.h"
-#include "bridge/pending_exception.h"
-#include "bridge/python_source.h"
-#include "extension/interpreter.h"
 #include "function/python_function.h"
 #include "ling/detail/try.h"
+#include "python/convert.h"
+#include "python/error_bridge.h"
+#include "python/function_body.h"
+#include "python/interpreter.h"
+#include "python/pending_exception.h"
+#include "python/python_source.h"
 
 #include <cctype>
 #include <string>

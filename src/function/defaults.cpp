@@ -1,11 +1,11 @@
 // Defaults: the attribute __defaults__.
 #include "function/defaults.h"
 
-#include "bridge/convert.h"
-#include "bridge/error_bridge.h"
-#include "bridge/pending_exception.h"
 #include "ling/detail/try.h"
 #include "ling/tuple.h"
+#include "python/convert.h"
+#include "python/error_bridge.h"
+#include "python/pending_exception.h"
 
 namespace ling::cpython {
 

@@ -1,8 +1,8 @@
 // The default values of a Python function. The lock must be held.
 #pragma once
 
-#include "extension/pyobject_ptr.h"
 #include "ling/interfaces.h"
+#include "python/pyobject_ptr.h"
 
 #include <vector>
 

@@ -1,16 +1,16 @@
 // CPythonFunction.
 #include "function/python_function.h"
 
-#include "bridge/convert.h"
-#include "bridge/error_bridge.h"
-#include "bridge/pending_exception.h"
-#include "bridge/python_call.h"
-#include "bridge/python_equality.h"
-#include "bridge/python_text.h"
-#include "extension/interpreter.h"
 #include "function/defaults.h"
 #include "ling/detail/try.h"
 #include "ling/interfaces.h"
+#include "python/convert.h"
+#include "python/error_bridge.h"
+#include "python/interpreter.h"
+#include "python/pending_exception.h"
+#include "python/python_call.h"
+#include "python/python_equality.h"
+#include "python/python_text.h"
 
 #include <mutex>
 

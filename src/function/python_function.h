@@ -2,9 +2,9 @@
 // Python callable; on the way back it becomes the very same object again.
 #pragma once
 
-#include "extension/pyobject_ptr.h"
 #include "ling/class_builder.h"
 #include "ling/signature.h"
+#include "python/pyobject_ptr.h"
 
 #include <atomic>
 

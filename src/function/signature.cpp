@@ -1,11 +1,11 @@
 // The signatures of Python callables.
-#include "bridge/convert.h"
-#include "bridge/error_bridge.h"
-#include "bridge/module_attribute.h"
-#include "bridge/pending_exception.h"
-#include "bridge/python_call.h"
 #include "function/annotation.h"
 #include "function/defaults.h"
+#include "python/convert.h"
+#include "python/error_bridge.h"
+#include "python/module_attribute.h"
+#include "python/pending_exception.h"
+#include "python/python_call.h"
 
 #include <vector>
 

@@ -1,9 +1,9 @@
 // CPythonLanguage.
 #include "language/cpython_language.h"
 
-#include "bridge/convert.h"
 #include "language/evaluation.h"
 #include "language/import_all.h"
+#include "python/convert.h"
 
 #include <atomic>
 

@@ -2,17 +2,17 @@
 // value; what it leaves behind is carried back by functions of the host that the generated text calls.
 #include "language/evaluation.h"
 
-#include "bridge/convert.h"
-#include "bridge/error_bridge.h"
-#include "bridge/function_body.h"
-#include "bridge/pending_exception.h"
-#include "bridge/python_source.h"
-#include "extension/interpreter.h"
 #include "language/global_namespace.h"
 #include "ling/class_builder.h"
 #include "ling/detail/try.h"
 #include "ling/evaluation_scope.h"
 #include "ling/spinlock.h"
+#include "python/convert.h"
+#include "python/error_bridge.h"
+#include "python/function_body.h"
+#include "python/interpreter.h"
+#include "python/pending_exception.h"
+#include "python/python_source.h"
 
 #include <memory>
 #include <mutex>

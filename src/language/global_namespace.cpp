@@ -1,9 +1,9 @@
 // Filling the dict that evaluated code has for its globals.
 #include "language/global_namespace.h"
 
-#include "bridge/python_source.h"
 #include "ling/detail/try.h"
 #include "ling/module.h"
+#include "python/python_source.h"
 
 #include <utility>
 #include <vector>

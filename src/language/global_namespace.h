@@ -1,10 +1,10 @@
 // The names that evaluated code finds without importing anything. The lock must be held for every operation.
 #pragma once
 
-#include "extension/pyobject_ptr.h"
 #include "ling/interfaces.h"
 #include "ling/none.h"
 #include "ling/union.h"
+#include "python/pyobject_ptr.h"
 
 namespace ling::cpython {
 

@@ -1,16 +1,16 @@
 // Modules are listed by evaluated code, as a user of Python would list them, and imported one by one behind a shield.
 #include "language/import_all.h"
 
-#include "bridge/convert.h"
-#include "bridge/error_bridge.h"
-#include "bridge/pending_exception.h"
-#include "bridge/python_modules.h"
-#include "bridge/silent_warnings.h"
-#include "extension/interpreter.h"
 #include "language/evaluation.h"
 #include "language/process_shield.h"
 #include "ling/detail/try.h"
 #include "ling/hash_map.h"
+#include "python/convert.h"
+#include "python/error_bridge.h"
+#include "python/interpreter.h"
+#include "python/pending_exception.h"
+#include "python/python_modules.h"
+#include "python/silent_warnings.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,8 +1,8 @@
 // The shield is Python code: it guards what Python code can reach.
 #include "language/process_shield.h"
 
-#include "bridge/pending_exception.h"
-#include "bridge/python_helper.h"
+#include "python/pending_exception.h"
+#include "python/python_helper.h"
 
 namespace ling::cpython {
 

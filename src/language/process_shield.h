@@ -1,7 +1,7 @@
 // What importing a foreign module must not change for the process.
 #pragma once
 
-#include "extension/pyobject_ptr.h"
+#include "python/pyobject_ptr.h"
 
 namespace ling::cpython {
 

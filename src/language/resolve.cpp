@@ -1,10 +1,10 @@
 // Finding a Python object by its dotted name.
-#include "bridge/convert.h"
-#include "bridge/error_bridge.h"
-#include "bridge/pending_exception.h"
-#include "extension/interpreter.h"
 #include "language/evaluation.h"
 #include "ling/detail/try.h"
+#include "python/convert.h"
+#include "python/error_bridge.h"
+#include "python/interpreter.h"
+#include "python/pending_exception.h"
 
 #include <string_view>
 

@@ -1,8 +1,8 @@
 // The cache of attribute names.
 #include "lingobject/attribute_name.h"
 
-#include "extension/type_layout.h"
 #include "lingobject/special_names.h"
+#include "python/type_layout.h"
 
 #include <array>
 #include <bit>

@@ -2,8 +2,8 @@
 // came before. The lock must be held for everything.
 #pragma once
 
-#include "extension/pyobject_ptr.h"
 #include "ling/name.h"
+#include "python/pyobject_ptr.h"
 
 #include <optional>
 

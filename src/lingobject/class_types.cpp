@@ -1,5 +1,4 @@
 // The wrapper types made for one class each, the table of them, and the choice of a type for a class.
-#include "bridge/pending_exception.h"
 #include "ling/module.h"
 #include "ling/reflection.h"
 #include "ling/spinlock.h"
@@ -8,6 +7,7 @@
 #include "lingobject/python_signature.h"
 #include "lingobject/slots.h"
 #include "lingobject/type_objects.h"
+#include "python/pending_exception.h"
 
 #include <array>
 #include <bit>

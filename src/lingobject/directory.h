@@ -1,8 +1,8 @@
 // What `dir` lists of a wrapped value.
 #pragma once
 
-#include "extension/python_api.h"
 #include "ling/any.h"
+#include "python/python_api.h"
 
 #include <string>
 #include <vector>

@@ -5,8 +5,8 @@
 // others share five.
 #pragma once
 
-#include "extension/pyobject_ptr.h"
 #include "ling/class.h"
+#include "python/pyobject_ptr.h"
 
 namespace ling::cpython {
 

@@ -1,12 +1,12 @@
 // Host modules as Python modules.
 #include "lingobject/module_export.h"
 
-#include "bridge/convert.h"
 #include "ling/interfaces.h"
 #include "ling/module.h"
 #include "ling/reflection.h"
 #include "lingobject/attribute_name.h"
 #include "lingobject/slots.h"
+#include "python/convert.h"
 
 #include <algorithm>
 #include <deque>

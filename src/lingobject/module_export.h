@@ -2,8 +2,8 @@
 // held.
 #pragma once
 
-#include "extension/pyobject_ptr.h"
 #include "ling/string.h"
+#include "python/pyobject_ptr.h"
 
 namespace ling::cpython {
 

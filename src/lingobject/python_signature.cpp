@@ -1,10 +1,10 @@
 // Signatures in the way Python writes them.
 #include "lingobject/python_signature.h"
 
-#include "bridge/convert.h"
 #include "ling/class.h"
 #include "ling/reflection.h"
 #include "ling/signature.h"
+#include "python/convert.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // The tables of operator slots that wrapper types point to. Constant, shared by all types.
 #pragma once
 
-#include "extension/type_layout.h"
+#include "python/type_layout.h"
 
 namespace ling::cpython {
 

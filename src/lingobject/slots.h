@@ -5,11 +5,11 @@
 // for a failure and returns what the slot returns then.
 #pragma once
 
-#include "bridge/convert.h"
-#include "bridge/error_bridge.h"
-#include "extension/pyobject_ptr.h"
 #include "ling/error.h"
 #include "lingobject/wrapper.h"
+#include "python/convert.h"
+#include "python/error_bridge.h"
+#include "python/pyobject_ptr.h"
 
 namespace ling::cpython {
 

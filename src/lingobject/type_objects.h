@@ -1,8 +1,8 @@
 // The type objects of wrappers.
 #pragma once
 
-#include "extension/type_layout.h"
 #include "ling/class.h"
+#include "python/type_layout.h"
 
 namespace ling::cpython {
 

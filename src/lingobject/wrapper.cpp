@@ -1,10 +1,10 @@
 // Making, recognising and ending wrappers.
 #include "lingobject/wrapper.h"
 
-#include "extension/interpreter.h"
-#include "extension/type_layout.h"
 #include "ling/reflection.h"
 #include "lingobject/ling_object.h"
+#include "python/interpreter.h"
+#include "python/type_layout.h"
 
 #include <memory>
 

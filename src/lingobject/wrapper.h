@@ -1,8 +1,8 @@
 // The instances of wrapper types: their layout, and what all slots need of them. The lock must be held for everything.
 #pragma once
 
-#include "extension/python_api.h"
 #include "ling/any.h"
+#include "python/python_api.h"
 
 namespace ling::cpython {
 

@@ -1,9 +1,9 @@
 // The class CPythonObject.
 #include "proxies/cpython_object.h"
 
-#include "bridge/error_bridge.h"
 #include "proxies/object_members.h"
 #include "proxies/object_order.h"
+#include "python/error_bridge.h"
 
 namespace ling::cpython {
 

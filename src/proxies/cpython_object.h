@@ -2,10 +2,10 @@
 // is asked, it asks the object at that moment. On the way back it becomes the very same object again.
 #pragma once
 
-#include "extension/interpreter.h"
-#include "extension/pyobject_ptr.h"
 #include "ling/class_builder.h"
 #include "ling/detail/try.h"
+#include "python/interpreter.h"
+#include "python/pyobject_ptr.h"
 
 #include <mutex>
 

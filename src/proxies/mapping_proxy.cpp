@@ -1,11 +1,11 @@
 // Python's mappings.
-#include "bridge/convert.h"
-#include "bridge/error_bridge.h"
-#include "ling/detail/container_errors.h"
+#include "ling/containers/container_errors.h"
 #include "ling/detail/try.h"
 #include "proxies/collection_members.h"
 #include "proxies/collection_proxies.h"
 #include "proxies/method_call.h"
+#include "python/convert.h"
+#include "python/error_bridge.h"
 
 namespace ling::cpython {
 

@@ -1,10 +1,10 @@
 // Method calls by name.
 #include "proxies/method_call.h"
 
-#include "bridge/error_bridge.h"
-#include "bridge/pending_exception.h"
-#include "bridge/python_call.h"
 #include "ling/reflection.h"
+#include "python/error_bridge.h"
+#include "python/pending_exception.h"
+#include "python/python_call.h"
 
 namespace ling::cpython {
 

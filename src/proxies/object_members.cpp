@@ -1,14 +1,14 @@
 // Members: reading, writing, describing and inserting.
 #include "proxies/object_members.h"
 
-#include "bridge/convert.h"
-#include "bridge/error_bridge.h"
-#include "bridge/pending_exception.h"
-#include "bridge/python_text.h"
 #include "ling/detail/try.h"
 #include "ling/reflection.h"
 #include "proxies/method_call.h"
 #include "proxies/python_method.h"
+#include "python/convert.h"
+#include "python/error_bridge.h"
+#include "python/pending_exception.h"
+#include "python/python_text.h"
 
 namespace ling::cpython {
 

@@ -1,14 +1,14 @@
 // Comparing Python objects, and whether they are equal.
 #include "proxies/object_order.h"
 
-#include "bridge/convert.h"
-#include "bridge/error_bridge.h"
-#include "bridge/python_equality.h"
-#include "bridge/python_helper.h"
-#include "extension/type_layout.h"
 #include "ling/detail/try.h"
 #include "ling/number.h"
 #include "ling/reflection.h"
+#include "python/convert.h"
+#include "python/error_bridge.h"
+#include "python/python_equality.h"
+#include "python/python_helper.h"
+#include "python/type_layout.h"
 
 #include <optional>
 

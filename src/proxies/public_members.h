@@ -1,9 +1,9 @@
 // What a Python type or module holds under names that it does not hide. The lock must be held.
 #pragma once
 
-#include "bridge/convert.h"
-#include "bridge/pending_exception.h"
-#include "extension/pyobject_ptr.h"
+#include "python/convert.h"
+#include "python/pending_exception.h"
+#include "python/pyobject_ptr.h"
 
 namespace ling::cpython {
 

@@ -1,10 +1,6 @@
 // Methods of Python types.
 #include "proxies/python_method.h"
 
-#include "bridge/pending_exception.h"
-#include "bridge/python_call.h"
-#include "bridge/python_text.h"
-#include "extension/interpreter.h"
 #include "ling/class_builder.h"
 #include "ling/detail/try.h"
 #include "ling/interfaces.h"
@@ -12,6 +8,10 @@
 #include "ling/spinlock.h"
 #include "proxies/cpython_object.h"
 #include "proxies/python_type.h"
+#include "python/interpreter.h"
+#include "python/pending_exception.h"
+#include "python/python_call.h"
+#include "python/python_text.h"
 
 #include <atomic>
 #include <mutex>

@@ -1,8 +1,8 @@
 // Methods of Python types as callables of the classes that present them.
 #pragma once
 
-#include "extension/pyobject_ptr.h"
 #include "ling/property.h"
+#include "python/pyobject_ptr.h"
 
 namespace ling::cpython {
 

@@ -1,14 +1,14 @@
 // Making modules of Python modules.
 #include "proxies/python_module.h"
 
-#include "bridge/convert.h"
-#include "bridge/error_bridge.h"
-#include "bridge/python_modules.h"
-#include "bridge/python_text.h"
-#include "bridge/silent_warnings.h"
 #include "ling/detail/try.h"
 #include "proxies/public_members.h"
 #include "proxies/python_type.h"
+#include "python/convert.h"
+#include "python/error_bridge.h"
+#include "python/python_modules.h"
+#include "python/python_text.h"
+#include "python/silent_warnings.h"
 
 #include <typeinfo>
 

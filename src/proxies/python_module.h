@@ -2,9 +2,9 @@
 // the Python module had when it was exported, those with hidden names left out.
 #pragma once
 
-#include "extension/pyobject_ptr.h"
 #include "ling/class_builder.h"
 #include "ling/module.h"
+#include "python/pyobject_ptr.h"
 
 namespace ling::cpython {
 

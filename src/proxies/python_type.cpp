@@ -1,19 +1,19 @@
 // Making classes of Python types, and the table of those that are made.
 #include "proxies/python_type.h"
 
-#include "bridge/convert.h"
-#include "bridge/error_bridge.h"
-#include "bridge/module_attribute.h"
-#include "bridge/pending_exception.h"
-#include "bridge/python_call.h"
-#include "bridge/python_text.h"
-#include "extension/interpreter.h"
-#include "extension/type_layout.h"
 #include "ling/class_builder.h"
 #include "ling/detail/try.h"
 #include "ling/spinlock.h"
 #include "proxies/public_members.h"
 #include "proxies/python_method.h"
+#include "python/convert.h"
+#include "python/error_bridge.h"
+#include "python/interpreter.h"
+#include "python/module_attribute.h"
+#include "python/pending_exception.h"
+#include "python/python_call.h"
+#include "python/python_text.h"
+#include "python/type_layout.h"
 
 #include <memory>
 #include <mutex>

@@ -3,8 +3,8 @@
 // handle: a type that is asked for again then gets a class like it.
 #pragma once
 
-#include "extension/pyobject_ptr.h"
 #include "ling/class.h"
+#include "python/pyobject_ptr.h"
 
 namespace ling::cpython {
 

@@ -1,12 +1,12 @@
 // Python's sequences.
-#include "bridge/convert.h"
-#include "bridge/error_bridge.h"
-#include "bridge/pending_exception.h"
-#include "bridge/python_call.h"
 #include "ling/detail/try.h"
 #include "proxies/collection_members.h"
 #include "proxies/collection_proxies.h"
 #include "proxies/method_call.h"
+#include "python/convert.h"
+#include "python/error_bridge.h"
+#include "python/pending_exception.h"
+#include "python/python_call.h"
 
 namespace ling::cpython {
 

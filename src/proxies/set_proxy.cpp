@@ -1,11 +1,11 @@
 // Python's sets.
-#include "bridge/convert.h"
-#include "bridge/error_bridge.h"
-#include "bridge/pending_exception.h"
 #include "ling/detail/try.h"
 #include "proxies/collection_members.h"
 #include "proxies/collection_proxies.h"
 #include "proxies/method_call.h"
+#include "python/convert.h"
+#include "python/error_bridge.h"
+#include "python/pending_exception.h"
 
 namespace ling::cpython {
 

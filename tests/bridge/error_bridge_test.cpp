@@ -1,11 +1,11 @@
 // Failures in both directions.
-#include "bridge/error_bridge.h"
+#include "python/error_bridge.h"
 
-#include "bridge/module_attribute.h"
 #include "bridge/python.h"
 #include "ling/ling.h"
 #include "lingobject/ling_object.h"
 #include "proxies/cpython_object.h"
+#include "python/module_attribute.h"
 
 #include <stdexcept>
 

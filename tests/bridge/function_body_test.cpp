@@ -1,5 +1,5 @@
 // Code as the body of a function: what Python reads is the code as it stood, and nothing of it outside.
-#include "bridge/function_body.h"
+#include "python/function_body.h"
 
 #include "bridge/python.h"
 

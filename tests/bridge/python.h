@@ -1,9 +1,9 @@
 // What cases that work on Python objects share: the lock for a case, and Python code to make the objects with.
 #pragma once
 
-#include "bridge/convert.h"
-#include "extension/interpreter.h"
 #include "ling/registration.h"
+#include "python/convert.h"
+#include "python/interpreter.h"
 
 #include <gtest/gtest.h>
 

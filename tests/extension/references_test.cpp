@@ -1,6 +1,6 @@
 // References that die anywhere, and the thread states that threads keep.
 #include "bridge/python.h"
-#include "extension/pyobject_ptr.h"
+#include "python/pyobject_ptr.h"
 
 #include <limits.h>
 #include <pthread.h>

@@ -5,7 +5,7 @@
 #include <Python.h>
 #define Py_LIMITED_API 0x03090000
 
-#include "extension/type_layout.h"
+#include "python/type_layout.h"
 
 namespace ling::cpython {
 

@@ -3,12 +3,12 @@
 // work the next time. A process for each scenario, so that a crash or a hang is told with its name and its number.
 #include "faults/run.h"
 
-#include "bridge/convert.h"
-#include "extension/interpreter.h"
 #include "faults/allocation_faults.h"
 #include "faults/scenario.h"
 #include "language/evaluation.h"
 #include "ling/ling.h"
+#include "python/convert.h"
+#include "python/interpreter.h"
 
 #include <dlfcn.h>
 #include <sys/mman.h>

@@ -1,11 +1,11 @@
 // The tables of what is tried.
-#include "bridge/convert.h"
-#include "bridge/error_bridge.h"
-#include "bridge/python_modules.h"
 #include "extension/search_paths.h"
 #include "faults/scenario.h"
 #include "language/evaluation.h"
 #include "ling/ling.h"
+#include "python/convert.h"
+#include "python/error_bridge.h"
+#include "python/python_modules.h"
 
 #include <stdexcept>
 #include <thread>

@@ -1,9 +1,9 @@
 // Python callables as the host's: signatures, defaults, calls, identity, and functions from source text.
 #include "bridge/python.h"
-#include "bridge/python_call.h"
 #include "function/annotation.h"
 #include "function/python_function.h"
 #include "proxies/outcomes.h"
+#include "python/python_call.h"
 
 namespace ling::cpython {
 namespace {

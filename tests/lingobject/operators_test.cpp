@@ -1,10 +1,10 @@
 // Operators of classes that keep their promises in odd ways, or not at all.
 #include "lingobject/operators.h"
 
-#include "bridge/error_bridge.h"
 #include "ling/ling.h"
 #include "lingobject/ling_object.h"
 #include "lingobject/outcomes.h"
+#include "python/error_bridge.h"
 
 namespace ling::cpython {
 namespace {

@@ -1,9 +1,9 @@
 // The type objects of wrappers: how one is chosen, what it shows, and how wrappers live and die.
-#include "bridge/error_bridge.h"
 #include "bridge/python.h"
 #include "ling/ling.h"
 #include "lingobject/ling_object.h"
 #include "lingobject/outcomes.h"
+#include "python/error_bridge.h"
 
 #include <algorithm>
 

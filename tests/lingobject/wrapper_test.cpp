@@ -1,10 +1,10 @@
 // Wrapped host values as Python code sees them: attributes, calls, iteration, texts, order, types.
-#include "bridge/error_bridge.h"
 #include "bridge/python.h"
 #include "ling/ling.h"
 #include "lingobject/ling_object.h"
 #include "lingobject/members.h"
 #include "lingobject/outcomes.h"
+#include "python/error_bridge.h"
 
 namespace ling::cpython {
 namespace {

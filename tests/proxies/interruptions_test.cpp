@@ -1,9 +1,9 @@
 // Requests to stop that come while the host asks a Python object something: they reach whoever asked.
-#include "bridge/error_bridge.h"
-#include "bridge/python_modules.h"
 #include "extension/search_paths.h"
 #include "function/python_function.h"
 #include "proxies/outcomes.h"
+#include "python/error_bridge.h"
+#include "python/python_modules.h"
 
 namespace ling::cpython {
 namespace {

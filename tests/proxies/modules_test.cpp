@@ -1,7 +1,7 @@
 // Python modules as the host sees them.
-#include "bridge/python_modules.h"
 #include "proxies/outcomes.h"
 #include "proxies/python_module.h"
+#include "python/python_modules.h"
 
 namespace ling::cpython {
 namespace {

@@ -1,8 +1,8 @@
 // Python objects in the host: members, order, identity and lives.
-#include "bridge/error_bridge.h"
 #include "proxies/collection_proxies.h"
 #include "proxies/object_members.h"
 #include "proxies/outcomes.h"
+#include "python/error_bridge.h"
 
 #include <cstdlib>
 

@@ -1,0 +1,32 @@
+// An attribute of a Python module, looked up once and kept for the life of the process.
+#pragma once
+
+#include "python/pyobject_ptr.h"
+
+#include <atomic>
+
+namespace ling::cpython {
+
+// A constant at namespace scope. An import may give the lock away, so two threads may look the attribute up at once:
+// the first to finish decides, and nobody waits. What is missing is looked for again: what has kept it away, such as
+// exhausted memory, may have passed.
+class module_attribute {
+ public:
+  constexpr module_attribute(const char* module, const char* name) noexcept : module_(module), name_(name) {}
+
+  // Borrowed; null when the module or the attribute is missing. No exception must be pending, none is left. The lock
+  // must be held.
+  PyObject* get() const {
+    PyObject* const found = found_.load(std::memory_order_acquire);
+    return found != nullptr ? found : look_up();
+  }
+
+ private:
+  PyObject* look_up() const;
+
+  const char* module_;
+  const char* name_;
+  mutable std::atomic<PyObject*> found_{nullptr};
+};
+
+}  // namespace ling::cpython
