@@ -46,7 +46,7 @@ class SilentStart(unittest.TestCase):
         with tempfile.TemporaryDirectory() as folder:
             pathlib.Path(folder, "saver.py").write_text("import warnings; saved = warnings.catch_warnings(); saved.__enter__()")
             pathlib.Path(folder, "saver2.py").write_text("import saver; saver.saved.__exit__()")
-            code = f"import pkgutil, sys, warnings; sys.path[:] = [{folder!r}]; ling.cpython.importAllModules(); print(not any(each[0] == 'ignore' and each[2] is Warning for each in warnings.filters))"
+            code = f"import inspect, pkgutil, sys; sys.path[:] = [{folder!r}]; ling.cpython.importAllModules(); print(not any(each[0] == 'ignore' and each[2] is Warning for each in sys.modules['warnings'].filters))"
             self.assertEqual(outcome(code, *HOST).stdout, "True\n")
 
 
