@@ -105,33 +105,28 @@ def check_from_python(rows):
 
 PYTHON_NAMES = {
     "Long": "int", "Unicode": "str", "Float": "float", "Bool": "bool", "Bytes": "bytes", "ByteArray": "bytearray",
-    "MemoryView": "memoryview", "Type": "type", "Tuple": "tuple", "BaseObject": "object", "None": "NoneType",
+    "MemoryView": "memoryview", "Type": "type", "Tuple": "tuple", "None": "NoneType",
     "NotImplemented": "NotImplementedType",
 }
 DIRECTIONS = {"both": "both", "class_of_type": "to the host", "type_of_class": "to Python"}
-CLASS_NAMES = {"python_object_class": "CPythonObject"}
 
 
-def check_builtin_types(rows):
-    source = "src/bridge/builtin_types.cpp"
-    type_pattern = r"(?:&Py(\w+)_Type|Py_TYPE\(Py_(\w+)\))"
-    class_pattern = r"&(?:(\w+?)(?:_Generic)?::getClass|(\w+))"
-    pattern = rf"\{{{type_pattern},\s*{class_pattern},\s*direction::(\w+)\s*\}}"
+def check_type_table(rows):
+    text = read("src/python/type_table.cpp")
+    imported = {name: f"{module}.{of}" for name, module, of in re.findall(r'module_attribute (\w+)\("(\w+)", "(\w+)"\)', text)}
+    pattern = r"\{&(\w+?)(?:_Generic)?::getClass,\s*(?:&Py(\w+)_Type|Py_TYPE\(Py_(\w+)\)|nullptr),\s*(?:&(\w+)|nullptr),\s*direction::(\w+)"
     actual = {
-        (PYTHON_NAMES.get(a or b, a or b), of_class or CLASS_NAMES.get(function, function), DIRECTIONS[direction])
-        for a, b, of_class, function, direction in re.findall(pattern, read(source))
+        (imported[name] if name else PYTHON_NAMES[a or b], of_class, DIRECTIONS[direction])
+        for of_class, a, b, name, direction in re.findall(pattern, text)
+        if direction != "names"
     }
-    imported = rf'\{{\{{"(\w+)", "(\w+)"\}},\s*{class_pattern}\s*\}}'
-    actual |= {
-        (f"{module}.{name}", of_class, "both") for module, name, of_class, _ in re.findall(imported, read(source))
-    }
-    expect_same(source, {tuple(cell.strip(" `") for cell in row) for row in rows}, actual)
+    expect_same("src/python/type_table.cpp", {tuple(cell.strip(" `") for cell in row) for row in rows}, actual)
 
 
 CHECKS = {
     "src/bridge/to_python.cpp": check_to_python,
     "src/bridge/from_python.cpp": check_from_python,
-    "src/bridge/builtin_types.cpp": check_builtin_types,
+    "src/python/type_table.cpp": check_type_table,
 }
 
 

@@ -1,55 +1,22 @@
 // Annotations: a name is looked up among Python's, then among the runtime's.
 #include "function/annotation.h"
 
-#include "ling/boolean.h"
-#include "ling/byte_array.h"
-#include "ling/hash_map.h"
-#include "ling/hash_set.h"
-#include "ling/list.h"
 #include "ling/module.h"
 #include "ling/none.h"
-#include "ling/number.h"
-#include "ling/tuple.h"
 #include "python/convert.h"
 #include "python/error_bridge.h"
 #include "python/module_attribute.h"
 #include "python/pending_exception.h"
 #include "python/python_text.h"
+#include "python/type_table.h"
+
+#include <algorithm>
 
 namespace ling::cpython {
 
 namespace {
 
 constinit const module_attribute get_origin("typing", "get_origin");
-
-struct named_type {
-  std::string_view name;
-  Type (*type)();
-};
-const named_type named_types[] = {
-    {"Any",             &Untyped::getType           },
-    {"_empty",          &Untyped::getType           },
-    {"None",            &None::getType              },
-    {"NoneType",        &None::getType              },
-    {"bool",            &Boolean::getType           },
-    {"bytearray",       &ByteArray::getType         },
-    {"bytes",           &ByteArray::getType         },
-    {"memoryview",      &ByteArray::getType         },
-    {"dict",            &HashMap_Generic::getType   },
-    {"Mapping",         &HashMap_Generic::getType   },
-    {"MutableMapping",  &HashMap_Generic::getType   },
-    {"float",           &Float::getType             },
-    {"int",             &Integer::getType           },
-    {"list",            &List_Generic::getType      },
-    {"Sequence",        &List_Generic::getType      },
-    {"MutableSequence", &List_Generic::getType      },
-    {"set",             &HashSet_Generic::getType   },
-    {"Set",             &HashSet_Generic::getType   },
-    {"MutableSet",      &HashSet_Generic::getType   },
-    {"str",             &String::getType            },
-    {"tuple",           &Tuple_Generic::getType     },
-    {"Callable",        &I_Callable_Generic::getType},
-};
 
 String before(const String& text, std::string_view mark) {
   const std::size_t position = text.view().find(mark);
@@ -103,9 +70,12 @@ String annotation_name(PyObjectPtr_Borrowed annotation) {
 
 Type type_from_name(const String& name) {
   const String wanted = short_name(name);
-  for (const named_type& each : named_types) {
-    if (each.name == wanted.view()) {
-      return each.type();
+  if (means_anything(wanted)) {
+    return Type::untyped();
+  }
+  for (const type_row& row : type_rows()) {
+    if (!wanted.empty() && std::ranges::find(row.in_annotations, wanted.view()) != row.in_annotations.end()) {
+      return Type::of(row.get_class());
     }
   }
   const auto known = find_type(wanted);

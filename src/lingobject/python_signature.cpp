@@ -5,38 +5,21 @@
 #include "ling/reflection.h"
 #include "ling/signature.h"
 #include "python/convert.h"
-
-#include <algorithm>
+#include "python/type_table.h"
 
 namespace ling::cpython {
 
 namespace {
 
-// The classes whose values arrive in Python as objects of Python's own types. Not asked of the conversion: that would
-// make the wrapper types of all other classes, and these texts are part of wrapper types.
-struct native_name {
-  std::string_view class_name;
-  std::string_view python_name;
-};
-constexpr native_name native_names[] = {
-    {"ling.Boolean",   "bool"    },
-    {"ling.ByteArray", "bytes"   },
-    {"ling.Date",      "date"    },
-    {"ling.DateTime",  "datetime"},
-    {"ling.Decimal",   "Decimal" },
-    {"ling.Float",     "float"   },
-    {"ling.Integer",   "int"     },
-    {"ling.None",      "None"    },
-    {"ling.String",    "str"     },
-    {"ling.Time",      "time"    },
-    {"ling.Tuple",     "tuple"   },
-};
-
+// Not asked of the conversion: that would make the wrapper types of all other classes, and these texts are part of
+// wrapper types.
 String python_name_of(object_value_class& of_class) {
-  String name = qualname(Class_Generic(of_class));
-  const auto* found = std::find_if(std::begin(native_names), std::end(native_names),
-                                   [&](const native_name& row) { return name == row.class_name; });
-  return found == std::end(native_names) ? name : String(found->python_name);
+  for (const type_row& row : type_rows()) {
+    if (!row.in_signatures.empty() && &row.get_class().object() == &of_class) {
+      return String(row.in_signatures);
+    }
+  }
+  return qualname(Class_Generic(of_class));
 }
 
 String type_name(const Type& type) {

@@ -2,6 +2,7 @@
 #include "bridge/python.h"
 #include "ling/ling.h"
 #include "lingobject/ling_object.h"
+#include "lingobject/python_signature.h"
 #include "proxies/cpython_object.h"
 
 namespace ling::cpython {
@@ -199,6 +200,34 @@ TEST_F(ToPython, TellsBeforehandWhatItWraps) {
     const PyObjectPtr object = to_python(value);
     ASSERT_TRUE(object) << display_text(value).view();
     EXPECT_EQ(arrives_wrapped(value), wrapped_value(object.get()) != nullptr) << display_text(value).view();
+  }
+}
+
+// Each place that knows a kind of value which becomes an object of Python's own type.
+TEST_F(ToPython, KnowsConvertedKindsInEveryPlace) {
+  const PyObjectPtr annotated = run("def result(T):\n  def f(x: T): pass\n  return f");
+  const Any values[] = {{},
+                        true,
+                        1,
+                        2.5,
+                        "text",
+                        ByteArray("b"),
+                        Tuple_Generic({1}),
+                        Date::from(2020, 2, 29),
+                        Time::from(1, 2, 3, 0),
+                        DateTime::fromString("2020-02-29T10:20"),
+                        Decimal::fromString("1.5")};
+  for (const Any& value : values) {
+    const Class_Generic of_class = class_of(value);
+    PyObject* const type = reinterpret_cast<PyObject*>(Py_TYPE(to_python(value).get()));
+    EXPECT_EQ(python_type_of(Type::of(of_class)).get(), type) << display_text(value).view();
+    const auto back = builtin_class_of(type);
+    EXPECT_TRUE(!back || *back == of_class) << display_text(value).view();
+    const PyObjectPtr function(PyObject_CallFunctionObjArgs(annotated.get(), type, nullptr));
+    const String signature = signature_text(I_Callable_Generic::unchecked(from_python(function.get())));
+    const PyObjectPtr name(PyObject_GetAttrString(type, "__name__"));
+    const String shown = value.empty() ? String("None") : String::unchecked(from_python(name.get()));
+    EXPECT_EQ(signature, String("(x: {}) -> object").arg(shown));
   }
 }
 
