@@ -1,4 +1,5 @@
 // The wrapper types made for one class each, the table of them, and the choice of a type for a class.
+#include "ling/detail/immortal.h"
 #include "ling/module.h"
 #include "ling/reflection.h"
 #include "ling/spinlock.h"
@@ -14,6 +15,7 @@
 #include <memory>
 #include <mutex>
 #include <span>
+#include <unordered_map>
 #include <vector>
 
 namespace ling::cpython {
@@ -101,84 +103,46 @@ void describe_class_type(type_object& type, const object_value_class& of_class,
 
 // --- the table ------------------------------------------------------------------------------------------------------
 
-std::uint64_t fnv1a(const void* pointer) noexcept {
-  std::uint64_t hash = 0xcbf29ce484222325;
-  for (const unsigned char byte : std::bit_cast<std::array<unsigned char, 8>>(pointer)) {
-    hash = (hash ^ byte) * 0x100000001b3;
-  }
-  return hash;
-}
-
-// From a class to its type. Nothing is ever removed.
-class type_table {
- public:
-  PyTypeObject* find(const object_value_class& of_class) noexcept {
-    const std::lock_guard guard(lock_);
-    const entry* found = find_locked(of_class);
-    return found == nullptr ? nullptr : found->type;
-  }
-  // The type that stays: the one given, or one that came before it.
-  PyTypeObject* insert(const object_value_class& of_class, PyTypeObject* type) {
-    auto made = std::make_unique<entry>(entry{&of_class, type, nullptr});
-    const std::lock_guard guard(lock_);
-    if (const entry* first = find_locked(of_class)) {
-      return first->type;
+struct fnv1a_hash {
+  std::size_t operator()(const object_value_class* of_class) const noexcept {
+    std::uint64_t hash = 0xcbf29ce484222325;
+    for (const unsigned char byte : std::bit_cast<std::array<unsigned char, 8>>(of_class)) {
+      hash = (hash ^ byte) * 0x100000001b3;
     }
-    if (count_ == buckets_.size()) {
-      grow_locked();
-    }
-    link_locked(made.release());
-    ++count_;
-    return type;
+    return hash;
   }
-
- private:
-  struct entry {
-    const object_value_class* of_class;
-    PyTypeObject* type;
-    entry* next;
-  };
-
-  entry*& bucket_of(const object_value_class& of_class) noexcept {
-    return buckets_[fnv1a(&of_class) % buckets_.size()];
-  }
-  const entry* find_locked(const object_value_class& of_class) noexcept {
-    const entry* each = bucket_of(of_class);
-    while (each != nullptr && each->of_class != &of_class) {
-      each = each->next;
-    }
-    return each;
-  }
-  void link_locked(entry* added) noexcept { added->next = std::exchange(bucket_of(*added->of_class), added); }
-  void grow_locked() {
-    std::vector<entry*> former(buckets_.size() * 2);
-    former.swap(buckets_);
-    for (entry* each : former) {
-      while (each != nullptr) {
-        link_locked(std::exchange(each, each->next));
-      }
-    }
-  }
-
-  spinlock lock_;
-  std::size_t count_ = 0;
-  std::vector<entry*> buckets_ = std::vector<entry*>(8);
 };
 
+// From a class to its type. Nothing is ever removed. Outlives all static objects, since wrappers are made until the
+// process ends.
+struct type_table {
+  spinlock lock;
+  std::unordered_map<const object_value_class*, PyTypeObject*, fnv1a_hash> types{8};  // with a load factor of 1
+};
 type_table& class_types() {
-  // Outlives all static objects, since wrappers are made until the process ends.
-  static type_table& table = *new type_table;
-  return table;
+  static internal::immortal<type_table> table;
+  return table.object;
+}
+
+PyTypeObject* known_type_of(const object_value_class& of_class) {
+  const std::lock_guard guard(class_types().lock);
+  const auto found = class_types().types.find(&of_class);
+  return found == class_types().types.end() ? nullptr : found->second;
+}
+// The type that stays: the one given, or one that came before it.
+PyTypeObject* keep_type(const object_value_class& of_class, PyTypeObject* type) {
+  const std::lock_guard guard(class_types().lock);
+  return class_types().types.try_emplace(&of_class, type).first->second;
 }
 
 PyTypeObject* class_type_of(object_value_class& of_class) {
-  if (PyTypeObject* made = class_types().find(of_class)) {
+  if (PyTypeObject* made = known_type_of(of_class)) {
     return made;
   }
   // Made outside the lock; whoever is first decides.
   const std::vector<const class_member*> methods = exported(of_class.methods());
   PyTypeObject* const made = make_class_type(of_class, methods);
-  PyTypeObject* const type = made == nullptr ? nullptr : class_types().insert(of_class, made);
+  PyTypeObject* const type = made == nullptr ? nullptr : keep_type(of_class, made);
   if (type != nullptr && type == made) {
     describe_class_type(*layout_of(type), of_class, methods);
   }
