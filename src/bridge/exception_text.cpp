@@ -1,6 +1,7 @@
 // What Python has to say of an exception.
 #include "bridge/exception_text.h"
 
+#include "ling/detail/under_way.h"
 #include "python/error_bridge.h"
 #include "python/module_attribute.h"
 #include "python/pending_exception.h"
@@ -20,31 +21,8 @@ constinit const python_name traceback_name("__traceback__");
 struct told_exception {
   const PyObject* instance;
   bool is_traceback;
-  const told_exception* outer;
 };
-constinit thread_local const told_exception* g_told = nullptr;
-
-class [[nodiscard]] telling {
- public:
-  telling(const PyObject* instance, bool is_traceback) noexcept : told_{instance, is_traceback, g_told} {
-    g_told = &told_;
-  }
-  ~telling() { g_told = told_.outer; }
-  telling(const telling&) = delete;
-  telling& operator=(const telling&) = delete;
-
- private:
-  const told_exception told_;
-};
-
-template <class Test>
-bool is_told(Test test) noexcept {
-  const told_exception* each = g_told;
-  while (each != nullptr && !test(*each)) {
-    each = each->outer;
-  }
-  return each != nullptr;
-}
+using telling = internal::under_way<told_exception>;
 
 }  // namespace
 
@@ -56,10 +34,10 @@ String type_name_of(PyObject* object) {
 }
 
 String exception_message(PyObject* instance) {
-  if (is_told([&](const told_exception& each) { return each.instance == instance && !each.is_traceback; })) {
+  if (telling::any([&](const told_exception& each) { return each.instance == instance && !each.is_traceback; })) {
     return type_name_of(instance);
   }
-  const telling guard(instance, false);
+  const telling guard({instance, false});
   const PyObjectPtr text(PyObject_Str(instance));
   if (!text) {
     drop_exception();
@@ -72,10 +50,10 @@ String exception_traceback_text(PyObject* instance) {
   // Within a traceback an exception is told by its message alone: with two texts of each, which their own code makes,
   // there would be four of what these show, and so on.
   PyObject* const format = format_exception.get();
-  if (format == nullptr || is_told([](const told_exception& each) { return each.is_traceback; })) {
+  if (format == nullptr || telling::any([](const told_exception& each) { return each.is_traceback; })) {
     return {};
   }
-  const telling guard(instance, true);
+  const telling guard({instance, true});
   // Spelled with all three arguments, which Python 3.9 insists on.
   const PyObjectPtr traceback = traceback_name.of(instance);
   const PyObjectPtr lines(traceback

@@ -3,9 +3,8 @@
 
 #include "language/evaluation.h"
 #include "language/import_all.h"
+#include "ling/published.h"
 #include "python/convert.h"
-
-#include <atomic>
 
 namespace ling::cpython {
 
@@ -22,15 +21,9 @@ namespace {
 
 // The language has no state, so whichever of two threads makes it first, the other's is as good and is dropped.
 Any language_instance() {
-  static constinit std::atomic<object_value*> instance{nullptr};
-  object_value* known = instance.load(std::memory_order_acquire);
-  if (known == nullptr) {
-    Any made = make<object_value_instance>(cpython_language_class.required());
-    if (instance.compare_exchange_strong(known, made.get(), std::memory_order_acq_rel)) {
-      known = made.detach();
-    }
-  }
-  return Any::share(known);
+  static constinit internal::published<object_value> instance;
+  return Any::share(
+      instance.get_or_make([] { return make<object_value_instance>(cpython_language_class.required()); }));
 }
 
 }  // namespace

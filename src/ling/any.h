@@ -91,7 +91,7 @@ class LING_API Any {
   bool empty() const noexcept { return object_ == nullptr; }
   object_value* get() const noexcept LING_LIFETIMEBOUND { return object_; }
   // Gives up the reference to the caller, who must release or adopt it.
-  [[nodiscard]] object_value* detach() noexcept { return std::exchange(object_, nullptr); }
+  [[nodiscard]] object_value* release() noexcept { return std::exchange(object_, nullptr); }
   void swap(Any& other) noexcept { std::swap(object_, other.object_); }
 
   // The kind of the object; None for an empty handle.
@@ -166,7 +166,7 @@ class Handle : public Base {
   };
   // Takes over the creator's reference to a new object.
   explicit Handle(Object* adopted) noexcept : Base(adopted) {}
-  Handle(Unchecked, Any&& value) noexcept : Base(static_cast<typename Base::object_type*>(value.detach())) {}
+  Handle(Unchecked, Any&& value) noexcept : Base(static_cast<typename Base::object_type*>(value.release())) {}
 };
 
 // Gives a handle class its constructors from the object it owns; stands in a class body and leaves it public.

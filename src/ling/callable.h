@@ -10,6 +10,7 @@
 
 #include "ling/any.h"
 #include "ling/error.h"
+#include "ling/published.h"
 #include "ling/string.h"
 #include "ling/union.h"
 
@@ -151,8 +152,8 @@ class LING_API object_value_function : public object_value_callable {
   const declaration declaration_;
   const native_types types_;
   std::atomic<bool> independent_;
-  mutable std::atomic<object_value*> signature_{nullptr};
-  mutable std::atomic<object_value*> declaring_context_{nullptr};
+  mutable internal::published<object_value> signature_;
+  internal::published<object_value> declaring_context_;
 
  public:
   ~object_value_function() override;

@@ -162,7 +162,7 @@ class LING_API object_value_class : public object_value_callable {
   object_value_class* generic_definition_ = nullptr;
   std::vector<Type> type_arguments_;
   const dynamic_member_hooks* hooks_ = nullptr;
-  mutable std::atomic<object_value*> instance_type_{nullptr};  // stays empty in a counted class, which the type keeps
+  mutable internal::published<object_value> instance_type_;  // stays empty in a counted class, which the type keeps
 };
 
 class LING_API Class_Generic : public Handle<Class_Generic, object_value_class, I_Callable_Generic> {

@@ -233,16 +233,16 @@ class LING_API class_definition_base {
   const char* name() const noexcept { return name_; }
   // The class, built on first request; or the error of its description.
   Result<Class_Generic> get() const {
-    if (object_value_class* built = built_.load(std::memory_order_acquire)) [[likely]] {
+    if (object_value_class* built = built_.get()) [[likely]] {
       return Class_Generic(*built);
     }
     return build();
   }
   // The class, null as long as it is not built.
-  object_value_class* if_built() const noexcept { return built_.load(std::memory_order_acquire); }
+  object_value_class* if_built() const noexcept { return built_.get(); }
   // The class of a description that is known to be right; ends the process with the error otherwise.
   object_value_class& required() const {
-    if (object_value_class* built = built_.load(std::memory_order_acquire)) [[likely]] {
+    if (object_value_class* built = built_.get()) [[likely]] {
       return *built;
     }
     return build_required();
@@ -263,7 +263,7 @@ class LING_API class_definition_base {
   const char* name_;
   Result<Class_Generic> (*describe_)(const class_definition_base&, String& module);
   const std::type_info* native_type_;
-  mutable std::atomic<object_value_class*> built_{nullptr};
+  mutable internal::published<object_value_class> built_;
 };
 
 template <class T>

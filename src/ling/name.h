@@ -5,8 +5,8 @@
 #pragma once
 
 #include "ling/export.h"
+#include "ling/published.h"
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -21,7 +21,7 @@ class object_value;
 struct name_entry {
   std::string_view text;
   std::uint32_t hash;
-  mutable std::atomic<object_value*> string{nullptr};  // the text as a String, made on first request
+  mutable internal::published<object_value> string;  // the text as a String, made on first request
 
   constexpr name_entry(std::string_view name_text, std::uint32_t name_hash) noexcept
       : text(name_text), hash(name_hash) {}

@@ -1,6 +1,7 @@
 // Host modules as Python modules.
 #include "lingobject/module_export.h"
 
+#include "ling/detail/immortal.h"
 #include "ling/interfaces.h"
 #include "ling/module.h"
 #include "ling/reflection.h"
@@ -36,7 +37,8 @@ struct kept_definition {
   PyModuleDef definition;
 };
 PyModuleDef& definition_of(const Module& module) {
-  static auto& all = *new std::deque<kept_definition>;
+  static internal::immortal<std::deque<kept_definition>> definitions;
+  auto& all = definitions.object;
   const String name = module.name();
   const String doc = doc_of(module);
   const auto known = std::find_if(all.begin(), all.end(),

@@ -1,4 +1,5 @@
 // The five wrapper types for values of classes that nobody declares, and what tells them apart.
+#include "ling/published.h"
 #include "lingobject/call.h"
 #include "lingobject/directory.h"
 #include "lingobject/iteration.h"
@@ -8,7 +9,6 @@
 #include "lingobject/type_objects.h"
 
 #include <array>
-#include <atomic>
 #include <memory>
 
 namespace ling::cpython {
@@ -52,8 +52,7 @@ constinit PyMethodDef shared_methods[] = {
     {},
 };
 
-// Each is made on first need; two threads may both make it, the first to finish decides.
-constinit std::array<std::atomic<PyTypeObject*>, std::size(shared_rows)> shared_types{};
+constinit std::array<internal::published<PyTypeObject>, std::size(shared_rows)> shared_types{};
 
 PyTypeObject* make_shared_type(std::size_t row) {
   // Never freed, not even the one that came too late: an instance may exist already.
@@ -68,12 +67,11 @@ PyTypeObject* make_shared_type(std::size_t row) {
   if (PyType_Ready(type_of_layout(*type)) != 0) {
     return nullptr;
   }
-  PyTypeObject* first = nullptr;
-  return shared_types[row].compare_exchange_strong(first, type_of_layout(*type)) ? type_of_layout(*type) : first;
+  return shared_types[row].publish(type_of_layout(*type));
 }
 
 PyTypeObject* shared_type(std::size_t row) {
-  PyTypeObject* made = shared_types[row].load(std::memory_order_acquire);
+  PyTypeObject* made = shared_types[row].get();
   return made != nullptr ? made : make_shared_type(row);
 }
 

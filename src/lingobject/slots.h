@@ -27,12 +27,12 @@ enum class slot_exception : unsigned char {
 class [[nodiscard]] slot_result {
  public:
   // A value to be converted; an Error is raised as the exception its class maps to.
-  slot_result(Any value) noexcept : content_(content::value), pointer_(value.detach()) {}
+  slot_result(Any value) noexcept : content_(content::value), pointer_(value.release()) {}
   // A finished object; null: an exception is set already.
   slot_result(PyObjectPtr object) noexcept : content_(content::object), pointer_(object.release()) {}
   // A Python exception with this message.
   slot_result(slot_exception type, String message) noexcept
-      : content_(content::exception), exception_(type), pointer_(message.detach()) {}
+      : content_(content::exception), exception_(type), pointer_(message.release()) {}
   // For a C API call that failed: its exception is set.
   static slot_result raised() noexcept { return PyObjectPtr(); }
   // Not a failure: the body has nothing to say.

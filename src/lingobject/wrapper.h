@@ -25,7 +25,7 @@ class borrowed {
  public:
   explicit borrowed(const Any&& value) = delete;
   explicit borrowed(const Any& value) noexcept : handle_(H::unchecked(Any::adopt(value.get()))) {}
-  ~borrowed() { static_cast<void>(handle_.detach()); }
+  ~borrowed() { static_cast<void>(handle_.release()); }
   borrowed(const borrowed&) = delete;
   borrowed& operator=(const borrowed&) = delete;
   const H* operator->() const noexcept { return &handle_; }

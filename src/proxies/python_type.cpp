@@ -2,6 +2,7 @@
 #include "proxies/python_type.h"
 
 #include "ling/class_builder.h"
+#include "ling/detail/immortal.h"
 #include "ling/detail/try.h"
 #include "ling/spinlock.h"
 #include "proxies/public_members.h"
@@ -158,8 +159,8 @@ class type_table {
 };
 
 type_table& known_types() {
-  static type_table& table = *new type_table;  // outlives all static objects
-  return table;
+  static internal::immortal<type_table> table;  // outlives all static objects
+  return table.object;
 }
 
 Class_Generic made_class_of(PyObject* type) {

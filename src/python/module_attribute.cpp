@@ -12,11 +12,7 @@ PyObject* module_attribute::look_up() const {
     tolerate_exception();
     return nullptr;
   }
-  PyObject* kept = nullptr;
-  if (!found_.compare_exchange_strong(kept, attribute.get(), std::memory_order_acq_rel)) {
-    return kept;
-  }
-  return attribute.release();
+  return found_.publish(std::move(attribute));
 }
 
 }  // namespace ling::cpython

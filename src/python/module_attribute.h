@@ -1,9 +1,8 @@
 // An attribute of a Python module, looked up once and kept for the life of the process.
 #pragma once
 
+#include "ling/published.h"
 #include "python/pyobject_ptr.h"
-
-#include <atomic>
 
 namespace ling::cpython {
 
@@ -17,7 +16,7 @@ class module_attribute {
   // Borrowed; null when the module or the attribute is missing. No exception must be pending, none is left. The lock
   // must be held.
   PyObject* get() const {
-    PyObject* const found = found_.load(std::memory_order_acquire);
+    PyObject* const found = found_.get();
     return found != nullptr ? found : look_up();
   }
 
@@ -26,7 +25,7 @@ class module_attribute {
 
   const char* module_;
   const char* name_;
-  mutable std::atomic<PyObject*> found_{nullptr};
+  mutable internal::published<PyObject> found_;
 };
 
 }  // namespace ling::cpython

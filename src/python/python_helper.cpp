@@ -13,12 +13,7 @@ PyObject* python_helper::compile() const noexcept {
   const PyObjectPtr code(Py_CompileString(source_, name_, Py_file_input));
   const PyObjectPtr done(code ? PyEval_EvalCode(code.get(), names.get(), names.get()) : nullptr);
   PyObject* const function = done ? find(names.get(), name_) : nullptr;
-  if (function == nullptr) {
-    return nullptr;
-  }
-  PyObjectPtr owned = PyObjectPtr::share(function);
-  PyObject* first = nullptr;
-  return made_.compare_exchange_strong(first, owned.get(), std::memory_order_acq_rel) ? owned.release() : first;
+  return function == nullptr ? nullptr : made_.publish(PyObjectPtr::share(function));
 }
 
 }  // namespace ling::cpython

@@ -1,9 +1,8 @@
 // A Python function of the module's own, compiled once and kept for the life of the process.
 #pragma once
 
+#include "ling/published.h"
 #include "python/pyobject_ptr.h"
-
-#include <atomic>
 
 namespace ling::cpython {
 
@@ -15,7 +14,7 @@ class python_helper {
 
   // Borrowed; null with an exception set when it cannot be compiled. The lock must be held.
   PyObject* get() const noexcept {
-    PyObject* made = made_.load(std::memory_order_acquire);
+    PyObject* const made = made_.get();
     return made != nullptr ? made : compile();
   }
 
@@ -24,7 +23,7 @@ class python_helper {
 
   const char* name_;
   const char* source_;
-  mutable std::atomic<PyObject*> made_{nullptr};
+  mutable internal::published<PyObject> made_;
 };
 
 }  // namespace ling::cpython

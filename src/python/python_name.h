@@ -1,9 +1,8 @@
 // The name of an attribute as a Python str, made once and kept for the life of the process.
 #pragma once
 
+#include "ling/published.h"
 #include "python/pyobject_ptr.h"
-
-#include <atomic>
 
 namespace ling::cpython {
 
@@ -15,15 +14,7 @@ class python_name {
 
   // Borrowed; null with an exception set when there is no memory. The lock must be held.
   PyObject* get() const noexcept {
-    PyObject* made = made_.load(std::memory_order_acquire);
-    if (made != nullptr) [[likely]] {
-      return made;
-    }
-    PyObjectPtr name(PyUnicode_InternFromString(text_));
-    if (!made_.compare_exchange_strong(made, name.get(), std::memory_order_acq_rel)) {
-      return made;
-    }
-    return name.release();
+    return made_.get_or_make([&] { return PyObjectPtr(PyUnicode_InternFromString(text_)); });
   }
   // The attribute of that name; null with an exception set when it cannot be had.
   PyObjectPtr of(PyObject* object) const noexcept {
@@ -33,7 +24,7 @@ class python_name {
 
  private:
   const char* text_;
-  mutable std::atomic<PyObject*> made_{nullptr};
+  mutable internal::published<PyObject> made_;
 };
 
 }  // namespace ling::cpython

@@ -3,6 +3,7 @@
 #include "ling/boolean.h"
 #include "ling/byte_array.h"
 #include "ling/detail/nesting.h"
+#include "ling/detail/under_way.h"
 #include "ling/error.h"
 #include "ling/hash_set.h"
 #include "ling/list.h"
@@ -21,36 +22,23 @@ namespace {
 // `__display__` that displays its parts starts a new walk.
 struct shown_object {
   std::uintptr_t identity;  // what an object stands for may come again as another object
-  const shown_object* outer;
+  bool operator==(const shown_object&) const = default;
 };
-constinit thread_local const shown_object* g_shown = nullptr;
 
 class [[nodiscard]] showing {
  public:
   explicit showing(const Any& value) noexcept
-      : shown_{value.get()->identity(), g_shown}, again_(is_shown(shown_.identity)) {
-    g_shown = &shown_;
-  }
-  ~showing() { g_shown = shown_.outer; }
-  showing(const showing&) = delete;
-  showing& operator=(const showing&) = delete;
+      : again_(shown::has({value.get()->identity()})), shown_({value.get()->identity()}) {}
 
   // Whether the object holds itself, or lies too deep to go into.
   bool must_stop() const noexcept { return again_ || level_.too_deep(); }
 
  private:
-  static bool is_shown(std::uintptr_t identity) noexcept {
-    for (const shown_object* each = g_shown; each != nullptr; each = each->outer) {
-      if (each->identity == identity) {
-        return true;
-      }
-    }
-    return false;
-  }
+  using shown = internal::under_way<shown_object>;
 
   const internal::nesting level_;
-  const shown_object shown_;
   const bool again_;
+  const shown shown_;
 };
 
 // Whether a callable has a receiver, or is yet to get one.

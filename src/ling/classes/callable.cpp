@@ -186,10 +186,10 @@ object_value_function::object_value_function(declaration declared, native_types 
     : declaration_(std::move(declared)), types_(types), independent_(!declaration_.has_receiver) {}
 
 object_value_function::~object_value_function() {
-  if (object_value* signature = signature_.load(std::memory_order_relaxed)) {
+  if (object_value* signature = signature_.get()) {
     signature->release();
   }
-  if (object_value* context = declaring_context_.load(std::memory_order_relaxed)) {
+  if (object_value* context = declaring_context_.get()) {
     context->release();
   }
 }
@@ -197,7 +197,7 @@ object_value_function::~object_value_function() {
 object_value_class& object_value_function::object_class() const { return internal::function_class.required(); }
 
 Result<Signature> object_value_function::signature() const {
-  if (object_value* made = signature_.load(std::memory_order_acquire)) {
+  if (object_value* made = signature_.get()) {
     return Signature::unchecked(Any::share(made));
   }
   const std::vector<Type> types = types_.parameters();
@@ -217,25 +217,14 @@ Result<Signature> object_value_function::signature() const {
     parameters.emplace_back(name, types[i], variadic);
   }
   Any signature = Signature(types_.result(), std::move(parameters), declaration_.defaults);
-  object_value* expected = nullptr;
-  if (signature_.compare_exchange_strong(expected, signature.get(), std::memory_order_acq_rel)) {
-    signature.get()->retain();
-    return Signature::unchecked(signature);
-  }
-  return Signature::unchecked(Any::share(expected));
+  return Signature::unchecked(Any::share(signature_.publish(std::move(signature))));
 }
 
-Any object_value_function::declaring_context() const {
-  return Any::share(declaring_context_.load(std::memory_order_acquire));
-}
+Any object_value_function::declaring_context() const { return Any::share(declaring_context_.get()); }
 
 void object_value_function::set_declaring_context(const Any& context) {
   // A function is declared once; a second context, as when a module shares a function, leaves the first.
-  object_value* expected = nullptr;
-  if (declaring_context_.compare_exchange_strong(expected, context.get(), std::memory_order_acq_rel) &&
-      context.get() != nullptr) {
-    context.get()->retain();
-  }
+  declaring_context_.publish(Any(context));
 }
 
 const Any* object_value_function::default_of(std::size_t index, std::size_t parameter_count) const noexcept {

@@ -4,6 +4,7 @@
 #include "ling/class_builder.h"
 #include "ling/detail/argument_row.h"
 #include "ling/detail/definitions.h"
+#include "ling/detail/immortal.h"
 #include "ling/interfaces.h"
 #include "ling/reflection.h"
 
@@ -38,14 +39,14 @@ namespace {
 
 // Serialises changes of classes. Changes are rare and run no code but the runtime's. Never destroyed.
 std::mutex& change_lock() {
-  static std::mutex& lock = *new std::mutex;
-  return lock;
+  static internal::immortal<std::mutex> lock;
+  return lock.object;
 }
 
 // Every immortal class: this is what keeps them reachable.
 std::vector<object_value_class*>& all_classes() {
-  static std::vector<object_value_class*>& classes = *new std::vector<object_value_class*>;
-  return classes;
+  static internal::immortal<std::vector<object_value_class*>> classes;
+  return classes.object;
 }
 
 constexpr const meta_method_untyped* member_access_methods[] = {
@@ -197,17 +198,11 @@ std::vector<const class_member*> object_value_class::methods() const {
 }
 
 Type object_value_class::instance_type() const {
+  const auto make_type = [this] { return make<object_value_type>(std::vector{const_cast<object_value_class*>(this)}); };
   if (!has(object_traits::immortal)) {
-    return Type::unchecked(make<object_value_type>(std::vector{const_cast<object_value_class*>(this)}));
+    return Type::unchecked(make_type());
   }
-  object_value* made = instance_type_.load(std::memory_order_acquire);
-  if (made == nullptr) {
-    Any type = make<object_value_type>(std::vector{const_cast<object_value_class*>(this)});
-    if (instance_type_.compare_exchange_strong(made, type.get(), std::memory_order_acq_rel)) {
-      made = type.detach();  // the class keeps the reference for good
-    }
-  }
-  return Type::unchecked(Any::share(made));
+  return Type::unchecked(Any::share(instance_type_.get_or_make(make_type)));
 }
 
 Any object_value_class::allocate_instance() {
@@ -423,8 +418,8 @@ struct generic_instances {
   std::vector<object_value_class*> made;  // a handful; looked at when a typed container is made
 };
 generic_instances& known_generic_instances() {
-  static generic_instances& known = *new generic_instances;
-  return known;
+  static internal::immortal<generic_instances> known;
+  return known.object;
 }
 
 object_value_class* find_generic_instance(const object_value_class& definition, std::span<const Type> arguments) {

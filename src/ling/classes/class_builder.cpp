@@ -1,7 +1,9 @@
 // Building classes from their descriptions.
 #include "ling/class_builder.h"
 
+#include "ling/detail/immortal.h"
 #include "ling/detail/try.h"
+#include "ling/detail/under_way.h"
 #include "ling/reflection.h"
 
 #include <algorithm>
@@ -146,32 +148,7 @@ Result<Class_Generic> class_builder_base::build() {
 
 namespace {
 
-// The descriptions running on this thread, innermost first.
-struct running_description {
-  const class_definition_base* definition;
-  const running_description* outer;
-};
-thread_local const running_description* innermost_description = nullptr;
-
-struct description_scope {
-  explicit description_scope(const class_definition_base& definition) : running{&definition, innermost_description} {
-    innermost_description = &running;
-  }
-  ~description_scope() { innermost_description = running.outer; }
-  description_scope(const description_scope&) = delete;
-  description_scope& operator=(const description_scope&) = delete;
-
-  running_description running;
-};
-
-bool is_running(const class_definition_base& definition) {
-  for (const running_description* each = innermost_description; each != nullptr; each = each->outer) {
-    if (each->definition == &definition) {
-      return true;
-    }
-  }
-  return false;
-}
+using description = internal::under_way<const class_definition_base*>;
 
 // Classes that are finished but not yet in their modules. Entering a module needs the class Module, which may be the
 // one being described: so it happens when no description runs on the thread any more.
@@ -186,8 +163,8 @@ struct unregistered_classes {
   unregistered_row waiting;
 };
 unregistered_classes& classes_to_register() {
-  static unregistered_classes& classes = *new unregistered_classes;
-  return classes;
+  static internal::immortal<unregistered_classes> classes;
+  return classes.object;
 }
 void queue_for_registration(unregistered_row& row) {
   const std::lock_guard guard(classes_to_register().lock);
@@ -222,7 +199,7 @@ class [[nodiscard]] registration_batch {
 };
 
 Result<None> register_finished_classes() {
-  if (innermost_description != nullptr || registering) {
+  if (description::any() || registering) {
     return None();
   }
   Any first_error;
@@ -253,8 +230,8 @@ struct native_definitions {
   std::vector<native_definition> known;
 };
 native_definitions& known_native_definitions() {
-  static native_definitions& definitions = *new native_definitions;
-  return definitions;
+  static internal::immortal<native_definitions> definitions;
+  return definitions.object;
 }
 
 void register_native_definition(const std::type_info& type, const class_definition_base& definition) {
@@ -281,13 +258,13 @@ object_value_class* internal::native_class(const std::type_info& type) noexcept 
 
 Result<Class_Generic> class_definition_base::run_description(String& module) const {
   return internal::guarded([&] {
-    const description_scope scope(*this);
+    const description scope(this);
     return describe_(*this, module);
   });
 }
 
 Result<Class_Generic> class_definition_base::build() const {
-  if (is_running(*this)) {
+  if (description::has(this)) {
     return Error(String("Recursive call detected while initializing class: {}").arg(name_));
   }
   String module;
@@ -300,8 +277,7 @@ Result<Class_Generic> class_definition_base::build() const {
   if (!module.empty()) {
     own_row.push_back({module, &finished.object()});
   }
-  object_value_class* built = nullptr;
-  if (!built_.compare_exchange_strong(built, &finished.object(), std::memory_order_acq_rel)) {
+  if (object_value_class* const built = built_.publish(Class_Generic(finished)); built != &finished.object()) {
     return Class_Generic(*built);  // another thread was first; its class is the class
   }
   queue_for_registration(own_row);
@@ -339,8 +315,8 @@ struct pending_definitions {
   std::vector<const class_definition_base*> waiting;
 };
 pending_definitions& definitions_to_build() {
-  static pending_definitions& definitions = *new pending_definitions;
-  return definitions;
+  static internal::immortal<pending_definitions> definitions;
+  return definitions.object;
 }
 
 Result<None> build_pending_definitions() {

@@ -5,10 +5,10 @@
 #include "ling/detail/definitions.h"
 #include "ling/detail/hash_mix.h"
 #include "ling/interfaces.h"
+#include "ling/published.h"
 #include "ling/reflection.h"
 
 #include <algorithm>
-#include <atomic>
 #include <iterator>
 
 namespace ling {
@@ -70,15 +70,9 @@ Type Type::of(const Class_Generic& of_class) { return of_class.object().instance
 
 Type Type::untyped() {
   // Published without a guard: building the class of types may come back here.
-  static constinit std::atomic<object_value*> shared{nullptr};
-  object_value* made = shared.load(std::memory_order_acquire);
-  if (made == nullptr) {
-    Any type = make<object_value_type>(std::vector<object_value_class*>());
-    if (shared.compare_exchange_strong(made, type.get(), std::memory_order_acq_rel)) {
-      made = type.detach();  // kept for good
-    }
-  }
-  return unchecked(Any::share(made));
+  static constinit internal::published<object_value> shared;
+  return unchecked(
+      Any::share(shared.get_or_make([] { return make<object_value_type>(std::vector<object_value_class*>()); })));
 }
 
 Type Any::getType() { return Type::untyped(); }

@@ -1,5 +1,6 @@
-// immortal: storage of an object that exists before any static initialiser runs and is never destroyed, because other
-// libraries' initialisers and exit handlers still use it.
+// immortal: storage of an object that is never destroyed, because exit handlers and other libraries still use it. As a
+// constinit variable it exists before any static initialiser runs; otherwise it is a static of the function that lends
+// it.
 #pragma once
 
 #include <utility>
@@ -11,7 +12,7 @@ union immortal {
   T object;
 
   template <class... Arguments>
-  constexpr explicit immortal(Arguments&&... arguments) noexcept : object(std::forward<Arguments>(arguments)...) {}
+  constexpr explicit immortal(Arguments&&... arguments) : object(std::forward<Arguments>(arguments)...) {}
   ~immortal() {}
 };
 

@@ -1,6 +1,7 @@
 // Loading plug-ins.
 #include "ling/extension.h"
 
+#include "ling/detail/immortal.h"
 #include "ling/detail/try.h"
 #include "ling/modules/dynamic_library.h"
 #include "ling/modules/initialization.h"
@@ -27,8 +28,8 @@ struct loaded_library {
   Any outcome;  // of its init handlers; empty until they have run
 };
 std::vector<loaded_library>& loaded() {
-  static std::vector<loaded_library>& libraries = *new std::vector<loaded_library>;
-  return libraries;
+  static internal::immortal<std::vector<loaded_library>> libraries;
+  return libraries.object;
 }
 auto find_loaded(void* library) {
   return std::find_if(loaded().begin(), loaded().end(), [&](const auto& each) { return each.library == library; });

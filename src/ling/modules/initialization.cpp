@@ -1,6 +1,7 @@
 // Taking turns.
 #include "ling/modules/initialization.h"
 
+#include "ling/detail/immortal.h"
 #include "ling/registration.h"
 
 #include <condition_variable>
@@ -21,8 +22,8 @@ struct turn_state {
   std::vector<lock_release> languages;
 };
 turn_state& state() {
-  static turn_state& turns = *new turn_state;
-  return turns;
+  static immortal<turn_state> turns;
+  return turns.object;
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include "ling/logger.h"
 
 #include "ling/detail/definitions.h"
+#include "ling/published.h"
 
 #include <spdlog/logger.h>
 #include <spdlog/sinks/stdout_sinks.h>
@@ -195,15 +196,8 @@ Type Logger::getType() { return Type::of(getClass()); }
 Class_Generic Logger::getClass() { return internal::logger_class.required(); }
 
 Logger get_logger() {
-  static std::atomic<object_value_logger*> the_logger{nullptr};
-  object_value_logger* logger = the_logger.load(std::memory_order_acquire);
-  if (logger == nullptr) {
-    auto made = std::make_unique<object_value_logger>();
-    if (the_logger.compare_exchange_strong(logger, made.get(), std::memory_order_acq_rel)) {
-      logger = made.release();  // immortal
-    }
-  }
-  return Logger::unchecked(Any::share(logger));
+  static constinit internal::published<object_value_logger> the_logger;
+  return Logger::unchecked(Any::share(the_logger.get_or_make([] { return std::make_unique<object_value_logger>(); })));
 }
 
 }  // namespace ling

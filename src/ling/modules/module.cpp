@@ -2,6 +2,7 @@
 #include "ling/module.h"
 
 #include "ling/detail/definitions.h"
+#include "ling/detail/immortal.h"
 #include "ling/detail/try.h"
 #include "ling/interfaces.h"
 
@@ -189,7 +190,7 @@ Result<None> insert_module(const Module& module) {
   if (!table.add(module.object())) {
     return Error(String("There is a module of that name already: '{}'.").arg(module.name()));
   }
-  (void)reference.detach();  // the table's
+  (void)reference.release();  // the table's
   for (const Module& other : modules()) {
     link_if_child(module, other);
     link_if_child(other, module);
@@ -251,8 +252,8 @@ Union<Type, None> find_type(const String& name) {
 }
 
 HashMap_Generic globals() {
-  static const HashMap_Generic& variables = *new HashMap_Generic;  // never destroyed: exit handlers may still read it
-  return variables;
+  static internal::immortal<HashMap_Generic> variables;  // never destroyed: exit handlers may still read it
+  return variables.object;
 }
 
 }  // namespace ling

@@ -1,6 +1,7 @@
 // The queue of init handlers.
 #include "ling/registration.h"
 
+#include "ling/detail/immortal.h"
 #include "ling/error.h"
 #include "ling/modules/initialization.h"
 #include "ling/none.h"
@@ -18,8 +19,8 @@ struct handler_queue {
   std::vector<internal::init_handler> waiting;
 };
 handler_queue& queue() {
-  static handler_queue& handlers = *new handler_queue;
-  return handlers;
+  static internal::immortal<handler_queue> handlers;
+  return handlers.object;
 }
 
 // Takes the handler of the lowest level behind the first `from` ones, the first queued among equals.

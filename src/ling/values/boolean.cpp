@@ -3,11 +3,11 @@
 
 #include "ling/byte_array.h"
 #include "ling/detail/definitions.h"
+#include "ling/detail/immortal.h"
 #include "ling/hash_map.h"
 #include "ling/hash_set.h"
 #include "ling/interfaces.h"
 #include "ling/reflection.h"
-#include "ling/values/immortal.h"
 
 namespace ling {
 

@@ -3,6 +3,7 @@
 
 #include "ling/class_builder.h"
 #include "ling/detail/definitions.h"
+#include "ling/detail/immortal.h"
 
 #include <mutex>
 
@@ -141,8 +142,8 @@ class object_value_shared_error final : public object_value_error {
 };
 
 const object_value_error& shared_out_of_memory() {
-  static const object_value_error& shared = *new object_value_shared_error("Out of memory.");
-  return shared;
+  static const internal::immortal<object_value_shared_error> shared("Out of memory.");
+  return shared.object;
 }
 // Made while the library is loaded.
 [[maybe_unused]] const object_value_error& made_in_time = shared_out_of_memory();

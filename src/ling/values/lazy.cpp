@@ -3,6 +3,7 @@
 
 #include "ling/detail/definitions.h"
 #include "ling/detail/nesting.h"
+#include "ling/detail/under_way.h"
 #include "ling/values/weak.h"
 
 #include <array>
@@ -28,34 +29,7 @@ constinit const class_definition<WeakReference> internal::weak_reference_class(
 
 namespace {
 
-// The values being computed on this thread, innermost first.
-struct running_computation {
-  const object_value_computed* value;
-  const running_computation* outer;
-};
-constinit thread_local const running_computation* innermost_computation = nullptr;
-
-class [[nodiscard]] computation_scope {
- public:
-  explicit computation_scope(const object_value_computed& value) noexcept : running_{&value, innermost_computation} {
-    innermost_computation = &running_;
-  }
-  ~computation_scope() { innermost_computation = running_.outer; }
-  computation_scope(const computation_scope&) = delete;
-  computation_scope& operator=(const computation_scope&) = delete;
-
- private:
-  const running_computation running_;
-};
-
-bool is_being_computed(const object_value_computed& value) noexcept {
-  for (const running_computation* each = innermost_computation; each != nullptr; each = each->outer) {
-    if (each->value == &value) {
-      return true;
-    }
-  }
-  return false;
-}
+using computation = internal::under_way<const object_value_computed*>;
 
 Error error_needs_itself() { return Error("A computed value needs itself."); }
 
@@ -69,7 +43,7 @@ Any object_value_computed::force() {
   if (computed_.load(std::memory_order_acquire)) [[likely]] {
     return value_;
   }
-  if (is_being_computed(*this)) {
+  if (computation::has(this)) {
     return error_needs_itself();
   }
   const internal::nesting level;
@@ -86,7 +60,7 @@ Any object_value_computed::force() {
   }
   Any value;
   {
-    const computation_scope scope(*this);
+    const computation scope(this);
     value = internal::guarded(*compute);
   }
   if (value.get() == this) {

@@ -1,6 +1,7 @@
 // The table of interned names, and the names the runtime knows from the start.
 #include "ling/name.h"
 
+#include "ling/detail/immortal.h"
 #include "ling/interfaces.h"
 #include "ling/spinlock.h"
 #include "ling/string.h"
@@ -68,9 +69,19 @@ namespace {
 // Sharded, so that threads that look up texts do not queue behind each other. Never destroyed: names are used at exit.
 class name_table {
  public:
+  name_table() {
+#define LING_ENTER_META(name) enter(entry_of_meta_##name);
+#define LING_ENTER(name) enter(entry_of_##name);
+    LING_META_METHODS(LING_ENTER_META)
+    LING_INTERFACE_METHODS(LING_ENTER)
+    LING_INTERFACE_PROPERTIES(LING_ENTER)
+#undef LING_ENTER
+#undef LING_ENTER_META
+  }
+
   static name_table& instance() {
-    static name_table& table = *new name_table;
-    return table;
+    static internal::immortal<name_table> table;
+    return table.object;
   }
 
   const name_entry* find(std::string_view text, std::uint32_t hash) noexcept {
@@ -102,15 +113,6 @@ class name_table {
     std::deque<name_entry> storage;
   };
 
-  name_table() {
-#define LING_ENTER_META(name) enter(entry_of_meta_##name);
-#define LING_ENTER(name) enter(entry_of_##name);
-    LING_META_METHODS(LING_ENTER_META)
-    LING_INTERFACE_METHODS(LING_ENTER)
-    LING_INTERFACE_PROPERTIES(LING_ENTER)
-#undef LING_ENTER
-#undef LING_ENTER_META
-  }
   void enter(const name_entry& entry) { shard_of(entry.hash).entries.emplace(entry.text, &entry); }
   shard& shard_of(std::uint32_t hash) noexcept { return shards_[(hash >> 24) % shard_count]; }
 
@@ -131,19 +133,10 @@ const name_entry* find_interned(std::string_view text) noexcept {
 name_to_look_up::name_to_look_up(std::string_view text) noexcept
     : own_(text, hash_text(text)), interned_(name_table::instance().find(text, own_.hash)) {}
 
-name_to_look_up::~name_to_look_up() { const Any text = Any::adopt(own_.string.load(std::memory_order_relaxed)); }
+name_to_look_up::~name_to_look_up() { const Any text = Any::adopt(own_.string.get()); }
 
 String name_string(const name_entry& entry) {
-  if (object_value* made = entry.string.load(std::memory_order_acquire)) {
-    return String::unchecked(Any::share(made));
-  }
-  String text(entry.text);
-  object_value* expected = nullptr;
-  if (entry.string.compare_exchange_strong(expected, text.get(), std::memory_order_acq_rel)) {
-    text.get()->retain();  // the entry's own reference, kept for good
-    return text;
-  }
-  return String::unchecked(Any::share(expected));
+  return String::unchecked(Any::share(entry.string.get_or_make([&] { return String(entry.text); })));
 }
 
 }  // namespace internal

@@ -2,8 +2,8 @@
 #include "ling/none.h"
 
 #include "ling/detail/definitions.h"
+#include "ling/detail/immortal.h"
 #include "ling/interfaces.h"
-#include "ling/values/immortal.h"
 
 namespace ling {
 

@@ -2,6 +2,7 @@
 #include "ling/number.h"
 
 #include "ling/detail/definitions.h"
+#include "ling/detail/immortal.h"
 #include "ling/detail/try.h"
 #include "ling/interfaces.h"
 #include "ling/values/exact_number.h"
@@ -55,12 +56,11 @@ class small_integers {
 
   // Never destroyed: values are used by exit handlers.
   static const small_integers& instance() {
-    static const small_integers& all = *new small_integers;
-    return all;
+    static internal::immortal<small_integers> all;
+    return all.object;
   }
   const object_value_integer& at(std::int64_t value) const noexcept { return objects_[value - first]; }
 
- private:
   small_integers()
       : objects_(
             static_cast<object_value_integer*>(::operator new(sizeof(object_value_integer) * (last - first + 1)))) {
@@ -69,6 +69,7 @@ class small_integers {
     }
   }
 
+ private:
   object_value_integer* objects_;
 };
 

@@ -3,9 +3,10 @@
 
 #include "ling/detail/definitions.h"
 #include "ling/interfaces.h"
+#include "ling/published.h"
 
 #include <array>
-#include <atomic>
+#include <memory>
 
 namespace ling {
 
@@ -31,21 +32,12 @@ constinit const class_definition<Ordering> ordering_class("Ordering", [](class_b
 
 namespace {
 
-using shared_orderings = std::array<std::atomic<object_value_ordering*>, 4>;
-constinit shared_orderings g_orderings{};
+constinit std::array<internal::published<object_value_ordering>, 4> shared_orderings{};
 
 object_value_ordering& shared_ordering(ordering_value value) {
-  std::atomic<object_value_ordering*>& shared = g_orderings[static_cast<std::size_t>(static_cast<int>(value) + 1)];
-  object_value_ordering* ordering = shared.load(std::memory_order_acquire);
-  if (ordering == nullptr) [[unlikely]] {
-    auto* const made = new object_value_ordering(internal::ordering_class.required(), value);
-    if (shared.compare_exchange_strong(ordering, made, std::memory_order_acq_rel)) {
-      ordering = made;
-    } else {
-      delete made;
-    }
-  }
-  return *ordering;
+  auto& shared = shared_orderings[static_cast<std::size_t>(static_cast<int>(value) + 1)];
+  return *shared.get_or_make(
+      [&] { return std::make_unique<object_value_ordering>(internal::ordering_class.required(), value); });
 }
 
 }  // namespace
@@ -54,8 +46,8 @@ Ordering::Ordering(ordering_value value) : Ordering(Unchecked{}, Any::share(&sha
 
 // By identity: an instance that somebody allocates of the class, or of one derived from it, carries no value.
 bool Ordering::matches(const object_value* object) noexcept {
-  for (const std::atomic<object_value_ordering*>& shared : g_orderings) {
-    if (object != nullptr && object == shared.load(std::memory_order_acquire)) {
+  for (const auto& shared : shared_orderings) {
+    if (object != nullptr && object == shared.get()) {
       return true;
     }
   }
