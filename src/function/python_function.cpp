@@ -109,14 +109,14 @@ Class_Generic CPythonFunction::getClass() { return cpython_function_class.requir
 Any object_value_python_function::do_call(std::span<const Any> arguments) const {
   TRY(ensure_interpreter());
   const GilGuard gil;
-  return call_python(function_.get(), arguments);
+  return call_python(function(), arguments);
 }
 
 Any object_value_python_function::do_call_named(std::span<const Any> positional,
                                                 std::span<const named_argument> named) const {
   TRY(ensure_interpreter());
   const GilGuard gil;
-  return call_python(function_.get(), positional, named);
+  return call_python(function(), positional, named);
 }
 
 String object_value_python_function::name() const {
@@ -125,34 +125,21 @@ String object_value_python_function::name() const {
   }
   const GilGuard gil;
   // The second one only where there is no first: either may be code that runs.
-  const String qualified = text_attribute(function_.get(), "__qualname__");
-  return qualified.empty() ? text_attribute(function_.get(), "__name__") : qualified;
-}
-
-String object_value_python_function::doc() const {
-  if (ensure_interpreter().is_error()) {
-    return {};
-  }
-  const GilGuard gil;
-  return text_attribute(function_.get(), "__doc__");
+  const String qualified = text_attribute(function(), "__qualname__");
+  return qualified.empty() ? text_attribute(function(), "__name__") : qualified;
 }
 
 Result<Signature> object_value_python_function::signature() const {
   if (Any cached = cached_signature(); !cached.empty()) {
     return Signature::unchecked(std::move(cached));
   }
-  TRY(ensure_interpreter());
-  Any asked;
-  {
-    const GilGuard gil;
-    asked = TRY(signature_of_python(function_.get()));
-  }
+  const Any asked = TRY(object_value_python_callable::signature());
   Any former = asked;
   {
     const std::lock_guard guard(lock_);
     former.swap(signature_);
   }
-  return Signature::unchecked(std::move(asked));
+  return Signature::unchecked(asked);
 }
 
 Any object_value_python_function::cached_signature() const noexcept {
@@ -164,17 +151,6 @@ void object_value_python_function::forget_signature() noexcept {
   Any former;
   const std::lock_guard guard(lock_);
   former.swap(signature_);
-}
-
-Any object_value_python_function::declaring_context() const {
-  const std::lock_guard guard(lock_);
-  return declaring_context_;
-}
-
-void object_value_python_function::set_declaring_context(const Any& context) {
-  Any former = context;
-  const std::lock_guard guard(lock_);
-  former.swap(declaring_context_);
 }
 
 Result<CPythonFunction> make_python_function(PyObjectPtr_Borrowed callable) {

@@ -3,48 +3,31 @@
 #pragma once
 
 #include "ling/class_builder.h"
-#include "ling/signature.h"
-#include "python/pyobject_ptr.h"
-
-#include <atomic>
+#include "python/python_callable.h"
 
 namespace ling::cpython {
 
-class object_value_python_function final : public object_value_callable {
+class object_value_python_function final : public object_value_python_callable {
  public:
-  explicit object_value_python_function(PyObjectPtr function) noexcept : function_(std::move(function)) {}
+  explicit object_value_python_function(PyObjectPtr function) noexcept
+      : object_value_python_callable(std::move(function), true) {}
 
-  ObjectType type() const noexcept override { return ObjectType::Callable; }
   object_value_class& object_class() const override;
-  std::uintptr_t identity() const noexcept override { return reinterpret_cast<std::uintptr_t>(function_.get()); }
+  std::uintptr_t identity() const noexcept override { return reinterpret_cast<std::uintptr_t>(function()); }
   Any do_call(std::span<const Any> arguments) const override;
   // The names go to Python as they are; Python checks them.
   Any do_call_named(std::span<const Any> positional, std::span<const named_argument> named) const override;
   // __qualname__, else __name__; empty for a callable without a name.
   String name() const override;
-  String doc() const override;
   // Asked of Python on first need, then kept; what failed is asked again.
   Result<Signature> signature() const override;
-  bool is_independent() const noexcept override { return independent_.load(std::memory_order_relaxed); }
-  void set_independent(bool independent) noexcept override {
-    independent_.store(independent, std::memory_order_relaxed);
-  }
-  Any declaring_context() const override;
-  void set_declaring_context(const Any& context) override;
-
-  // Borrowed; never null.
-  PyObject* function() const noexcept { return function_.get(); }
   // The signature, if it was asked for; empty otherwise.
   Any cached_signature() const noexcept;
   // For defaults that have changed.
   void forget_signature() noexcept;
 
  private:
-  const PyObjectPtr function_;
-  std::atomic<bool> independent_{true};
-  mutable spinlock lock_;  // guards what follows
   mutable Any signature_;
-  Any declaring_context_;
 };
 
 class CPythonFunction : public Handle<CPythonFunction, object_value_python_function, I_Callable_Generic> {

@@ -4,17 +4,13 @@
 #include "ling/class_builder.h"
 #include "ling/detail/try.h"
 #include "ling/interfaces.h"
-#include "ling/signature.h"
-#include "ling/spinlock.h"
 #include "proxies/cpython_object.h"
 #include "proxies/python_type.h"
 #include "python/interpreter.h"
 #include "python/pending_exception.h"
 #include "python/python_call.h"
+#include "python/python_callable.h"
 #include "python/python_text.h"
-
-#include <atomic>
-#include <mutex>
 
 namespace ling::cpython {
 
@@ -34,51 +30,26 @@ constinit const class_definition<I_Callable_Generic> python_method_class(
                     [](const I_Callable_Generic& self) { return self.signature(); });
     });
 
-class object_value_python_method final : public object_value_callable {
+class object_value_python_method final : public object_value_python_callable {
  public:
   object_value_python_method(String name, PyObjectPtr function, receiver takes) noexcept
-      : name_(std::move(name)), function_(std::move(function)), independent_(takes == receiver::none) {}
+      : object_value_python_callable(std::move(function), takes == receiver::none), name_(std::move(name)) {}
 
-  ObjectType type() const noexcept override { return ObjectType::Callable; }
   object_value_class& object_class() const override { return python_method_class.required(); }
   Any do_call(std::span<const Any> arguments) const override { return do_call_named(arguments, {}); }
   Any do_call_named(std::span<const Any> positional, std::span<const named_argument> named) const override;
   String name() const override { return name_; }
-  String doc() const override {
-    if (ensure_interpreter().is_error()) {
-      return {};
-    }
-    const GilGuard gil;
-    return text_attribute(function_.get(), "__doc__");
-  }
-  Result<Signature> signature() const override {
-    TRY(ensure_interpreter());
-    const GilGuard gil;
-    return signature_of_python(function_.get());
-  }
-  bool is_independent() const noexcept override { return independent_.load(std::memory_order_relaxed); }
-  void set_independent(bool independent) noexcept override {
-    independent_.store(independent, std::memory_order_relaxed);
-  }
   Any declaring_context() const override;
   void set_declaring_context(const Any& context) override;
 
  private:
   const String name_;
-  const PyObjectPtr function_;
-  std::atomic<bool> independent_;
-  mutable spinlock lock_;
-  // The class of a Python type holds its methods: kept by them, it would live for ever. They keep its type, which leads
-  // to the class.
-  Any declaring_context_;
 };
 
+// The class of a Python type holds its methods: kept by them, it would live for ever. They keep its type, which leads
+// to the class.
 Any object_value_python_method::declaring_context() const {
-  Any context;
-  {
-    const std::lock_guard guard(lock_);
-    context = declaring_context_;
-  }
+  const Any context = object_value_python_callable::declaring_context();
   if (!CPythonObject::matches(context.get())) {
     return context;
   }
@@ -94,8 +65,7 @@ void object_value_python_method::set_declaring_context(const Any& context) {
     PyObject* const type = python_type_behind(of_class->object());
     kept = type == nullptr ? context : make_python_object(type);
   }
-  const std::lock_guard guard(lock_);
-  kept.swap(declaring_context_);
+  object_value_python_callable::set_declaring_context(kept);
 }
 
 Any object_value_python_method::do_call_named(std::span<const Any> positional,
@@ -106,10 +76,10 @@ Any object_value_python_method::do_call_named(std::span<const Any> positional,
   }
   TRY(ensure_interpreter());
   const GilGuard gil;
-  if (PyCallable_Check(function_.get()) == 0) {
+  if (PyCallable_Check(function()) == 0) {
     return Error("The source object isn't a function.");
   }
-  return call_python(function_.get(), positional, named);
+  return call_python(function(), positional, named);
 }
 
 // One of the functions of a `property`, which passes the object to it; empty when it is missing or cannot be called.
