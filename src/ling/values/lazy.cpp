@@ -178,4 +178,23 @@ object_value_class& object_value_weak_reference::object_class() const {
 Type WeakReference::getType() { return Type::of(getClass()); }
 Class_Generic WeakReference::getClass() { return internal::weak_reference_class.required(); }
 
+// --- what a lazy value yields ----------------------------------------------------------------------------------------
+
+Any unwrap(const Any& value) {
+  // A lazy value may yield another one; a chain longer than this is a mistake.
+  constexpr int maximum_chain = 100;
+  Any current = value;
+  for (int i = 0; i < maximum_chain; ++i) {
+    if (!current.has(object_traits::lazy)) [[likely]] {
+      return current;
+    }
+    if (current.type() == ObjectType::Computed) {
+      current = static_cast<object_value_computed*>(current.get())->force();
+    } else {
+      current = internal::guarded([&] { return static_cast<object_value_external*>(current.get())->load(); });
+    }
+  }
+  return Error("A lazy value keeps yielding lazy values.");
+}
+
 }  // namespace ling
