@@ -25,12 +25,6 @@ namespace {
 
 constinit const python_name carried_name("ling");
 
-struct fetched_exception {
-  PyObjectPtr type;
-  PyObjectPtr value;
-  PyObjectPtr traceback;
-};
-
 // The Error that `say` makes of an exception; where memory does not suffice for it, the one that says so.
 template <class F>
 Error as_far_as_memory_reaches(const F& say) {
@@ -43,22 +37,6 @@ Error as_far_as_memory_reaches(const F& say) {
     PyErr_Clear();
   }
   return error;
-}
-
-std::optional<fetched_exception> fetch_exception() {
-  PyObject* type = nullptr;
-  PyObject* value = nullptr;
-  PyObject* traceback = nullptr;
-  PyErr_Fetch(&type, &value, &traceback);
-  if (type == nullptr) {
-    return {};
-  }
-  PyErr_NormalizeException(&type, &value, &traceback);
-  // An exception gets its traceback only when it is caught, and only Python code catches.
-  if (value != nullptr && traceback != nullptr) {
-    PyException_SetTraceback(value, traceback);
-  }
-  return fetched_exception{PyObjectPtr(type), PyObjectPtr(value), PyObjectPtr(traceback)};
 }
 
 // A request to stop, such as SystemExit or KeyboardInterrupt. Unlike an exception it must not end as a mere text, so
@@ -263,20 +241,6 @@ Error error_from_exception(PyObjectPtr_Borrowed instance) {
   PyObjectPtr carrier = PyObjectPtr::share(instance);
   const auto carried = carried_error(carrier);
   return carried ? carried.value() : error_from_texts(carrier.get());
-}
-
-void drop_exception() {
-  if (PyErr_Occurred() == nullptr) [[likely]] {
-    return;
-  }
-  const bool is_out_of_memory = PyErr_ExceptionMatches(PyExc_MemoryError) != 0;
-  if (PyErr_ExceptionMatches(PyExc_KeyboardInterrupt) != 0) {
-    PyThreadState_SetAsyncExc(PyThread_get_thread_ident(), PyErr_Occurred());
-  }
-  PyErr_Clear();
-  if (is_out_of_memory) {
-    throw std::bad_alloc();
-  }
 }
 
 void throw_exception() {

@@ -34,7 +34,7 @@ Any bytes_from(const char* data, Py_ssize_t size) {
 }
 
 // Objects of exactly these types cannot claim to be of another class: the most frequent ones are spared the question.
-bool is_what_it_is(PyTypeObject* type) noexcept {
+bool has_fixed_class(PyTypeObject* type) noexcept {
   return type == &PyFloat_Type || type == &PyList_Type || type == &PyDict_Type || type == &PyTuple_Type ||
          type == &PySet_Type;
 }
@@ -124,7 +124,7 @@ Any from_python_by_protocol(PyObject* object, PyTypeObject* type) {
     return text_of(object, surrogates::refuse);
   }
   // 14. Dates and times, unless what they say of themselves cannot be read.
-  if (!is_what_it_is(type)) {
+  if (!has_fixed_class(type)) {
     if (Any value = date_or_time_from_python(object); !value.empty()) {
       return value;
     }
@@ -141,7 +141,7 @@ Any from_python_by_type(PyObject* object, PyTypeObject* type) {
     return bytes_from(PyBytes_AsString(object), PyBytes_Size(object));
   }
   // 7. Decimals, before the numbers: their fractions would be lost.
-  if (!is_what_it_is(type) && is_decimal(object)) {
+  if (!has_fixed_class(type) && is_decimal(object)) {
     return decimal_from_python(object);
   }
   // 8. Floats, before the numbers, which would all be truncated.
@@ -177,15 +177,22 @@ Any from_python_locked(PyObjectPtr_Borrowed borrowed) {
     return Any(value);
   }
   const pending_exception_aside pending;
-  return internal::guarded([&]() -> Any {
-    return type == &PyUnicode_Type ? text_of(object, surrogates::refuse) : from_python_by_type(object, type);
-  });
+  if (type == &PyUnicode_Type) {
+    return text_of(object, surrogates::refuse);
+  }
+  try {
+    return from_python_by_type(object, type);
+  } catch (const Error& interruption) {
+    return interruption;
+  }
 }
 
 Any from_python(PyObjectPtr_Borrowed object) {
   TRY(ensure_interpreter());
-  const GilGuard gil;
-  return from_python_locked(object);
+  return internal::guarded([&] {
+    const GilGuard gil;
+    return from_python_locked(object);
+  });
 }
 
 }  // namespace ling::cpython

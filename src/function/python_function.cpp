@@ -4,11 +4,11 @@
 #include "function/defaults.h"
 #include "ling/detail/try.h"
 #include "ling/interfaces.h"
+#include "python/call_python.h"
 #include "python/convert.h"
 #include "python/error_bridge.h"
 #include "python/interpreter.h"
 #include "python/pending_exception.h"
-#include "python/python_call.h"
 #include "python/python_equality.h"
 #include "python/python_text.h"
 

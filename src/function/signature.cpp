@@ -1,11 +1,11 @@
 // The signatures of Python callables.
 #include "function/annotation.h"
 #include "function/defaults.h"
+#include "python/call_python.h"
 #include "python/convert.h"
 #include "python/error_bridge.h"
 #include "python/module_attribute.h"
 #include "python/pending_exception.h"
-#include "python/python_call.h"
 
 #include <vector>
 

@@ -7,7 +7,7 @@
 #include "ling/reflection.h"
 #include "lingobject/attribute_name.h"
 #include "lingobject/ling_object.h"
-#include "lingobject/members.h"
+#include "lingobject/slot_bodies.h"
 #include "lingobject/special_names.h"
 
 namespace ling::cpython {

@@ -8,6 +8,7 @@
 #include "lingobject/attribute_name.h"
 #include "lingobject/slots.h"
 #include "python/convert.h"
+#include "python/pending_exception.h"
 
 #include <algorithm>
 #include <deque>
@@ -68,20 +69,15 @@ bool warn_left_out(const String& module, std::string_view member) {
   if (PyErr_ExceptionMatches(PyExc_Exception) == 0 || PyErr_ExceptionMatches(PyExc_MemoryError) != 0) {
     return false;
   }
-  PyObject *type, *value, *traceback;
-  PyErr_Fetch(&type, &value, &traceback);
-  PyErr_NormalizeException(&type, &value, &traceback);
-  const PyObjectPtr held_type(type);
-  const PyObjectPtr held_value(value);
-  const PyObjectPtr held_traceback(traceback);
+  const auto exception = fetch_exception();
   return PyErr_WarnFormat(PyExc_RuntimeWarning, 1, "The member '%s' of the module '%s' is left out: %S",
-                          String(member).c_str(), module.c_str(), value) == 0;
+                          String(member).c_str(), module.c_str(), exception->value.get()) == 0;
 }
 
 // Puts members into the module's dictionary under their names; later ones replace earlier ones.
-class module_filler {
+class python_module_filler {
  public:
-  module_filler(const Module& module, PyObject* dictionary) : module_(module), dictionary_(dictionary) {}
+  python_module_filler(const Module& module, PyObject* dictionary) : module_(module), dictionary_(dictionary) {}
 
   bool add_all(const HashMap_Generic& members) {
     for (const auto& [name, member] : members.copyPairs()) {
@@ -114,7 +110,7 @@ class module_filler {
 };
 
 bool fill_module(const Module& module, PyObject* dictionary) {
-  module_filler filler(module, dictionary);
+  python_module_filler filler(module, dictionary);
   if (!filler.add_all(module.callables()) || !filler.add_all(module.classes())) {
     return false;
   }

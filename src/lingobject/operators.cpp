@@ -3,7 +3,7 @@
 
 #include "ling/interfaces.h"
 #include "ling/reflection.h"
-#include "lingobject/operand.h"
+#include "lingobject/host_call.h"
 
 namespace ling::cpython {
 

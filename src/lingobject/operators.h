@@ -1,8 +1,8 @@
 // Python's operators as methods of the wrapped value.
 #pragma once
 
+#include "lingobject/host_call.h"
 #include "lingobject/ling_object.h"
-#include "lingobject/operand.h"
 
 namespace ling::cpython {
 

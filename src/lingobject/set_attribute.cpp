@@ -3,15 +3,15 @@
 #include "ling/property.h"
 #include "ling/reflection.h"
 #include "lingobject/attribute_name.h"
-#include "lingobject/members.h"
-#include "lingobject/operand.h"
+#include "lingobject/host_call.h"
+#include "lingobject/slot_bodies.h"
 
 namespace ling::cpython {
 
 namespace {
 
 // What is wrong when the host refuses a value; the texts differ by who refused.
-slot_result checked(const Any& outcome, const char* text, const name_entry& name) {
+slot_result result_of_write(const Any& outcome, const char* text, const name_entry& name) {
   if (!is_error_result(outcome)) {
     return outcome;
   }
@@ -34,23 +34,23 @@ slot_result write_member(const Any& value, const name_entry& name, const Any& ne
   }
   const meta_property_untyped property_name(name);
   if (const auto property = property_of(value, property_name); property && property.value().hasSetter()) {
-    return checked(property.value().write(value, new_value), "{}: {}.", name);
+    return result_of_write(property.value().write(value, new_value), "{}: {}.", name);
   }
   const class_member* member = class_of(value).object().find_member(name);
   if (member != nullptr && !member->property.empty()) {
     return error_read_only(name);
   }
   if (member != nullptr && member->field != nullptr) {
-    return checked(value.setFieldValue(meta_field_untyped(name), new_value), "{}: {}", name);
+    return result_of_write(value.setFieldValue(meta_field_untyped(name), new_value), "{}: {}", name);
   }
-  return checked(insert_property_value(value, property_name, new_value), "{}: {}", name);
+  return result_of_write(insert_property_value(value, property_name, new_value), "{}: {}", name);
 }
 
 // Only what was added to the object itself can be taken away from it.
 slot_result delete_member(const Any& value, const name_entry& name) {
   if (raw_method_of(value, Any::__removeProperty__)) {
     const Any arguments[] = {internal::name_string(name)};
-    return checked(call_method(value, Any::__removeProperty__, arguments), "{}: {}", name);
+    return result_of_write(call_method(value, Any::__removeProperty__, arguments), "{}: {}", name);
   }
   if (value.has(object_traits::instance)) {
     auto& instance = static_cast<object_value_instance&>(*value.get());
@@ -104,7 +104,7 @@ slot_result set_property(const Any& value, const name_entry* name, PyObject* new
     return error_read_only(*name);
   }
   const operand given(new_value);
-  return given.failed() ? runtime_error(given.error()) : checked(property.value().write(value, given.value()));
+  return given.failed() ? runtime_error(given.error()) : result_of(property.value().write(value, given.value()));
 }
 
 }  // namespace ling::cpython

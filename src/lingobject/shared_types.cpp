@@ -1,11 +1,8 @@
 // The five wrapper types for values of classes that nobody declares, and what tells them apart.
 #include "ling/published.h"
-#include "lingobject/call.h"
 #include "lingobject/directory.h"
-#include "lingobject/iteration.h"
-#include "lingobject/members.h"
+#include "lingobject/slot_bodies.h"
 #include "lingobject/slot_tables.h"
-#include "lingobject/text.h"
 #include "lingobject/type_objects.h"
 
 #include <array>

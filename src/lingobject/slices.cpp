@@ -3,7 +3,7 @@
 
 #include "ling/detail/try.h"
 #include "ling/interfaces.h"
-#include "lingobject/operand.h"
+#include "lingobject/host_call.h"
 
 #include <algorithm>
 #include <vector>
@@ -156,13 +156,13 @@ slot_result read_items(PyObject* iterable, std::vector<Any>& items) {
 
 slot_result read_slice(const Any& sequence, PyObject* slice) {
   selection selected;
-  return selected.unpack(slice) ? checked(read(*borrowed<I_Sequence_Generic>(sequence), selected))
+  return selected.unpack(slice) ? result_of(read(*borrowed<I_Sequence_Generic>(sequence), selected))
                                 : slot_result::raised();
 }
 
 slot_result delete_slice(const Any& sequence, PyObject* slice) {
   selection selected;
-  return selected.unpack(slice) ? checked(remove(*borrowed<I_MutableSequence_Generic>(sequence), selected))
+  return selected.unpack(slice) ? result_of(remove(*borrowed<I_MutableSequence_Generic>(sequence), selected))
                                 : slot_result::raised();
 }
 
@@ -173,7 +173,7 @@ slot_result assign_slice(const Any& sequence, PyObject* slice, PyObject* iterabl
   }
   std::vector<Any> items;
   slot_result failure = read_items(iterable, items);
-  return failure.is_absent() ? checked(assign(*borrowed<I_MutableSequence_Generic>(sequence), selected, items))
+  return failure.is_absent() ? result_of(assign(*borrowed<I_MutableSequence_Generic>(sequence), selected, items))
                              : std::move(failure);
 }
 

@@ -1,8 +1,8 @@
 // Which slot holds what.
 #include "lingobject/slot_tables.h"
 
-#include "lingobject/indexing.h"
 #include "lingobject/operators.h"
+#include "lingobject/slot_bodies.h"
 
 namespace ling::cpython {
 

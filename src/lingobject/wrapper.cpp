@@ -4,6 +4,7 @@
 #include "ling/reflection.h"
 #include "lingobject/ling_object.h"
 #include "python/interpreter.h"
+#include "python/pending_exception.h"
 #include "python/type_layout.h"
 
 #include <memory>
@@ -97,10 +98,8 @@ void wrapper_dealloc(PyObject* self) noexcept {
     if (PyErr_Occurred() == nullptr) [[likely]] {
       handles.take(value);
     } else {
-      PyObject *type, *exception, *traceback;
-      PyErr_Fetch(&type, &exception, &traceback);
+      const pending_exception_aside aside;
       handles.take(value);
-      PyErr_Restore(type, exception, traceback);
     }
   }
   PyObject_Free(self);

@@ -1,5 +1,4 @@
 // Python's iterables and iterators.
-#include "proxies/collection_members.h"
 #include "proxies/collection_proxies.h"
 #include "proxies/method_call.h"
 #include "python/convert.h"

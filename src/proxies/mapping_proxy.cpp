@@ -1,7 +1,6 @@
 // Python's mappings.
 #include "ling/containers/container_errors.h"
 #include "ling/detail/try.h"
-#include "proxies/collection_members.h"
 #include "proxies/collection_proxies.h"
 #include "proxies/method_call.h"
 #include "python/convert.h"

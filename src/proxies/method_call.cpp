@@ -2,9 +2,9 @@
 #include "proxies/method_call.h"
 
 #include "ling/reflection.h"
+#include "python/call_python.h"
 #include "python/error_bridge.h"
 #include "python/pending_exception.h"
-#include "python/python_call.h"
 
 namespace ling::cpython {
 

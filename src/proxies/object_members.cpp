@@ -31,7 +31,7 @@ PyObjectPtr get_attribute(PyObjectPtr_Borrowed object, const String& name) {
   return PyObjectPtr(python_name ? PyObject_GetAttr(object.get(), python_name.get()) : nullptr);
 }
 
-Any read_attribute(const CPythonObject& self, const String& name) {
+Any read_object_attribute(const CPythonObject& self, const String& name) {
   return with_python_object(self, [&](PyObjectPtr_Borrowed object) -> Any {
     const PyObjectPtr value = get_attribute(object, name);
     return value ? from_python_locked(value.get()) : Any(capture_error_or("Unable to read an attribute."));
@@ -88,7 +88,7 @@ Any object_property_value(const CPythonObject& self, const String& name) {
   if (const auto property = registered_property(self, name)) {
     return property->read(self);
   }
-  return read_attribute(self, name);
+  return read_object_attribute(self, name);
 }
 
 Any set_object_property(const CPythonObject& self, const String& name, const Any& value) {

@@ -6,9 +6,9 @@
 #include "ling/interfaces.h"
 #include "proxies/cpython_object.h"
 #include "proxies/python_type.h"
+#include "python/call_python.h"
 #include "python/interpreter.h"
 #include "python/pending_exception.h"
-#include "python/python_call.h"
 #include "python/python_callable.h"
 #include "python/python_text.h"
 

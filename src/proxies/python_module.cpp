@@ -32,9 +32,10 @@ Class_Generic CPythonModule::getClass() { return cpython_module_class.required()
 namespace {
 
 // Fills a module whose table nobody else sees yet.
-class module_filler {
+class host_module_filler {
  public:
-  module_filler(const CPythonModule& module, const String& python_name) : module_(module), python_name_(python_name) {}
+  host_module_filler(const CPythonModule& module, const String& python_name)
+      : module_(module), python_name_(python_name) {}
 
   void add(const String& name, PyObject* object) {
     const Any value = from_python_locked(object);
@@ -70,7 +71,7 @@ class module_filler {
 Result<CPythonModule> make_python_module(const String& name, const String& python_name, PyObjectPtr_Borrowed object) {
   const auto module = CPythonModule::unchecked(make<object_value_python_module>(name, object));
   module.setDoc(text_attribute(object.get(), "__doc__"));
-  module_filler filler(module, python_name);
+  host_module_filler filler(module, python_name);
   for_each_public_member(object.get(), [&](const String& member, PyObject* value) { filler.add(member, value); });
   return module;
 }

@@ -7,12 +7,12 @@
 #include "ling/spinlock.h"
 #include "proxies/public_members.h"
 #include "proxies/python_method.h"
+#include "python/call_python.h"
 #include "python/convert.h"
 #include "python/error_bridge.h"
 #include "python/interpreter.h"
 #include "python/module_attribute.h"
 #include "python/pending_exception.h"
-#include "python/python_call.h"
 #include "python/python_text.h"
 #include "python/type_layout.h"
 
@@ -49,7 +49,7 @@ member_kind kind_of(PyObject* value) {
                                                                                      : member_kind::attribute;
 }
 
-Any read_attribute(PyObject* type, const String& name) {
+Any read_type_attribute(PyObject* type, const String& name) {
   TRY(ensure_interpreter());
   const GilGuard gil;
   const PyObjectPtr python_name = to_python_locked(name);
@@ -61,7 +61,7 @@ Any read_attribute(PyObject* type, const String& name) {
 Property attribute_property(PyObject* type, const String& name) {
   auto kept = std::make_shared<const PyObjectPtr>(PyObjectPtr::share(type));
   return Property(
-      make_function(name, "", "", [kept = std::move(kept), name] { return read_attribute(kept->get(), name); }),
+      make_function(name, "", "", [kept = std::move(kept), name] { return read_type_attribute(kept->get(), name); }),
       String());
 }
 

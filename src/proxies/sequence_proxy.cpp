@@ -1,12 +1,11 @@
 // Python's sequences.
 #include "ling/detail/try.h"
-#include "proxies/collection_members.h"
 #include "proxies/collection_proxies.h"
 #include "proxies/method_call.h"
+#include "python/call_python.h"
 #include "python/convert.h"
 #include "python/error_bridge.h"
 #include "python/pending_exception.h"
-#include "python/python_call.h"
 
 namespace ling::cpython {
 

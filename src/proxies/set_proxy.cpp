@@ -1,6 +1,5 @@
 // Python's sets.
 #include "ling/detail/try.h"
-#include "proxies/collection_members.h"
 #include "proxies/collection_proxies.h"
 #include "proxies/method_call.h"
 #include "python/convert.h"

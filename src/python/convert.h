@@ -22,7 +22,8 @@ PyObjectPtr to_python(const Any& value);
 // an Error value. Takes the lock itself.
 Any from_python(PyObjectPtr_Borrowed object);
 
-// The same for callers that hold the lock: every slot, and whatever runs inside a GilGuard.
+// The same for callers that hold the lock: every slot, and whatever runs inside a GilGuard. Exhausted memory is thrown,
+// as std::bad_alloc.
 PyObjectPtr to_python_locked(const Any& value);
 Any from_python_locked(PyObjectPtr_Borrowed object);
 

@@ -1,7 +1,9 @@
 // What is done with a pending Python exception that is not the caller's concern. The lock must be held.
 #pragma once
 
-#include "python/python_api.h"
+#include "python/pyobject_ptr.h"
+
+#include <optional>
 
 namespace ling::cpython {
 
@@ -22,6 +24,15 @@ class [[nodiscard]] pending_exception_aside {
   PyObject* value_ = nullptr;
   PyObject* traceback_ = nullptr;
 };
+
+// The pending exception as an `except` clause would get it, with its traceback; no longer pending. None when there is
+// none.
+struct fetched_exception {
+  PyObjectPtr type;
+  PyObjectPtr value;
+  PyObjectPtr traceback;
+};
+std::optional<fetched_exception> fetch_exception();
 
 // Throws the pending exception on: exhausted memory as std::bad_alloc, any other as the Error that carries it.
 [[noreturn]] void throw_exception();

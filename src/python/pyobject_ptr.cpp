@@ -115,7 +115,7 @@ lock_given_away::lock_given_away() noexcept {
   }
 }
 
-void PyObjectPtr::release_locked(PyObject* object) noexcept {
+void PyObjectPtr::release_reference(PyObject* object) noexcept {
   // Another owner of the interpreter may have ended it, and all its objects with it, before the last host value died.
   if (!interpreter_runs()) {
     return;

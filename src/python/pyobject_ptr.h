@@ -87,7 +87,7 @@ class [[nodiscard]] PyObjectPtr {
   PyObjectPtr& operator=(const PyObjectPtr&) = delete;
   ~PyObjectPtr() {
     if (object_ != nullptr) {
-      release_locked(object_);
+      release_reference(object_);
     }
   }
 
@@ -98,7 +98,7 @@ class [[nodiscard]] PyObjectPtr {
   void swap(PyObjectPtr& other) noexcept { std::swap(object_, other.object_); }
 
  private:
-  static void release_locked(PyObject* object) noexcept;
+  static void release_reference(PyObject* object) noexcept;
 
   PyObject* object_ = nullptr;
 };

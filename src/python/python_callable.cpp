@@ -2,8 +2,8 @@
 #include "python/python_callable.h"
 
 #include "ling/detail/try.h"
+#include "python/call_python.h"
 #include "python/interpreter.h"
-#include "python/python_call.h"
 #include "python/python_text.h"
 
 #include <mutex>

@@ -429,10 +429,11 @@ const host_row from_host_rows[] = {
     {"export", nothing,
      [](const Any&) {
        return caught([]() -> Any {
+         const GilGuard lock;
          const auto module = export_python_module("test.csv", "csv");
          return module ? Any(std::int64_t(class_of(module).object().properties().size())) : Any(module);
        });
-     }},
+     }, "can't allocate"},
     {"memory ends in code", nothing,
      [](const Any&) { return caught([] { return evaluate("x = 1\nraise MemoryError('x')", {}); }); }, loses_exception},
     {"search path", nothing,

@@ -3,7 +3,7 @@
 #include "function/annotation.h"
 #include "function/python_function.h"
 #include "proxies/outcomes.h"
-#include "python/python_call.h"
+#include "python/call_python.h"
 
 namespace ling::cpython {
 namespace {

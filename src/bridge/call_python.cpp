@@ -1,5 +1,5 @@
 // Calls into Python.
-#include "python/python_call.h"
+#include "python/call_python.h"
 
 #include "ling/reflection.h"
 #include "python/convert.h"

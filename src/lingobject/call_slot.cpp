@@ -1,13 +1,35 @@
 // Calling a wrapped value.
-#include "lingobject/call.h"
-
 #include "ling/callable.h"
 #include "ling/reflection.h"
-#include "lingobject/operand.h"
+#include "lingobject/host_call.h"
+#include "lingobject/slot_bodies.h"
 
+#include <array>
+#include <memory>
+#include <span>
 #include <vector>
 
 namespace ling::cpython {
+
+namespace {
+
+// The items of a Python tuple as a row of values.
+class argument_row {
+ public:
+  explicit argument_row(PyObject* tuple);
+  argument_row(const argument_row&) = delete;
+  argument_row& operator=(const argument_row&) = delete;
+
+  // The Error of an item that does not fit into a value; null when all do.
+  const Any* failure() const noexcept { return failure_; }
+  operator std::span<const Any>() const noexcept { return {more_ ? more_.get() : few_.data(), length_}; }
+
+ private:
+  std::size_t length_;
+  const Any* failure_ = nullptr;
+  std::array<Any, 8> few_;  // most calls allocate nothing
+  std::unique_ptr<Any[]> more_;
+};
 
 argument_row::argument_row(PyObject* tuple) : length_(static_cast<std::size_t>(PyTuple_Size(tuple))) {
   if (length_ > few_.size()) {
@@ -22,8 +44,6 @@ argument_row::argument_row(PyObject* tuple) : length_(static_cast<std::size_t>(P
     }
   }
 }
-
-namespace {
 
 // Absent when all keywords are read.
 slot_result read_keywords(PyObject* keywords, std::vector<named_argument>& named) {

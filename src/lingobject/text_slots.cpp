@@ -1,10 +1,9 @@
 // The texts of a wrapped value, its hash and its order.
-#include "lingobject/text.h"
-
 #include "ling/detail/coercion.h"
 #include "ling/detail/try.h"
 #include "ling/interfaces.h"
 #include "ling/reflection.h"
+#include "lingobject/slot_bodies.h"
 
 namespace ling::cpython {
 

@@ -1,8 +1,7 @@
 // Iterating over a wrapped value.
-#include "lingobject/iteration.h"
-
 #include "ling/interfaces.h"
 #include "ling/reflection.h"
+#include "lingobject/slot_bodies.h"
 
 namespace ling::cpython {
 

@@ -1,5 +1,5 @@
 // Operands, and methods called with them.
-#include "lingobject/operand.h"
+#include "lingobject/host_call.h"
 
 #include "ling/detail/argument_row.h"
 #include "ling/reflection.h"
@@ -18,7 +18,7 @@ slot_result call_method_of(const Any& value, const I_Callable_Generic& method, s
   if (!guard) {
     return slot_result::raised();
   }
-  return checked(method.callWith(internal::prefixed_row(value, arguments)));
+  return result_of(method.callWith(internal::prefixed_row(value, arguments)));
 }
 
 slot_result call_method_of(const Any& value, meta_method_untyped name, std::span<const Any> arguments) {
@@ -26,7 +26,7 @@ slot_result call_method_of(const Any& value, meta_method_untyped name, std::span
   return method ? call_method_of(value, method.value(), arguments) : runtime_error(error_method_not_found(value, name));
 }
 
-slot_result checked(Any outcome) {
+slot_result result_of(Any outcome) {
   if (is_error_result(outcome)) [[unlikely]] {
     return runtime_error(Error::unchecked(std::move(outcome)));
   }

@@ -35,6 +35,6 @@ slot_result call_method_of(const Any& value, const I_Callable_Generic& method, s
 slot_result call_method_of(const Any& value, meta_method_untyped name, std::span<const Any> arguments);
 
 // An outcome of the runtime, whose Error is a RuntimeError.
-slot_result checked(Any outcome);
+slot_result result_of(Any outcome);
 
 }  // namespace ling::cpython

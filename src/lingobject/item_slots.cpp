@@ -1,12 +1,11 @@
 // Items by position and by key, membership, length.
-#include "lingobject/indexing.h"
-
 #include "ling/hash_set.h"
 #include "ling/interfaces.h"
 #include "ling/reflection.h"
+#include "lingobject/host_call.h"
 #include "lingobject/ling_object.h"
-#include "lingobject/operand.h"
 #include "lingobject/slices.h"
+#include "lingobject/slot_bodies.h"
 
 namespace ling::cpython {
 
@@ -93,7 +92,7 @@ class position {
 
 slot_result read_item(const Any& value, std::int64_t index) {
   if (value.type() == ObjectType::List) [[likely]] {
-    return checked(borrowed<List_Generic>(value)->at(index));
+    return result_of(borrowed<List_Generic>(value)->at(index));
   }
   const Any row[] = {index};
   return call_method_of(value, members::at, row);
@@ -137,7 +136,7 @@ slot_result subscript(const Any& value, PyObject* key) {
   if (is_map(value)) {
     const operand map_key(key);
     return map_key.failed() ? runtime_error(map_key.error())
-                            : checked(internal::unwrap(borrowed<I_Map_Generic>(value)->get(map_key.value())));
+                            : result_of(internal::unwrap(borrowed<I_Map_Generic>(value)->get(map_key.value())));
   }
   if (PySlice_Check(key) && is_sequence(value)) {
     return read_slice(value, key);
