@@ -22,6 +22,7 @@ TEST_F(PythonFunction, MapsAnnotationsToTypes) {
 import typing, datetime, inspect, collections.abc
 class Own: pass
 class String: pass
+class Box(typing.Generic[typing.TypeVar('T')]): pass
 result = )";
   const std::pair<const char*, const char*> rows[] = {
       {"int",                           "Integer"        },
@@ -41,6 +42,7 @@ result = )";
       {"'int | None'",                  "Integer"        },
       {"datetime.datetime",             "DateTime"       },
       {"Own",                           "Own"            },
+      {"Box[int]",                      "Box"            },
       {"'Own'",                         "Any"            },
       {"String",                        "String"         }, // the host's, by its name
       {"'EvaluationError'",             "EvaluationError"},
