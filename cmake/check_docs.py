@@ -15,7 +15,7 @@ import tempfile
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 MAPPED = ("src", "tests", "benchmarks", "examples", "docs")
 TOP_FOLDERS = (*MAPPED, "cmake", "scripts")
-GUIDES = sorted((ROOT / "docs").glob("*.md")) + [ROOT / "README.md"]
+GUIDES = [*sorted((ROOT / "docs").glob("*.md")), ROOT / "README.md", ROOT / "CONTRIBUTING.md"]
 
 faults = []
 
