@@ -82,8 +82,8 @@ PyObjectPtr convert_as(const Any& value) {
 // 1. A Python object comes home.
 // 2., 3. Dates and decimals are copied.
 // 4. An Error is raised.
-// 6., 7. Times are copied, alone and with their day.
-// 8. Everything else arrives as the object it is.
+// 5., 6. Times are copied, alone and with their day.
+// 7. Everything else arrives as the object it is.
 // No test for text: a text is of a kind of its own here, never an Instance.
 struct instance_row {
   bool (*matches)(const object_value* object);
