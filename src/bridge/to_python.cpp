@@ -186,7 +186,7 @@ PyObjectPtr to_python(const Any& value) {
   if (ensure_interpreter().is_error()) {
     return {};
   }
-  const GilGuard gil;
+  const gil_lock gil;
   return convert(value, 0);
 }
 

@@ -124,7 +124,7 @@ String object_value_python_function::name() const {
     return {};
   }
   const GilGuard gil;
-  // The second one only where there is no first: either may be code that runs.
+  // The second one only where the first gives no text: either may be code that runs.
   const String qualified = text_attribute(function(), "__qualname__");
   return qualified.empty() ? text_attribute(function(), "__name__") : qualified;
 }

@@ -133,7 +133,7 @@ void set_last(const exception& last) {
 // Reports the pending exception, and takes it away.
 outcome report() {
   if (is_exit_pending()) {
-    return {take_exit_status()};
+    return {.status = take_exit_status(), .exited = true};
   }
   // Of this very class: those derived from it are exceptions like others.
   const bool interrupted = python.PyErr_Occurred() == *python.PyExc_KeyboardInterrupt;
@@ -145,7 +145,7 @@ outcome report() {
                          traceback) < 0) {
     if (python.PyErr_GivenExceptionMatches(python.PyErr_Occurred(), *python.PyExc_RuntimeError) != 0) {
       python.PyErr_Clear();
-      return {failure, interrupted};
+      return {.status = failure, .interrupted = interrupted};
     }
     ignore("in audit hook", nullptr);
   }
@@ -154,7 +154,7 @@ outcome report() {
     display(error);
   } else if (!call(hook, error.type.get(), error.value.get(), traceback)) {
     if (is_exit_pending()) {
-      return {take_exit_status()};
+      return {.status = take_exit_status(), .exited = true};
     }
     const exception raised = fetch_normalized();
     std::fflush(stdout);
@@ -164,7 +164,7 @@ outcome report() {
     display(error);
   }
   python.PyErr_Clear();
-  return {failure, interrupted};
+  return {.status = failure, .interrupted = interrupted};
 }
 
 // --- streams ---------------------------------------------------------------------------------------------------------
@@ -344,13 +344,14 @@ Result<None> program::start() {
   set_signal_handler_ = module_attribute("_signal", "signal");
   collect_garbage_ = module_attribute("gc", "collect");
   garbage_callbacks_ = module_attribute("gc", "callbacks");
+  referrers_ = module_attribute("gc", "get_referrers");
   modules_before_ = reference(python.PyDict_Copy(python.PyImport_GetModuleDict()));
   handover_ = reference::share(python.PySys_GetObject(handover_name));
   python.PySys_SetObject(handover_name, nullptr);
   own_output_ = reference::share(python.PySys_GetObject("stdout"));
   own_errors_ = reference::share(python.PySys_GetObject("stderr"));
   const bool complete = run_exit_handlers_ && signal_handler_ && set_signal_handler_ && collect_garbage_ &&
-                        garbage_callbacks_ && modules_before_ && handover_;
+                        garbage_callbacks_ && referrers_ && modules_before_ && handover_;
   if (complete) {
     python.PyDict_DelItemString(modules_before_.get(), main_name);  // the program's
     remember_contents();
@@ -391,8 +392,8 @@ outcome program::run_file(const std::string& path) const {
   const bool done = names && run_in(names.get(), file, path);
   flush_quietly();
   const outcome how = done ? outcome{} : report();
-  for (const char* own : {"__file__", "__cached__"}) {
-    if (names) {
+  if (names && !how.exited) {
+    for (const char* own : {"__file__", "__cached__"}) {
       python.PyDict_DelItemString(names.get(), own);
       python.PyErr_Clear();
     }
@@ -472,13 +473,17 @@ void program::let_go() const {
   }
   std::vector<known_namespace> namespaces;
   const reference forgotten = forget_modules(modules, namespaces);
-  // `builtins` is the first of them: what a program has put there ends before what other modules hold.
-  const auto first = contents_before_.begin();
-  restore(first->names.get(), first->before.get());
+  // What a program has put into `builtins` ends before what other modules hold.
+  const reference builtins = attribute(python.PyImport_AddModule("builtins"), "__dict__");
+  for (const known_module& each : contents_before_) {
+    if (each.names.get() == builtins.get()) {
+      restore(each.names.get(), each.before.get());
+    }
+  }
   collect_garbage();
   empty_modules(forgotten.get());
-  for (auto each = first + 1; each != contents_before_.end(); ++each) {
-    restore(each->names.get(), each->before.get());
+  for (const known_module& each : contents_before_) {
+    restore(each.names.get(), each.before.get());
   }
   collect_garbage();
   // What lives for as long as the interpreter, such as a table of codecs or a value of the host, may hold functions of
@@ -487,9 +492,7 @@ void program::let_go() const {
     python.PySys_SetObject(name, none());
   }
   for (const known_namespace& each : namespaces) {
-    if (!is_none(python.PyWeakref_GetObject(each.alive.get()))) {
-      empty_namespace(reference::share(each.names).get());
-    }
+    empty_left_namespace(each);
   }
   collect_garbage();
 }
@@ -523,6 +526,22 @@ reference program::forget_modules(PyObject* modules, std::vector<known_namespace
     python.PyDict_SetItem(forgotten.get(), name, weak ? weak.get() : none());
   }
   return forgotten;
+}
+
+// What refers to the object is there, whatever it is: the namespace itself or a copy that a program has made of it.
+void program::empty_left_namespace(const known_namespace& left) const {
+  const reference alive = reference::share(python.PyWeakref_GetObject(left.alive.get()));
+  const reference holders = is_none(alive.get()) ? reference() : call(referrers_, alive.get());
+  for (std::ptrdiff_t i = 0; holders; ++i) {
+    const reference holder(python.PySequence_GetItem(holders.get(), i));
+    if (!holder) {
+      break;
+    }
+    if (holder.get() == left.names) {
+      empty_namespace(holder.get());
+    }
+  }
+  python.PyErr_Clear();
 }
 
 void program::watch(PyObject* names, std::vector<known_namespace>& namespaces) {

@@ -19,6 +19,7 @@ enum exit_status : int { success = 0, failure = 1, wrong_usage = 2, lost_output 
 struct outcome {
   int status = success;
   bool interrupted = false;
+  bool exited = false;  // the program has said itself that it ends
 };
 
 // A list in the module `sys` by which the host hands over what it has got from Python.
@@ -53,10 +54,11 @@ class program {
     reference before;
   };
 
-  // The namespace of a module that has been forgotten, which dies when nothing else refers to it.
+  // The namespace of a module that has been forgotten, which dies when nothing else refers to it. Its address alone:
+  // nothing says that it is still there.
   struct known_namespace {
     PyObject* names;
-    reference alive;  // weakly, an object that only the namespace has
+    reference alive;  // weakly, an object that the namespace has
   };
 
   program() = default;
@@ -64,6 +66,7 @@ class program {
   void let_go() const;
   void let_go_of_signal_handlers() const;
   reference forget_modules(PyObject* modules, std::vector<known_namespace>& namespaces) const;
+  void empty_left_namespace(const known_namespace& left) const;
   static void watch(PyObject* names, std::vector<known_namespace>& namespaces);
   void collect_garbage() const;
 
@@ -72,6 +75,7 @@ class program {
   reference set_signal_handler_;
   reference collect_garbage_;
   reference garbage_callbacks_;
+  reference referrers_;
   reference modules_before_;
   std::vector<known_module> contents_before_;
   reference handover_;

@@ -25,11 +25,12 @@ class published {
   template <class Handle>
   T* publish(Handle&& handle) noexcept {
     T* const made = static_cast<T*>(handle.get());
-    T* const kept = publish(made);
-    if (kept == made) {
-      static_cast<void>(handle.release());
+    T* first = nullptr;
+    if (!pointer_.compare_exchange_strong(first, made, std::memory_order_acq_rel)) {
+      return first;
     }
-    return kept;
+    static_cast<void>(handle.release());
+    return made;
   }
 
   template <class Make>

@@ -60,7 +60,7 @@ PyObjectPtr wrap(const Any& value) {
   if (ensure_interpreter().is_error()) {
     return {};
   }
-  const GilGuard lock;
+  const gil_lock lock;
   return wrap_locked(value);
 }
 

@@ -53,9 +53,13 @@ Any object_value_python_method::declaring_context() const {
   if (!CPythonObject::matches(context.get())) {
     return context;
   }
-  TRY(ensure_interpreter());
+  if (ensure_interpreter().is_error()) {
+    return {};
+  }
   const GilGuard gil;
-  return class_of_python_type(python_object_of(context).get());
+  const auto of_class = class_of_python_type(python_object_of(context).get());
+  internal::tolerate_error(of_class);
+  return of_class ? Any(of_class.value()) : Any();
 }
 
 void object_value_python_method::set_declaring_context(const Any& context) {

@@ -13,7 +13,7 @@ namespace ling::cpython {
 Any call_python(PyObjectPtr_Borrowed callable, std::span<const Any> positional);
 Any call_python(PyObjectPtr_Borrowed callable, std::span<const Any> positional, std::span<const named_argument> named);
 
-// For an argument that `to_python` refused: the pending exception, else an Error that names the argument.
+// For an argument that `to_python_locked` refused: the pending exception, else an Error that names the argument.
 Error error_not_convertible(const Any& argument);
 
 // The signature of a callable as `inspect.signature` and its annotations tell it. Borrows the callable.

@@ -3,6 +3,8 @@
 
 #include "python/pending_exception.h"
 
+#include <algorithm>
+
 namespace ling::cpython {
 
 PyObject* module_attribute::look_up() const {
@@ -10,6 +12,7 @@ PyObject* module_attribute::look_up() const {
   PyObjectPtr attribute(module ? PyObject_GetAttrString(module.get(), name_) : nullptr);
   if (!attribute) {
     tolerate_exception();
+    attempts_left_.store(std::max(attempts_left_.load(std::memory_order_relaxed) - 1, 0), std::memory_order_relaxed);
     return nullptr;
   }
   return found_.publish(std::move(attribute));

@@ -4,11 +4,13 @@
 #include "ling/published.h"
 #include "python/pyobject_ptr.h"
 
+#include <atomic>
+
 namespace ling::cpython {
 
 // A constant at namespace scope. An import may give the lock away, so two threads may look the attribute up at once:
-// the first to finish decides, and nobody waits. What is missing is looked for again: what has kept it away, such as
-// exhausted memory, may have passed.
+// the first to finish decides, and nobody waits. What is missing is looked for a few times more: what has kept it away,
+// such as exhausted memory that an import hides, may have passed.
 class module_attribute {
  public:
   constexpr module_attribute(const char* module, const char* name) noexcept : module_(module), name_(name) {}
@@ -17,7 +19,7 @@ class module_attribute {
   // must be held.
   PyObject* get() const {
     PyObject* const found = found_.get();
-    return found != nullptr ? found : look_up();
+    return found != nullptr || attempts_left_.load(std::memory_order_relaxed) == 0 ? found : look_up();
   }
 
  private:
@@ -26,6 +28,7 @@ class module_attribute {
   const char* module_;
   const char* name_;
   mutable internal::published<PyObject> found_;
+  mutable std::atomic<int> attempts_left_{3};  // guarded by the lock, which an import may give away
 };
 
 }  // namespace ling::cpython

@@ -21,15 +21,19 @@ std::optional<fetched_exception> fetch_exception() {
   return fetched_exception{PyObjectPtr(type), PyObjectPtr(value), PyObjectPtr(traceback)};
 }
 
+void forget_exception() noexcept {
+  if (PyErr_Occurred() != nullptr && PyErr_ExceptionMatches(PyExc_KeyboardInterrupt) != 0) {
+    PyThreadState_SetAsyncExc(PyThread_get_thread_ident(), PyErr_Occurred());
+  }
+  PyErr_Clear();
+}
+
 void drop_exception() {
   if (PyErr_Occurred() == nullptr) [[likely]] {
     return;
   }
   const bool is_out_of_memory = PyErr_ExceptionMatches(PyExc_MemoryError) != 0;
-  if (PyErr_ExceptionMatches(PyExc_KeyboardInterrupt) != 0) {
-    PyThreadState_SetAsyncExc(PyThread_get_thread_ident(), PyErr_Occurred());
-  }
-  PyErr_Clear();
+  forget_exception();
   if (is_out_of_memory) {
     throw std::bad_alloc();
   }

@@ -40,6 +40,8 @@ std::optional<fetched_exception> fetch_exception();
 // clears it. Only exhausted memory is thrown on. An interrupt, which came from outside, comes again as soon as Python
 // code runs in this thread; an exit that the code itself has raised goes with what was asked.
 void drop_exception();
+// The same for those who must not throw: exhausted memory is forgotten, too.
+void forget_exception() noexcept;
 
 // The same for those who can tell: an interruption is thrown on, too, to become the Error that is returned, or raised
 // again, where the host or Python is answered.

@@ -28,7 +28,7 @@ class [[nodiscard]] gil_lock {
 };
 
 // The same for whatever may throw: a C++ exception that leaves the scope takes the place of a Python exception that is
-// pending there.
+// pending there. Not for functions that leave one pending for their caller, who may be a destructor.
 class [[nodiscard]] GilGuard : gil_lock {
  public:
   GilGuard() noexcept = default;

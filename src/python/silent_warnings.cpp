@@ -2,6 +2,8 @@
 // functions makes the interpreter forget which warnings it has shown.
 #include "python/silent_warnings.h"
 
+#include "python/pending_exception.h"
+
 namespace ling::cpython {
 
 namespace {
@@ -12,7 +14,7 @@ constexpr char registry[] = "__warningregistry__";
 PyObjectPtr current_filters() noexcept {
   const PyObjectPtr warnings(PyImport_ImportModule("warnings"));
   PyObjectPtr filters(warnings ? PyObject_GetAttrString(warnings.get(), "filters") : nullptr);
-  PyErr_Clear();
+  forget_exception();
   return filters && PyList_Check(filters.get()) ? std::move(filters) : PyObjectPtr();
 }
 
@@ -21,6 +23,7 @@ void remove_item(PyObject* list, PyObject* item) noexcept {
   for (Py_ssize_t i = 0; i < PyList_Size(list); ++i) {
     if (PyList_GetItem(list, i) == item) {
       PySequence_DelItem(list, i);
+      forget_exception();
       return;
     }
   }
@@ -34,7 +37,7 @@ PyObjectPtr globals_without_registry() noexcept {
     PyObject* const sys = PyImport_AddModule("sys");
     globals = sys == nullptr ? nullptr : PyModule_GetDict(sys);
   }
-  PyErr_Clear();
+  forget_exception();
   const bool has_none = globals != nullptr && PyDict_GetItemString(globals, registry) == nullptr;
   return has_none ? PyObjectPtr::share(globals) : PyObjectPtr();
 }
@@ -43,10 +46,10 @@ PyObjectPtr globals_without_registry() noexcept {
 
 silent_warnings::silent_warnings() noexcept
     : filter_(Py_BuildValue("(sOOOi)", "ignore", Py_None, PyExc_Warning, Py_None, 0)) {
-  PyErr_Clear();
+  forget_exception();
   PyObjectPtr filters = current_filters();
   if (!filter_ || !filters || PyList_Insert(filters.get(), 0, filter_.get()) != 0) {
-    PyErr_Clear();
+    forget_exception();
     return;
   }
   filters_ = std::move(filters);
@@ -63,7 +66,7 @@ silent_warnings::~silent_warnings() {
     remove_item(now.get(), filter_.get());
   }
   if (globals_ && PyDict_DelItemString(globals_.get(), registry) != 0) {
-    PyErr_Clear();  // there still is none
+    forget_exception();  // there still is none
   }
 }
 

@@ -77,7 +77,6 @@ std::vector<std::pair<const char*, Any>> ask_all(const held_values& held) {
       {"search", ask(list_of_host, "indexOf", {held["list"]})},
       {"value of an error", Error::unchecked(held["error"]).value()},
       {"doc", ask(function, ".doc")},
-      {"method's class", method.declaringContext()},
       {"compare", compare_objects(object, held["list"])},
       {"call", function(1)},
       {"call by name", function.callWithNamed(named)},
@@ -143,6 +142,8 @@ void end_interpreter(bool and_start_another) {
     }
     expect(is_refused(call_by_name("importAllModules", {})), "importAllModules");
     expect(!to_python(1), "to Python");
+    const auto method = Class_Generic::unchecked(held["class"]).definedMethod(meta_method_untyped("method")).value();
+    expect(method.declaringContext().empty(), "class of a method");
     expect(held.callable("function").name().empty() && held.callable("function").doc().empty(), "texts");
     std::thread([&] { expect(is_refused(display(held["list"])), "display"); }).join();
   }

@@ -47,6 +47,8 @@ ENDS = {
     "interrupt handled by a hook": "sys.excepthook = lambda *_: sys.exit(6)\nraise KeyboardInterrupt",
     "request of another kind": "class Other(BaseException): pass\nraise Other('text')",
     "exit with a list": "sys.exit([1])",
+    "names of the file after an exit": "atexit.register(lambda: print('__file__' in globals(), '__cached__' in globals())); sys.exit()",
+    "names of the file after an error": "atexit.register(lambda: print('__file__' in globals(), '__cached__' in globals())); 1 / 0",
     "exit with a number beyond 32 bits": "sys.exit((1 << 32) + 3)",
     "exit with a number of its own kind": "class Number(int): pass\nsys.exit(Number(7))",
     "exit without a code": "class Exit(SystemExit):\n    @property\n    def code(self): raise ValueError\nraise Exit(9)",

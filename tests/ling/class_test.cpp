@@ -154,6 +154,12 @@ TEST(Class, ThatIsCountedEndsWithItsLastHandle) {
   Class_Generic::unchecked(last).object().add_parent_unsafe(of_class);
   const WeakReference reference(passing);
   const WeakReference last_reference(last);
+  {
+    Any function = make_function("f", "", "", [] {});
+    auto& declared = static_cast<object_value_callable&>(*function.get());
+    declared.set_declaring_context(last);
+    declared.set_declaring_context(last);  // kept once
+  }
   parent.add_class_property_unsafe("later", Property::constant(5));
   EXPECT_EQ(text(property(last, "later")), "5");
   {

@@ -142,7 +142,7 @@ class object_value_shared_error final : public object_value_error {
 };
 
 const object_value_error& shared_out_of_memory() {
-  static const internal::immortal<object_value_shared_error> shared("Out of memory.");
+  static internal::immortal<object_value_shared_error> shared("Out of memory.");
   return shared.object;
 }
 // Made while the library is loaded.
