@@ -299,8 +299,7 @@ void empty_namespace(PyObject* names) {
   take_contents(names, [](std::string_view key) { return key != "__builtins__"; });
 }
 
-// Takes their contents from modules that something still refers to: what is private first, the built-in functions
-// never.
+// Takes their contents from modules that something still refers to.
 void empty_modules(PyObject* weak_references) {
   PyObject *name = nullptr, *weak = nullptr;
   for (std::ptrdiff_t i = 0;
@@ -474,7 +473,10 @@ void program::let_go() const {
   std::vector<known_namespace> namespaces;
   const reference forgotten = forget_modules(modules, namespaces);
   // What a program has put into `builtins` ends before what other modules hold.
-  const reference builtins = attribute(python.PyImport_AddModule("builtins"), "__dict__");
+  const reference builtins_name(python.PyUnicode_FromString("builtins"));
+  const reference builtins = attribute(
+      builtins_name ? python.PyDict_GetItem(modules_before_.get(), builtins_name.get()) : nullptr, "__dict__");
+  python.PyErr_Clear();
   for (const known_module& each : contents_before_) {
     if (each.names.get() == builtins.get()) {
       restore(each.names.get(), each.before.get());

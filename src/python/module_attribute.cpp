@@ -3,8 +3,6 @@
 
 #include "python/pending_exception.h"
 
-#include <algorithm>
-
 namespace ling::cpython {
 
 PyObject* module_attribute::look_up() const {
@@ -12,7 +10,7 @@ PyObject* module_attribute::look_up() const {
   PyObjectPtr attribute(module ? PyObject_GetAttrString(module.get(), name_) : nullptr);
   if (!attribute) {
     tolerate_exception();
-    attempts_left_.store(std::max(attempts_left_.load(std::memory_order_relaxed) - 1, 0), std::memory_order_relaxed);
+    --attempts_left_;
     return nullptr;
   }
   return found_.publish(std::move(attribute));

@@ -4,8 +4,6 @@
 #include "ling/published.h"
 #include "python/pyobject_ptr.h"
 
-#include <atomic>
-
 namespace ling::cpython {
 
 // A constant at namespace scope. An import may give the lock away, so two threads may look the attribute up at once:
@@ -19,7 +17,7 @@ class module_attribute {
   // must be held.
   PyObject* get() const {
     PyObject* const found = found_.get();
-    return found != nullptr || attempts_left_.load(std::memory_order_relaxed) == 0 ? found : look_up();
+    return found != nullptr || attempts_left_ <= 0 ? found : look_up();
   }
 
  private:
@@ -28,7 +26,7 @@ class module_attribute {
   const char* module_;
   const char* name_;
   mutable internal::published<PyObject> found_;
-  mutable std::atomic<int> attempts_left_{3};  // guarded by the lock, which an import may give away
+  mutable int attempts_left_ = 3;  // guarded by the lock
 };
 
 }  // namespace ling::cpython
