@@ -1,26 +1,16 @@
 // A program in the interpreter, from its start to its end.
 #pragma once
 
-#include "host/python_api.h"
+#include "host/program_cleanup.h"
+#include "host/report.h"
 #include "ling/none.h"
 #include "ling/string.h"
 #include "ling/union.h"
 
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace ling::host {
-
-// The exit statuses that are not the program's own.
-enum exit_status : int { success = 0, failure = 1, wrong_usage = 2, lost_output = 120 };
-
-// What the process ends with: a status or, as the shell that has started it expects, the interrupt itself.
-struct outcome {
-  int status = success;
-  bool interrupted = false;
-  bool exited = false;  // the program has said itself that it ends
-};
 
 // A list in the module `sys` by which the host hands over what it has got from Python.
 inline constexpr char handover_name[] = "ling_handover";
@@ -48,36 +38,10 @@ class program {
   int end(const outcome& how) const;
 
  private:
-  // The contents of a module, and a copy from before the program.
-  struct known_module {
-    reference names;
-    reference before;
-  };
-
-  // The namespace of a module that has been forgotten, which dies when nothing else refers to it. Its address alone:
-  // nothing says that it is still there.
-  struct known_namespace {
-    PyObject* names;
-    reference alive;  // weakly, an object that the namespace has
-  };
-
   program() = default;
-  void remember_contents();
-  void let_go() const;
-  void let_go_of_signal_handlers() const;
-  reference forget_modules(PyObject* modules, std::vector<known_namespace>& namespaces) const;
-  void empty_left_namespace(const known_namespace& left) const;
-  static void watch(PyObject* names, std::vector<known_namespace>& namespaces);
-  void collect_garbage() const;
 
   reference run_exit_handlers_;
-  reference signal_handler_;
-  reference set_signal_handler_;
-  reference collect_garbage_;
-  reference garbage_callbacks_;
-  reference referrers_;
-  reference modules_before_;
-  std::vector<known_module> contents_before_;
+  program_cleanup cleanup_;
   reference handover_;
   reference own_output_;
   reference own_errors_;

@@ -116,6 +116,23 @@ struct python_api {
 // Complete once it has been opened.
 inline constinit python_api python;
 
+// The interpreter lock, for as long as this lives.
+class [[nodiscard]] interpreter_lock {
+ public:
+  interpreter_lock() : state_(python.PyGILState_Ensure()) {}
+  ~interpreter_lock() { python.PyGILState_Release(state_); }
+  interpreter_lock(const interpreter_lock&) = delete;
+  interpreter_lock& operator=(const interpreter_lock&) = delete;
+
+ private:
+  int state_;
+};
+
+inline constexpr char main_name[] = "__main__";
+
+inline PyObject* none() { return python._Py_NoneStruct; }
+inline bool is_none(PyObject* object) { return object == nullptr || object == none(); }
+
 // An owned reference to a Python object, or null; the lock must be held.
 class [[nodiscard]] reference {
  public:
@@ -149,9 +166,12 @@ class [[nodiscard]] reference {
   PyObject* object_ = nullptr;
 };
 
-// Both pass a failure on: of null comes null, and the exception stays pending.
+// They pass a failure on: of null comes null, and the exception stays pending.
 inline reference attribute(PyObject* object, const char* name) {
   return reference(object == nullptr ? nullptr : python.PyObject_GetAttrString(object, name));
+}
+inline reference module_attribute(const char* module, const char* name) {
+  return attribute(reference(python.PyImport_ImportModule(module)).get(), name);
 }
 template <class... Arguments>
 reference call(const reference& function, Arguments*... arguments) {
