@@ -7,7 +7,6 @@
 #pragma once
 
 #include "ling/class.h"
-#include "ling/spinlock.h"
 
 #include <memory>
 #include <utility>
@@ -15,12 +14,20 @@
 
 namespace ling {
 
+class Boolean;
 class I_Map_Generic;
 class None;
 
 namespace internal {
-class ordered_table;
+class key_table;
 }
+
+// What there is under a key.
+struct key_lookup {
+  Any error = {};  // when the key is not immutable or cannot be compared
+  bool found = false;
+  Any value = {};
+};
 
 class LING_API object_value_hash_map final : public object_value {
  public:
@@ -32,10 +39,10 @@ class LING_API object_value_hash_map final : public object_value {
   object_value_class& object_class() const override;
 
   std::size_t length() const noexcept;
-  // Whether the key was there; `*value` receives a copy when not null. An Error for a key that is not immutable.
-  Any find(const Any& key, Any* value, bool* found) const;
-  Any set(const Any& key, Any value);                     // None or an Error
-  Any remove(const Any& key, Any* value, bool* removed);  // None or an Error
+  key_lookup find(const Any& key) const;
+  Result<Boolean> contains(const Any& key) const;
+  Result<None> set(const Any& key, Any value);
+  key_lookup remove(const Any& key);
   void clear() noexcept;
   std::vector<std::pair<Any, Any>> copy_pairs() const;
   std::vector<Any> copy_keys() const;
@@ -46,8 +53,7 @@ class LING_API object_value_hash_map final : public object_value {
 
  private:
   object_value_class* const class_;
-  mutable spinlock lock_;
-  std::unique_ptr<internal::ordered_table> table_;
+  const std::unique_ptr<internal::key_table> table_;
 };
 
 class LING_API HashMap_Generic : public Handle<HashMap_Generic, object_value_hash_map> {
@@ -61,8 +67,8 @@ class LING_API HashMap_Generic : public Handle<HashMap_Generic, object_value_has
   // The value, or `otherwise` when the key is not there.
   Any get(const Any& key, const Any& otherwise = {}) const;
   void set(const Any& key, const Any& value) const;  // the key must be immutable
-  // None, or an Error when the key is not immutable or the key or value is not of the map's type.
-  Any setChecked(const Any& key, const Any& value) const;
+  // An Error when the key is not immutable or the key or value is not of the map's type.
+  Result<None> setChecked(const Any& key, const Any& value) const;
   bool remove(const Any& key) const;
   Type keysType() const;
   Type valuesType() const;

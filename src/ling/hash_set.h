@@ -3,17 +3,17 @@
 #pragma once
 
 #include "ling/class.h"
-#include "ling/spinlock.h"
 
 #include <memory>
 #include <vector>
 
 namespace ling {
 
+class Boolean;
 class None;
 
 namespace internal {
-class ordered_table;
+class key_table;
 }
 
 class LING_API object_value_hash_set final : public object_value {
@@ -25,9 +25,10 @@ class LING_API object_value_hash_set final : public object_value {
   object_value_class& object_class() const override;
 
   std::size_t length() const noexcept;
-  Any contains(const Any& value, bool* found) const;  // None or an Error
-  Any insert(const Any& value, bool* inserted);       // None or an Error
-  Any remove(const Any& value, bool* removed);        // None or an Error
+  // An Error when the value is not immutable or cannot be compared.
+  Result<Boolean> contains(const Any& value) const;
+  Result<Boolean> insert(const Any& value);  // whether it was not there before
+  Result<Boolean> remove(const Any& value);  // whether it was there
   void clear() noexcept;
   std::vector<Any> copy_items() const;
   Any clone() const;  // a set of the same class
@@ -36,8 +37,7 @@ class LING_API object_value_hash_set final : public object_value {
 
  private:
   object_value_class* const class_;
-  mutable spinlock lock_;
-  std::unique_ptr<internal::ordered_table> table_;
+  const std::unique_ptr<internal::key_table> table_;
 };
 
 class LING_API HashSet_Generic : public Handle<HashSet_Generic, object_value_hash_set> {
@@ -48,7 +48,7 @@ class LING_API HashSet_Generic : public Handle<HashSet_Generic, object_value_has
   std::vector<Any> copyItems() const { return object().copy_items(); }
   bool contains(const Any& value) const;
   // Whether the value was not there before; an Error for one that is not immutable or not of the set's type.
-  Any insert(const Any& value) const;
+  Result<Boolean> insert(const Any& value) const;
   bool remove(const Any& value) const;
   Type elementsType() const;
 

@@ -186,12 +186,11 @@ ordering_value comparison::compare_maps(const HashMap_Generic& a, const HashMap_
     return ordering_value::Incomparable;
   }
   for (const auto& [key, value] : pairs) {
-    Any other;
-    bool found = false;
-    if (Any error = b.object().find(key, &other, &found); is_error_result(error)) {
-      return fail(std::move(error));
+    key_lookup other = b.object().find(key);
+    if (!other.error.empty()) {
+      return fail(std::move(other.error));
     }
-    if (!found || compare(value, other, question::equality) != ordering_value::Equal) {
+    if (!other.found || compare(value, other.value, question::equality) != ordering_value::Equal) {
       return ordering_value::Incomparable;
     }
   }
@@ -208,11 +207,11 @@ ordering_value comparison::compare_sets(const HashSet_Generic& a, const HashSet_
     return ordering_value::Incomparable;
   }
   for (const Any& item : items) {
-    bool found = false;
-    if (Any error = b.object().contains(item, &found); is_error_result(error)) {
-      return fail(std::move(error));
+    const Result<Boolean> found = b.object().contains(item);
+    if (found.is_error()) {
+      return fail(found);
     }
-    if (!found) {
+    if (!found.value().value()) {
       return ordering_value::Incomparable;
     }
   }

@@ -19,11 +19,11 @@ object_value_hash_set* as_hash_set(const Any& value) noexcept {
   return value.type() == ObjectType::HashSet ? static_cast<object_value_hash_set*>(value.get()) : nullptr;
 }
 
-Result<Any> value_or_missing(const Any& key, const Any& outcome, bool found, Any&& value) {
-  if (is_error_result(outcome)) {
-    return Result<Any>::unchecked(outcome);
+Result<Any> value_or_missing(const Any& key, key_lookup outcome) {
+  if (!outcome.error.empty()) {
+    return Result<Any>::unchecked(std::move(outcome.error));
   }
-  return found ? Result<Any>::unchecked(std::move(value)) : internal::error_key_not_found(key);
+  return outcome.found ? Result<Any>::unchecked(std::move(outcome.value)) : internal::error_key_not_found(key);
 }
 
 }  // namespace
@@ -53,10 +53,7 @@ Result<List_Generic> I_Map_Generic::values() const {
 
 Result<Any> I_Map_Generic::get(const Any& key) const {
   if (const auto* map = as_hash_map(*this)) {
-    Any value;
-    bool found = false;
-    const Any outcome = map->find(key, &value, &found);
-    return value_or_missing(key, outcome, found, std::move(value));
+    return value_or_missing(key, map->find(key));
   }
   // One call and no race between asking and getting: a default that no map holds.
   const Any value = TRY(get(key, Undefined()));
@@ -68,13 +65,10 @@ Result<Any> I_Map_Generic::get(const Any& key, const Any& otherwise) const {
   if (map == nullptr) {
     return promised<Any>(call_member(*this, members::get, key, otherwise));
   }
-  Any value;
-  bool found = false;
-  Any outcome = map->find(key, &value, &found);
-  if (is_error_result(outcome)) {
-    return Result<Any>::unchecked(std::move(outcome));
-  }
-  return Result<Any>::unchecked(found ? std::move(value) : otherwise);
+  key_lookup outcome = map->find(key);
+  return Result<Any>::unchecked(outcome.found           ? std::move(outcome.value)
+                                : outcome.error.empty() ? otherwise
+                                                        : std::move(outcome.error));
 }
 
 Type I_Map_Generic::keysType() const {
@@ -126,17 +120,14 @@ Any I_Map_Generic::createInstance(const Type& key, const Type& value) {
 
 Result<None> I_MutableMap_Generic::set(const Any& key, const Any& value) const {
   if (as_hash_map(*this) != nullptr) {
-    return done(HashMap_Generic::unchecked(*this).setChecked(key, value));
+    return HashMap_Generic::unchecked(*this).setChecked(key, value);
   }
   return done(call_member(*this, members::set, key, value));
 }
 
 Result<Any> I_MutableMap_Generic::remove(const Any& key) const {
   if (auto* map = as_hash_map(*this)) {
-    Any value;
-    bool removed = false;
-    const Any outcome = map->remove(key, &value, &removed);
-    return value_or_missing(key, outcome, removed, std::move(value));
+    return value_or_missing(key, map->remove(key));
   }
   return promised<Any>(call_member(*this, members::remove, key));
 }
@@ -165,16 +156,14 @@ Class_Generic I_Set_Generic::genericInstance(const Type& element) {
 
 Result<Boolean> I_MutableSet_Generic::insert(const Any& value) const {
   if (as_hash_set(*this) != nullptr) {
-    return promised<Boolean>(HashSet_Generic::unchecked(*this).insert(value));
+    return HashSet_Generic::unchecked(*this).insert(value);
   }
   return promised<Boolean>(call_member(*this, members::insert, value));
 }
 
 Result<Boolean> I_MutableSet_Generic::remove(const Any& value) const {
   if (auto* set = as_hash_set(*this)) {
-    bool removed = false;
-    const Any outcome = set->remove(value, &removed);
-    return is_error_result(outcome) ? Result<Boolean>::unchecked(outcome) : Boolean(removed);
+    return set->remove(value);
   }
   return promised<Boolean>(call_member(*this, members::remove, value));
 }

@@ -1,10 +1,5 @@
-// The ordered hash table and the search for a key.
+// The ordered hash table.
 #include "ling/containers/ordered_table.h"
-
-#include "ling/containers/container_errors.h"
-#include "ling/interfaces.h"
-#include "ling/reflection.h"
-#include "ling/tuple.h"
 
 #include <algorithm>
 
@@ -101,93 +96,6 @@ void ordered_table::link(std::uint32_t position) noexcept {
     slot = (slot + 1) & (index_.size() - 1);
   }
   index_[slot] = position;
-}
-
-// --- key_search ------------------------------------------------------------------------------------------------------
-
-bool is_key(const Any& value) {
-  if (is_plain(value.type())) [[likely]] {
-    return true;
-  }
-  if (value.type() != ObjectType::Tuple) {
-    return I_Immutable::matches(value.get());
-  }
-  // Tuples are walked without recursion: a tuple may hold tuples as deep as it likes.
-  std::vector<const object_value_tuple*> open{static_cast<const object_value_tuple*>(value.get())};
-  while (!open.empty()) {
-    const object_value_tuple& tuple = *open.back();
-    open.pop_back();
-    for (const Any& item : tuple.items()) {
-      if (item.type() == ObjectType::Tuple) {
-        open.push_back(static_cast<const object_value_tuple*>(item.get()));
-      } else if (!is_plain(item.type()) && !I_Immutable::matches(item.get())) {
-        return false;
-      }
-    }
-  }
-  return true;
-}
-
-Result<None> key_search::prepare() {
-  if (is_plain(key_->type())) [[likely]] {
-    set_hash(hash_of(*key_));
-    return None();
-  }
-  if (key_->has(object_traits::lazy)) {
-    forced_ = unwrap(*key_);
-    key_ = &forced_;
-  }
-  if (is_error_result(*key_)) {
-    return Error::unchecked(*key_);
-  }
-  if (!is_key(*key_)) {
-    return error_not_immutable(role_, *key_);
-  }
-  Any error;
-  set_hash(hash_of_key(*key_, error));
-  return error.empty() ? Result<None>(None()) : Error::unchecked(std::move(error));
-}
-
-equality key_search::recall(const Any& candidate) const noexcept {
-  for (const comparison& each : done_) {
-    if (each.candidate.is_same(candidate)) {
-      return each.outcome;
-    }
-  }
-  return equality::unknown;
-}
-
-Result<None> key_search::find(std::unique_lock<spinlock>& held, const ordered_table& table, std::uint32_t& position) {
-  std::size_t slot = table.first_slot(hash_);
-  while ((position = table.next_candidate(hash_, slot)) != ordered_table::nowhere) {
-    const Any& candidate = table.at(position).key;
-    equality outcome = compare_plain(candidate, *key_);
-    if (outcome == equality::unknown) {
-      outcome = recall(candidate);
-    }
-    if (outcome == equality::same) {
-      return None();
-    }
-    if (outcome == equality::different) {
-      continue;
-    }
-    done_.push_back({candidate, equality::unknown});
-    const std::uint64_t version = table.version();
-    held.unlock();
-    const Result<Boolean> compared = equal_objects(done_.back().candidate, *key_);
-    held.lock();
-    if (compared.is_error()) {
-      return compared.error();
-    }
-    const bool equal = compared.value().value();
-    done_.back().outcome = equal ? equality::same : equality::different;
-    if (table.version() != version) {
-      slot = table.first_slot(hash_);
-    } else if (equal) {
-      return None();
-    }
-  }
-  return None();
 }
 
 }  // namespace ling::internal

@@ -1,4 +1,4 @@
-// ordered_table: the hash table behind HashMap and HashSet, in order of insertion; key_search, which finds keys in it.
+// ordered_table: the hash table behind HashMap and HashSet, in order of insertion.
 //
 // Entries stand in one row in the order of insertion; an index of 32-bit positions, open addressing, leads from a hash
 // to its entries. Removing leaves a gap, found in constant time; gaps are closed when there are many, at a cost that
@@ -8,13 +8,10 @@
 // to destroy after unlocking.
 #pragma once
 
-#include "ling/algorithms/equality.h"
-#include "ling/none.h"
-#include "ling/spinlock.h"
-#include "ling/union.h"
+#include "ling/any.h"
 
+#include <cstddef>
 #include <cstdint>
-#include <mutex>
 #include <vector>
 
 namespace ling::internal {
@@ -70,42 +67,5 @@ class ordered_table {
   std::size_t length_ = 0;
   std::uint64_t version_ = 0;
 };
-
-// Finds one key, giving up the lock while it compares keys whose equality is decided by meta-methods. Stands before the
-// lock in the owner's function, because what it keeps alive must die after unlocking.
-class key_search {
- public:
-  // `role` is what the owner calls its keys in messages; a literal.
-  key_search(const Any& key, const char* role) noexcept : key_(&key), role_(role) {}
-  key_search(const key_search&) = delete;
-  key_search& operator=(const key_search&) = delete;
-
-  // The first step, before locking: hashes the key. An Error when it is not immutable or its `__hash__` gives one.
-  Result<None> prepare();
-  const Any& key() const noexcept { return *key_; }
-  std::uint64_t hash() const noexcept { return hash_; }
-
-  // The position of the key, or `nowhere`. `held` is locked before and after, not always in between. An Error when keys
-  // cannot be compared. No key in the table is compared twice, so a meta-method that changes the table cannot keep the
-  // search going for ever.
-  Result<None> find(std::unique_lock<spinlock>& held, const ordered_table& table, std::uint32_t& position);
-
- private:
-  struct comparison {
-    Any candidate;
-    equality outcome;
-  };
-  void set_hash(std::uint64_t hash) noexcept { hash_ = hash == 0 ? 1 : hash; }  // 0 marks gaps
-  equality recall(const Any& candidate) const noexcept;
-
-  const Any* key_;
-  Any forced_;  // what a lazy key turned out to be
-  const char* role_;
-  std::uint64_t hash_ = 0;
-  std::vector<comparison> done_;
-};
-
-// Whether a value may be a key: an immutable value that holds only immutable ones.
-bool is_key(const Any& value);
 
 }  // namespace ling::internal

@@ -74,20 +74,15 @@ Result<I_Iterator_Generic> I_Iterable_Generic::iter() const {
 }
 
 Result<Boolean> I_Iterable_Generic::contains(const Any& value) const {
-  bool is_there = false;
   switch (type()) {
     case ObjectType::List:
       return found(as_list(*this)->index_of(value, 0));
     case ObjectType::Tuple:
       return found(as_tuple(*this)->index_of(value, 0));
-    case ObjectType::HashMap: {
-      const Any outcome = static_cast<const object_value_hash_map*>(get())->find(value, nullptr, &is_there);
-      return is_error_result(outcome) ? Result<Boolean>::unchecked(outcome) : Boolean(is_there);
-    }
-    case ObjectType::HashSet: {
-      const Any outcome = static_cast<const object_value_hash_set*>(get())->contains(value, &is_there);
-      return is_error_result(outcome) ? Result<Boolean>::unchecked(outcome) : Boolean(is_there);
-    }
+    case ObjectType::HashMap:
+      return static_cast<const object_value_hash_map*>(get())->contains(value);
+    case ObjectType::HashSet:
+      return static_cast<const object_value_hash_set*>(get())->contains(value);
     default:
       break;
   }

@@ -1,0 +1,45 @@
+// key_table: the keys of a HashMap or a HashSet and what stands under them, with the lock that guards them.
+//
+// Threads: every operation is atomic, although the lock is given up while keys are compared whose equality is decided
+// by meta-methods. What leaves the table dies after the lock.
+#pragma once
+
+#include "ling/containers/ordered_table.h"
+#include "ling/hash_map.h"
+
+#include <vector>
+
+namespace ling::internal {
+
+// Whether the key was there, or was not, as wanted.
+Result<Boolean> answer(const key_lookup& outcome, bool wanted);
+
+class key_table {
+ public:
+  // What messages call a key, and the container.
+  struct words {
+    const char* key;
+    const char* container;
+  };
+  explicit key_table(const words& names) noexcept : names_(names) {}
+
+  std::size_t length() const noexcept;
+  key_lookup find(const Any& key) const;
+  // Puts the value under the key, after all others when it is new. Tells whether it was there, not what stood there.
+  key_lookup store(const Any& key, Any value);
+  // Takes out the key and the value.
+  key_lookup remove(const Any& key);
+  void clear() noexcept;
+  void copy_from(const key_table& other);
+
+  // The keys or the values, in order.
+  std::vector<Any> copy(Any ordered_table::entry::*part) const;
+  std::vector<std::pair<Any, Any>> copy_pairs() const;
+
+ private:
+  const words& names_;
+  mutable spinlock lock_;
+  ordered_table entries_;
+};
+
+}  // namespace ling::internal
