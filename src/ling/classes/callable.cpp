@@ -43,22 +43,21 @@ Class_Generic I_Callable_Generic::getClass() { return internal::callable_class.r
 
 namespace {
 
-// "Bad call of 'shop.Inventory.add'": what all argument errors begin with.
-std::string bad_call(const object_value_callable& callable) {
-  return "Bad call of '" + std::string(qualname(Any::share(&callable)).view()) + "': ";
+// What all argument errors begin with: "Bad call of 'shop.Inventory.add': ".
+BadArgument bad_call(const object_value_callable& callable, const String& fault) {
+  return BadArgument(String("Bad call of '{}': {}").arg(qualname(Any::share(&callable)), fault));
 }
 
-std::string count_text(std::size_t count) { return std::to_string(count) + (count == 1 ? " argument" : " arguments"); }
+String count_text(std::size_t count) { return String(count == 1 ? "{} argument" : "{} arguments").arg(count); }
 
 // "3 arguments", "1 to 3 arguments", "at least 1 argument".
-std::string accepted_count(const Signature& signature) {
+String accepted_count(const Signature& signature) {
   const std::size_t required = signature.requiredParameterCount();
   if (signature.hasVariadicParameters()) {
-    return "at least " + count_text(required);
+    return String("at least {}").arg(count_text(required));
   }
   const std::size_t maximum = signature.parameterCount();
-  return required == maximum ? count_text(maximum)
-                             : std::to_string(required) + " to " + std::to_string(maximum) + " arguments";
+  return required == maximum ? count_text(maximum) : String("{} to {} arguments").arg(required, maximum);
 }
 
 // What a callable says of itself; an Error when it cannot tell.
@@ -72,17 +71,15 @@ Result<Signature> known_signature(const object_value_callable& callable) {
 
 Any object_value_callable::error_arguments_count(std::size_t given) const {
   const Result<Signature> declared = known_signature(*this);
-  std::string text = bad_call(*this);
-  if (declared) {
-    // A receiver is no argument to whoever wrote the call.
-    const Signature& shown = declared.value();
-    const std::size_t receiver = !is_independent() && shown.parameterCount() != 0 ? 1 : 0;
-    text += "expected " + accepted_count(receiver != 0 ? shown.withoutReceiver() : shown) + ", got ";
-    text += std::to_string(given - std::min(given, receiver)) + ".";
-  } else {
-    text += count_text(given) + " are not accepted.";
+  if (!declared) {
+    return bad_call(*this, String("{} are not accepted.").arg(count_text(given)));
   }
-  return BadArgument(text);
+  // A receiver is no argument to whoever wrote the call.
+  const Signature& shown = declared.value();
+  const std::size_t receiver = !is_independent() && shown.parameterCount() != 0 ? 1 : 0;
+  return bad_call(*this, String("expected {}, got {}.")
+                             .arg(accepted_count(receiver != 0 ? shown.withoutReceiver() : shown),
+                                  given - std::min(given, receiver)));
 }
 
 Any object_value_callable::do_call_named(std::span<const Any> positional, std::span<const named_argument> named) const {
@@ -100,10 +97,10 @@ Any object_value_callable::do_call_named(std::span<const Any> positional, std::s
       ++i;
     }
     if (i == fixed) {
-      return BadArgument(bad_call(*this) + "no parameter is named '" + std::string(each.name.view()) + "'.");
+      return bad_call(*this, String("no parameter is named '{}'.").arg(each.name));
     }
     if (placed[i]) {
-      return BadArgument(bad_call(*this) + "the argument '" + std::string(each.name.view()) + "' is given twice.");
+      return bad_call(*this, String("the argument '{}' is given twice.").arg(each.name));
     }
     placed[i] = each.value;
   }
@@ -113,8 +110,7 @@ Any object_value_callable::do_call_named(std::span<const Any> positional, std::s
     if (!placed[i]) {
       const Any* value = declared.defaultOf(i);
       if (value == nullptr) {
-        return BadArgument(bad_call(*this) + "the argument '" + std::string(parameters[i].name().view()) +
-                           "' is missing.");
+        return bad_call(*this, String("the argument '{}' is missing.").arg(parameters[i].name()));
       }
       placed[i] = *value;
     }
@@ -156,8 +152,7 @@ Any I_Callable_Generic::callWithNamed(const List_Generic& positional, const Hash
     for (const auto& [key, value] : named.copyPairs()) {
       const auto name = String::cast(key);
       if (!name) {
-        return BadArgument(bad_call(object()) +
-                           "the name of an argument is not a String: " + std::string(display_text(key).view()) + ".");
+        return bad_call(object(), String("the name of an argument is not a String: {}.").arg(display_text(key)));
       }
       row.push_back({*name, value});
     }
@@ -238,9 +233,9 @@ Any object_value_function::error_bad_argument(std::size_t index, const Any& valu
     return declared;
   }
   const Parameter parameter = declared->parameters()[index];
-  return BadArgument(bad_call(*this) + "the argument '" + std::string(parameter.name().view()) + "' must be " +
-                     std::string(parameter.type().name().view()) + ", not " +
-                     std::string(class_of(value).name().view()) + ": " + std::string(display_text(value).view()));
+  return bad_call(*this,
+                  String("the argument '{}' must be {}, not {}: {}")
+                      .arg(parameter.name(), parameter.type().name(), class_of(value).name(), display_text(value)));
 }
 
 // --- bound methods --------------------------------------------------------------------------------------------------

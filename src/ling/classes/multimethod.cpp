@@ -58,16 +58,16 @@ std::optional<std::size_t> distance(const Signature& signature, std::span<const 
 }
 
 Error no_overload(const object_value_multimethod& method, std::span<const Any> arguments) {
-  std::string text = "No overload of '" + std::string(qualname(Any::share(&method)).view()) + "' takes (";
-  for (std::size_t i = 0; i < arguments.size(); ++i) {
-    text += (i == 0 ? "" : ", ") + std::string(class_of(arguments[i]).name().view());
+  std::string types, overloads;
+  for (const Any& argument : arguments) {
+    types.append(types.empty() ? "" : ", ").append(class_of(argument).name().view());
   }
-  text += "); there are:";
   for (const I_Callable_Generic& each : method.overloads()) {
     const Result<Signature> signature = each.signature();
-    text += "\n  " + std::string(signature ? signature.value().toString().view() : signature.error().message().view());
+    overloads.append("\n  ").append((signature ? signature.value().toString() : signature.error().message()).view());
   }
-  return BadArgument(text);
+  return BadArgument(String("No overload of '{}' takes ({}); there are:{}")
+                         .arg(qualname(Any::share(&method)), String(types), String(overloads)));
 }
 
 }  // namespace
