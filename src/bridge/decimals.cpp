@@ -1,6 +1,5 @@
 // Decimals across the border.
-#include "bridge/decimals.h"
-
+#include "bridge/dates_and_decimals.h"
 #include "python/convert.h"
 #include "python/error_bridge.h"
 #include "python/instance_test.h"

@@ -1,8 +1,7 @@
 // Exceptions to Errors and back.
 #include "python/error_bridge.h"
 
-#include "bridge/error_position.h"
-#include "bridge/exception_text.h"
+#include "bridge/exception_details.h"
 #include "bridge/exception_types.h"
 #include "ling/lazy.h"
 #include "ling/reflection.h"

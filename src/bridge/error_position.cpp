@@ -1,6 +1,5 @@
 // Reading source positions off exceptions and tracebacks.
-#include "bridge/error_position.h"
-
+#include "bridge/exception_details.h"
 #include "python/pending_exception.h"
 #include "python/python_name.h"
 

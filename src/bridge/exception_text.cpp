@@ -1,6 +1,5 @@
 // What Python has to say of an exception.
-#include "bridge/exception_text.h"
-
+#include "bridge/exception_details.h"
 #include "ling/detail/under_way.h"
 #include "python/error_bridge.h"
 #include "python/module_attribute.h"

@@ -1,6 +1,5 @@
 // Python objects to host values: one row of tests, whose order is part of the contract.
-#include "bridge/dates.h"
-#include "bridge/decimals.h"
+#include "bridge/dates_and_decimals.h"
 #include "bridge/exception_types.h"
 #include "function/python_function.h"
 #include "ling/boolean.h"

@@ -1,6 +1,5 @@
 // Host values to Python objects: one dispatch on the kind of the value.
-#include "bridge/dates.h"
-#include "bridge/decimals.h"
+#include "bridge/dates_and_decimals.h"
 #include "function/python_function.h"
 #include "ling/boolean.h"
 #include "ling/byte_array.h"

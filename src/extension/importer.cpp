@@ -1,6 +1,5 @@
 // The importer is Python code with two native functions among its globals.
-#include "extension/importer.h"
-
+#include "extension/startup_steps.h"
 #include "lingobject/module_export.h"
 #include "python/pending_exception.h"
 #include "python/pyobject_ptr.h"

@@ -1,6 +1,6 @@
 // A host loads this module, and with it the interpreter library, with local symbols as a rule. `import _struct` then
 // fails with an undefined symbol: Python's extension modules expect those of the interpreter to be global.
-#include "extension/interpreter_library.h"
+#include "extension/startup_steps.h"
 #include "python/python_api.h"
 
 #include <dlfcn.h>

@@ -1,5 +1,5 @@
 // Extension modules of Windows name the library that each symbol comes from: there is nothing to make visible.
-#include "extension/interpreter_library.h"
+#include "extension/startup_steps.h"
 
 namespace ling::cpython {
 

@@ -1,6 +1,5 @@
 // The tree of Python modules, a row per module.
-#include "extension/module_tree.h"
-
+#include "extension/startup_steps.h"
 #include "language/cpython_language.h"
 #include "ling/reflection.h"
 #include "python/python_modules.h"

@@ -1,8 +1,6 @@
 // The start of the interpreter: what is done, in which order, and that it is done once.
-#include "extension/importer.h"
-#include "extension/interpreter_library.h"
-#include "extension/module_tree.h"
 #include "extension/search_paths.h"
+#include "extension/startup_steps.h"
 #include "language/cpython_language.h"
 #include "ling/error.h"
 #include "python/interpreter.h"
