@@ -12,7 +12,7 @@
 
 namespace {
 
-// --- a class of the host, and how Python sees it --------------------------------------------------------------------
+// --- a class of the host, and how Python sees it ---------------------------------------------------------------------
 struct inventory {
   std::string name;
   std::map<std::string, std::int64_t> counts;

@@ -101,7 +101,7 @@ void describe_class_type(type_object& type, const object_value_class& of_class,
   }
 }
 
-// --- the table ------------------------------------------------------------------------------------------------------
+// --- the table -------------------------------------------------------------------------------------------------------
 
 struct fnv1a_hash {
   std::size_t operator()(const object_value_class* of_class) const noexcept {
@@ -149,7 +149,7 @@ PyTypeObject* class_type_of(object_value_class& of_class) {
   return type;
 }
 
-// --- the choice -----------------------------------------------------------------------------------------------------
+// --- the choice ------------------------------------------------------------------------------------------------------
 
 bool has_type_of_its_own(const object_value_class& of_class) {
   static const object_value_class& module_class = Module::getClass().object();

@@ -6,7 +6,7 @@
 
 namespace ling::cpython {
 
-// --- attributes -----------------------------------------------------------------------------------------------------
+// --- attributes ------------------------------------------------------------------------------------------------------
 
 slot_result get_attribute(const Any& value, PyObject* name);                       // tp_getattro
 slot_result set_attribute(const Any& value, PyObject* name, PyObject* new_value);  // tp_setattro; a null value deletes
@@ -19,20 +19,20 @@ slot_result set_property(const Any& value, const name_entry* name, PyObject* new
 // A method of the value as Python gets it: bound, unless it takes no receiver.
 slot_result bind_method(const Any& method, const Any& value);
 
-// --- texts, hash, order ---------------------------------------------------------------------------------------------
+// --- texts, hash, order ----------------------------------------------------------------------------------------------
 
 slot_result code_text(const Any& value, PyObject* wrapper);             // tp_repr
 slot_result plain_text(const Any& value, PyObject* wrapper);            // tp_str
 Py_hash_t hash(const Any& value);                                       // tp_hash
 slot_result compare(const Any& value, PyObject* other, int operation);  // tp_richcompare
 
-// --- calls, iteration -----------------------------------------------------------------------------------------------
+// --- calls, iteration ------------------------------------------------------------------------------------------------
 
 slot_result call(const Any& value, PyObject* arguments, PyObject* keywords);  // tp_call
 slot_result iterate(const Any& value, PyObject* wrapper);                     // tp_iter
 slot_result next_item(const Any& value);                                      // tp_iternext; nothing to say at the end
 
-// --- items of sequences, maps and sets ------------------------------------------------------------------------------
+// --- items of sequences, maps and sets -------------------------------------------------------------------------------
 
 Py_ssize_t length_slot(PyObject* self) noexcept;                                     // sq_length, mp_length
 PyObject* item_slot(PyObject* self, Py_ssize_t index) noexcept;                      // sq_item

@@ -145,7 +145,7 @@ Result<String> display_object(const CPythonObject& self) {
   });
 }
 
-// --- hooks: called by the runtime, into which nothing is thrown -----------------------------------------------------
+// --- hooks: called by the runtime, into which nothing is thrown ------------------------------------------------------
 
 Any method_hook(const Any& instance, const name_entry& name) {
   return internal::guarded([&]() -> Any {

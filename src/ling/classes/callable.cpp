@@ -39,7 +39,7 @@ constinit const class_definition<I_Callable_Generic> internal::function_class(
 Type I_Callable_Generic::getType() { return Type::of(getClass()); }
 Class_Generic I_Callable_Generic::getClass() { return internal::callable_class.required(); }
 
-// --- every callable -------------------------------------------------------------------------------------------------
+// --- every callable --------------------------------------------------------------------------------------------------
 
 namespace {
 
@@ -134,7 +134,7 @@ bool object_value_callable::has_variadic_parameters() const {
   return declared && declared.value().hasVariadicParameters();
 }
 
-// --- the handle -----------------------------------------------------------------------------------------------------
+// --- the handle ------------------------------------------------------------------------------------------------------
 
 Any I_Callable_Generic::callWith(const List_Generic& arguments) const {
   // The row is shared: nothing is copied.
@@ -175,7 +175,7 @@ I_Callable_Generic I_Callable_Generic::bindInstance(const Any& instance) const {
   return unchecked(make<object_value_multimethod>(multimethod.name(), std::move(overloads)));
 }
 
-// --- functions ------------------------------------------------------------------------------------------------------
+// --- functions -------------------------------------------------------------------------------------------------------
 
 object_value_function::object_value_function(declaration declared, native_types types)
     : declaration_(std::move(declared)), types_(types), independent_(!declaration_.has_receiver) {}
@@ -238,7 +238,7 @@ Any object_value_function::error_bad_argument(std::size_t index, const Any& valu
                       .arg(parameter.name(), parameter.type().name(), class_of(value).name(), display_text(value)));
 }
 
-// --- bound methods --------------------------------------------------------------------------------------------------
+// --- bound methods ---------------------------------------------------------------------------------------------------
 
 object_value_class& object_value_bound::object_class() const { return internal::function_class.required(); }
 
@@ -255,7 +255,7 @@ Result<Signature> object_value_bound::signature() const {
   return full.withoutReceiver();
 }
 
-// --- constants ------------------------------------------------------------------------------------------------------
+// --- constants -------------------------------------------------------------------------------------------------------
 
 object_value_class& object_value_constant::object_class() const { return internal::function_class.required(); }
 

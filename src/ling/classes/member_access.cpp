@@ -14,7 +14,7 @@ using internal::call;
 using internal::hooks_of;
 using internal::takes_over;
 
-// --- fields ---------------------------------------------------------------------------------------------------------
+// --- fields ----------------------------------------------------------------------------------------------------------
 
 namespace {
 
@@ -49,7 +49,7 @@ Any Any::setFieldValue(meta_field_untyped name, const Any& value) const {
   return None();
 }
 
-// --- properties -----------------------------------------------------------------------------------------------------
+// --- properties ------------------------------------------------------------------------------------------------------
 
 namespace {
 
@@ -100,7 +100,7 @@ Union<I_Callable_Generic, None> Any::boundMethod(meta_method_untyped name) const
   return method.value().isIndependent() ? method.value() : method.value().bindInstance(*this);
 }
 
-// --- methods --------------------------------------------------------------------------------------------------------
+// --- methods ---------------------------------------------------------------------------------------------------------
 
 Any call_method(const Any& value, meta_method_untyped name, std::span<const Any> arguments) {
   const auto method = method_of(value, name);
