@@ -1,4 +1,6 @@
 // Boolean: one of two shared objects.
+//
+// Threads: immutable, shared freely.
 #pragma once
 
 #include "ling/any.h"

@@ -1,4 +1,6 @@
 // ByteArray: an immutable sequence of bytes.
+//
+// Threads: immutable, shared freely.
 #pragma once
 
 #include "ling/any.h"

@@ -6,6 +6,9 @@
 // stands alone, is independent.
 //
 // Errors: a call returns its result or an Error; C++ exceptions thrown on the way become Errors, in one place for all.
+//
+// Threads: any, at once; a callable that a host writes is called as threads come. A language enters its own lock in the
+// call. `setIndependent` and the declaring context belong to the making.
 #pragma once
 
 #include "ling/any.h"

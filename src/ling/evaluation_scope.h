@@ -1,4 +1,7 @@
 // EvaluationScope: the context in which a language evaluates code.
+//
+// Errors: the language tells what is wrong with the maps when it evaluates. Threads: immutable; the maps have their own
+// rules.
 #pragma once
 
 #include "ling/instance.h"

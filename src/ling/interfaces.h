@@ -4,6 +4,8 @@
 //
 // Operations return results: a value, a lazily computed value, or an Error; what a member of a foreign class returned
 // is passed on as it is.
+//
+// Threads: any; the runtime's own values are atomic in each operation, members of a foreign class as it makes them.
 #pragma once
 
 #include "ling/boolean.h"

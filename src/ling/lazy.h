@@ -1,4 +1,7 @@
 // Lazy values: Computed (computed once, on first need), External (loaded from elsewhere), and weak references.
+//
+// Errors: what cannot be computed or loaded is an Error in the place of the value, told by `unwrap` (union.h). Threads:
+// any; what computes or loads runs on the thread that needs the value.
 #pragma once
 
 #include "ling/spinlock.h"

@@ -1,4 +1,8 @@
 // The whole runtime in one include.
+//
+// What holds where a header says nothing else: handles share their objects and release them with the last one; any
+// thread may call; what can fail returns a Result. The only C++ exceptions are std::bad_alloc, when memory ends, and
+// the Error of an interruption, from operations that have no other way to tell.
 #pragma once
 
 #include "ling/any.h"

@@ -1,4 +1,6 @@
 // None, the absence of a value, and Undefined, the answer "this operation does not apply here". Both are shared.
+//
+// Threads: immutable, shared freely.
 #pragma once
 
 #include "ling/any.h"

@@ -2,6 +2,8 @@
 //
 // An integer that fits a signed 64-bit number is always stored signed; only larger ones are unsigned, so equal integers
 // have one representation. Integers from -128 to 1023 are shared objects.
+//
+// Threads: immutable, shared freely.
 #pragma once
 
 #include "ling/any.h"

@@ -1,4 +1,6 @@
 // Ordering: the outcome of comparing two values.
+//
+// Threads: immutable, shared freely.
 #pragma once
 
 #include "ling/instance.h"

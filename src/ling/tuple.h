@@ -1,4 +1,6 @@
 // Tuple: an immutable row of values; Variadic, the pack in which a variadic function receives its trailing arguments.
+//
+// Threads: the row is immutable and shared freely; what it holds has its own rules.
 #pragma once
 
 #include "ling/any.h"

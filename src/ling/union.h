@@ -6,6 +6,8 @@
 //   Result<Integer> count = parse(text);
 //   if (count.is_error()) return count.error();
 //   use(count.value());
+//
+// Threads: as with every handle (any.h).
 #pragma once
 
 #include "ling/any.h"
