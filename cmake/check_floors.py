@@ -13,16 +13,17 @@ FLOORS = [
     ["ling/values"],
     ["ling/algorithms"],
     ["ling/containers"],
+    ["ling/callables"],
     ["ling/classes"],
     ["ling/modules"],
-    ["corvantis", "host", "python"],
+    ["command", "corvantis", "python"],
     ["lingobject", "proxies", "function", "language"],
     ["bridge"],
     ["extension"],
 ]
 FLOOR = {folder: floor for floor, folders in enumerate(FLOORS) for folder in folders}
 # What hosts are: they see the runtime's public face and nothing else.
-HOSTS = ["corvantis", "host"]
+HOSTS = ["command", "corvantis"]
 
 # Libraries that are known to one place only.
 LIBRARIES = [
@@ -31,8 +32,8 @@ LIBRARIES = [
     ("structmember.h", "python/python_api.h"),
     ("datetime.h",     "python/python_api.h"),
     ("spdlog/*",       "ling/modules/logger*.cpp"),
-    ("CLI/*",          "host/*"),
-    ("nlohmann/*",     "host/inspect.cpp"),
+    ("CLI/*",          "command/*"),
+    ("nlohmann/*",     "command/inspect.cpp"),
     ("boost/*",        "ling/values/decimal_product.cpp"),
 ]
 

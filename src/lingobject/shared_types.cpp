@@ -1,6 +1,6 @@
 // The five wrapper types for values of classes that nobody declares, and what tells them apart.
 #include "ling/published.h"
-#include "lingobject/directory.h"
+#include "lingobject/dir_listing.h"
 #include "lingobject/slot_bodies.h"
 #include "lingobject/slot_tables.h"
 #include "lingobject/type_objects.h"

@@ -10,7 +10,7 @@
 #include "ling/module.h"
 #include "ling/reflection.h"
 #include "ling/tuple.h"
-#include "lingobject/directory.h"
+#include "lingobject/dir_listing.h"
 #include "lingobject/python_signature.h"
 
 #include <algorithm>

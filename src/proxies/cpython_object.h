@@ -7,8 +7,6 @@
 #include "python/interpreter.h"
 #include "python/pyobject_ptr.h"
 
-#include <mutex>
-
 namespace ling::cpython {
 
 // One strong reference, or null in an instance made without an object. Dies on any thread; the reference takes the
@@ -25,22 +23,13 @@ class object_value_python_object final : public object_value_instance {
     return object == nullptr ? object_value_instance::identity() : reinterpret_cast<std::uintptr_t>(object);
   }
 
-  // A reference for the caller, null when there is no object. The interpreter lock must be held: between the look at
-  // the pointer and the count it keeps `attach` on another thread from dropping the last reference.
+  // A reference for the caller, null when there is no object. The lock must be held.
   PyObjectPtr object() const noexcept { return PyObjectPtr::share(address()); }
   // Only good for telling objects apart. No lock is needed.
-  PyObject* address() const noexcept {
-    const std::lock_guard guard(lock_);
-    return object_.get();
-  }
-  // Gives the instance its object; one it had is released once the spinlock is free again.
-  void attach(PyObjectPtr object) noexcept {
-    const std::lock_guard guard(lock_);
-    object_.swap(object);
-  }
+  PyObject* address() const noexcept { return object_.get(); }
 
  private:
-  PyObjectPtr object_;
+  const PyObjectPtr object_;
 };
 
 class CPythonObject : public Handle<CPythonObject, object_value_python_object> {

@@ -88,7 +88,7 @@ TEST_F(References, LetAThreadBeJoinedUnderTheLock) {
   thread.join();
 }
 
-// --- the end of a thread --------------------------------------------------------------------------------------------
+// --- the end of a thread ---------------------------------------------------------------------------------------------
 
 // A host's own use of the end of a thread: with Python, and in so many rounds.
 struct late_use {
@@ -155,7 +155,7 @@ TEST(ReferencesDeathTest, ServeThreadsToTheirVeryEnd) {
   }
 }
 
-// --- the end of the process -----------------------------------------------------------------------------------------
+// --- the end of the process ------------------------------------------------------------------------------------------
 
 std::binary_semaphore lock_is_held(0);
 

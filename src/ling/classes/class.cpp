@@ -2,7 +2,7 @@
 #include "ling/class.h"
 
 #include "ling/class_builder.h"
-#include "ling/classes/class_changes.h"
+#include "ling/classes/inheritance.h"
 #include "ling/detail/argument_row.h"
 #include "ling/detail/definitions.h"
 #include "ling/detail/immortal.h"

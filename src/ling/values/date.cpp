@@ -6,7 +6,7 @@
 #include "ling/detail/try.h"
 #include "ling/interfaces.h"
 #include "ling/values/calendar.h"
-#include "ling/values/iso_text.h"
+#include "ling/values/date_text.h"
 
 #include <algorithm>
 

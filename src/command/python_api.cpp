@@ -1,11 +1,11 @@
 // Finding the interpreter's functions.
-#include "host/python_api.h"
+#include "command/python_api.h"
 
-#include "host/platform.h"
+#include "command/platform.h"
 #include "ling/error.h"
 #include "ling/string.h"
 
-namespace ling::host {
+namespace ling::command {
 
 namespace {
 
@@ -33,4 +33,4 @@ Result<None> python_api::open() {
   return None();
 }
 
-}  // namespace ling::host
+}  // namespace ling::command

@@ -1,11 +1,11 @@
 // The system as Windows has it.
-#include "host/platform.h"
+#include "command/platform.h"
 
 #include <windows.h>
 
 #include <string>
 
-namespace ling::host {
+namespace ling::command {
 
 std::filesystem::path program_directory(const char*) {
   std::wstring path(MAX_PATH, L'\0');
@@ -36,4 +36,4 @@ void* interpreter_symbol(const char* name) {
 
 int end_by_interrupt() { return static_cast<int>(STATUS_CONTROL_C_EXIT); }
 
-}  // namespace ling::host
+}  // namespace ling::command

@@ -1,14 +1,14 @@
 // The commands: each returns the exit status of the process.
 #pragma once
 
-#include "host/inspect.h"
-#include "host/program.h"
-#include "host/python_session.h"
+#include "command/inspect.h"
+#include "command/program.h"
+#include "command/python_session.h"
 
 #include <string>
 #include <vector>
 
-namespace ling::host {
+namespace ling::command {
 
 // Runs a Python file as the program; the file is the first argument.
 int run_file(const session_options& options, const std::vector<std::string>& arguments);
@@ -19,4 +19,4 @@ int execute_code(const session_options& options, const std::string& code);
 // Prints what the host sees under a name.
 int inspect(const session_options& options, const std::string& name, description_format format);
 
-}  // namespace ling::host
+}  // namespace ling::command

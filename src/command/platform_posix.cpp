@@ -1,5 +1,5 @@
 // The system as POSIX has it.
-#include "host/platform.h"
+#include "command/platform.h"
 
 #include <dlfcn.h>
 #include <unistd.h>
@@ -11,7 +11,7 @@
 #include <cstring>
 #include <system_error>
 
-namespace ling::host {
+namespace ling::command {
 
 std::filesystem::path program_directory(const char* argv0) {
   std::error_code failure;
@@ -44,4 +44,4 @@ int end_by_interrupt() {
   return 128 + SIGINT;
 }
 
-}  // namespace ling::host
+}  // namespace ling::command

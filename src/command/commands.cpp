@@ -1,5 +1,5 @@
 // The commands that run Python and end.
-#include "host/commands.h"
+#include "command/commands.h"
 
 #include "ling/reflection.h"
 
@@ -8,7 +8,7 @@
 #include <new>
 #include <system_error>
 
-namespace ling::host {
+namespace ling::command {
 
 namespace {
 
@@ -95,4 +95,4 @@ int inspect(const session_options& options, const std::string& name, description
   });
 }
 
-}  // namespace ling::host
+}  // namespace ling::command

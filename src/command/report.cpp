@@ -1,9 +1,9 @@
 // Reports of exceptions, and what is left in the streams.
-#include "host/report.h"
+#include "command/report.h"
 
 #include <cstdio>
 
-namespace ling::host {
+namespace ling::command {
 
 namespace {
 
@@ -167,4 +167,4 @@ bool flush_standard_streams() {
   return is_output_written && are_errors_written;
 }
 
-}  // namespace ling::host
+}  // namespace ling::command

@@ -1,5 +1,5 @@
 // Reading and writing the fields of ISO 8601 texts.
-#include "ling/values/iso_text.h"
+#include "ling/values/date_text.h"
 
 #include <algorithm>
 

@@ -3,7 +3,7 @@
 
 #include <filesystem>
 
-namespace ling::host {
+namespace ling::command {
 
 // The directory of the running program.
 std::filesystem::path program_directory(const char* argv0);
@@ -17,4 +17,4 @@ void* interpreter_symbol(const char* name);
 // Ends the process as an interrupt does. Returns the status to end with where that cannot be.
 int end_by_interrupt();
 
-}  // namespace ling::host
+}  // namespace ling::command

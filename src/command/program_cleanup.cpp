@@ -1,12 +1,12 @@
 // Letting go of a program's objects.
-#include "host/program_cleanup.h"
+#include "command/program_cleanup.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <string_view>
 #include <utility>
 
-namespace ling::host {
+namespace ling::command {
 
 namespace {
 
@@ -210,4 +210,4 @@ void program_cleanup::collect_garbage() const {
   python.PyErr_Clear();
 }
 
-}  // namespace ling::host
+}  // namespace ling::command

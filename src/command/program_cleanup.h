@@ -2,11 +2,11 @@
 // the interpreter lives on. Whatever the program has done to its modules is in nobody's way.
 #pragma once
 
-#include "host/python_api.h"
+#include "command/python_api.h"
 
 #include <vector>
 
-namespace ling::host {
+namespace ling::command {
 
 // The operations need the interpreter lock.
 class program_cleanup {
@@ -47,4 +47,4 @@ class program_cleanup {
   std::vector<known_module> contents_before_;
 };
 
-}  // namespace ling::host
+}  // namespace ling::command

@@ -10,7 +10,7 @@
 #include <cstdio>
 #include <utility>
 
-namespace ling::host {
+namespace ling::command {
 
 struct PyObject;
 struct PyThreadState;
@@ -181,4 +181,4 @@ reference call(const reference& function, Arguments*... arguments) {
                             : nullptr);
 }
 
-}  // namespace ling::host
+}  // namespace ling::command

@@ -6,11 +6,11 @@
 
 #include <string>
 
-namespace ling::host {
+namespace ling::command {
 
 enum class description_format { text, json };
 
 // The description of "shop", "shop.Inventory" or "shop.open"; an Error when there is nothing of that name.
 Result<String> describe(const std::string& name, description_format format);
 
-}  // namespace ling::host
+}  // namespace ling::command

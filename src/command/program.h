@@ -1,8 +1,8 @@
 // A program in the interpreter, from its start to its end.
 #pragma once
 
-#include "host/program_cleanup.h"
-#include "host/report.h"
+#include "command/program_cleanup.h"
+#include "command/report.h"
 #include "ling/none.h"
 #include "ling/string.h"
 #include "ling/union.h"
@@ -10,7 +10,7 @@
 #include <optional>
 #include <string>
 
-namespace ling::host {
+namespace ling::command {
 
 // A list in the module `sys` by which the host hands over what it has got from Python.
 inline constexpr char handover_name[] = "ling_handover";
@@ -47,4 +47,4 @@ class program {
   reference own_errors_;
 };
 
-}  // namespace ling::host
+}  // namespace ling::command

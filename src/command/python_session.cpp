@@ -1,7 +1,7 @@
 // Running Python through the language module.
-#include "host/python_session.h"
+#include "command/python_session.h"
 
-#include "host/session_source.h"
+#include "command/session_source.h"
 #include "ling/byte_array.h"
 #include "ling/evaluation_scope.h"
 #include "ling/extension.h"
@@ -14,7 +14,7 @@
 
 #include <utility>
 
-namespace ling::host {
+namespace ling::command {
 
 namespace {
 
@@ -86,4 +86,4 @@ void python_session::hand_over(const Error& error) const {
   static_cast<void>(I_MutableSequence_Generic::unchecked(handover_).append(error.value()));
 }
 
-}  // namespace ling::host
+}  // namespace ling::command

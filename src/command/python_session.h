@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-namespace ling::host {
+namespace ling::command {
 
 struct session_options {
   std::vector<std::string> plug_ins;
@@ -47,4 +47,4 @@ class python_session {
   Any handover_;
 };
 
-}  // namespace ling::host
+}  // namespace ling::command

@@ -1,5 +1,5 @@
-// Changing a class: parents, members, what is inherited.
-#include "ling/classes/class_changes.h"
+// What classes inherit: their parents, adding members, and handing on what changes.
+#include "ling/classes/inheritance.h"
 
 #include "ling/class.h"
 #include "ling/detail/immortal.h"

@@ -2,9 +2,9 @@
 // C functions: nothing that a program does to its interpreter is in their way. All need the interpreter lock.
 #pragma once
 
-#include "host/python_api.h"
+#include "command/python_api.h"
 
-namespace ling::host {
+namespace ling::command {
 
 inline constexpr int as_text = 1;  // Py_PRINT_RAW
 
@@ -33,4 +33,4 @@ void flush_quietly();
 // At the end: false when output is lost.
 bool flush_standard_streams();
 
-}  // namespace ling::host
+}  // namespace ling::command

@@ -1,5 +1,5 @@
 // Listing members.
-#include "lingobject/directory.h"
+#include "lingobject/dir_listing.h"
 
 #include "ling/reflection.h"
 #include "lingobject/slots.h"

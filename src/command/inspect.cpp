@@ -1,5 +1,5 @@
 // Descriptions are made once, as JSON, and printed from that; so both formats tell the same.
-#include "host/inspect.h"
+#include "command/inspect.h"
 
 #include "ling/error.h"
 #include "ling/interfaces.h"
@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-namespace ling::host {
+namespace ling::command {
 
 namespace {
 
@@ -211,4 +211,4 @@ Result<String> describe(const std::string& name, description_format format) {
   return String(std::string_view(text).substr(0, text.find_last_not_of('\n') + 1));
 }
 
-}  // namespace ling::host
+}  // namespace ling::command

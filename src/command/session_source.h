@@ -1,8 +1,8 @@
 // The text of session.py, which the build puts into the program.
 #pragma once
 
-namespace ling::host {
+namespace ling::command {
 
 extern const char session_source[];
 
-}  // namespace ling::host
+}  // namespace ling::command

@@ -1,14 +1,14 @@
 // Running and ending a program.
-#include "host/program.h"
+#include "command/program.h"
 
-#include "host/platform.h"
+#include "command/platform.h"
 #include "ling/error.h"
 
 #include <cerrno>
 #include <cstring>
 #include <string_view>
 
-namespace ling::host {
+namespace ling::command {
 
 namespace {
 
@@ -173,4 +173,4 @@ int program::end(const outcome& how) const {
   return how.interrupted ? end_by_interrupt() : status;
 }
 
-}  // namespace ling::host
+}  // namespace ling::command

@@ -1,6 +1,6 @@
 // ling: a small host that runs Python inside the runtime.
-#include "host/commands.h"
-#include "host/platform.h"
+#include "command/commands.h"
+#include "command/platform.h"
 
 #include <CLI/CLI.hpp>
 
@@ -11,7 +11,7 @@
 
 namespace {
 
-using ling::host::session_options;
+using ling::command::session_options;
 
 // The command line while it is being read.
 struct command_line {
@@ -91,7 +91,7 @@ std::vector<std::string> program_of(const CLI::App& run) {
 int run_command(int argc, char** argv) {
   command_line given;
   given.options.module_file =
-      (ling::host::program_directory(argv[0]) / CORVANTIS_MODULE_PATH).lexically_normal().string();
+      (ling::command::program_directory(argv[0]) / CORVANTIS_MODULE_PATH).lexically_normal().string();
 
   CLI::App app("Runs and evaluates Python inside the object runtime ling.", "ling");
   app.set_version_flag("--version", "ling " LING_VERSION, "Print the version and exit");
@@ -113,26 +113,26 @@ int run_command(int argc, char** argv) {
   try {
     app.parse(argc, argv);
     if (run->parsed()) {
-      return ling::host::run_file(given.options, program_of(*run));
+      return ling::command::run_file(given.options, program_of(*run));
     }
     if (eval->parsed()) {
-      return ling::host::evaluate_expression(given.options, given.text);
+      return ling::command::evaluate_expression(given.options, given.text);
     }
     if (inspect->parsed()) {
-      using ling::host::description_format;
-      return ling::host::inspect(given.options, given.text,
-                                 given.json ? description_format::json : description_format::text);
+      using ling::command::description_format;
+      return ling::command::inspect(given.options, given.text,
+                                    given.json ? description_format::json : description_format::text);
     }
-    return exec->parsed() ? ling::host::execute_code(given.options, given.text) : ling::host::wrong_usage;
+    return exec->parsed() ? ling::command::execute_code(given.options, given.text) : ling::command::wrong_usage;
   } catch (const CLI::ParseError& error) {
     // Help and version come this way, too.
-    return app.exit(error) == 0 ? ling::host::success : ling::host::wrong_usage;
+    return app.exit(error) == 0 ? ling::command::success : ling::command::wrong_usage;
   }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  ling::host::prepare_locale();
+  ling::command::prepare_locale();
   return run_command(argc, argv);
 }
