@@ -11,7 +11,6 @@ from types import SimpleNamespace
 import ling
 
 random.seed(20200229)
-COUNT = 100_000
 
 
 def expect(actual, expected, what=""):
@@ -26,13 +25,6 @@ def described(value):
     return f"{ling.class_of(value).name} {ling.display(value)}{left_out}"
 
 
-def given(answer, *arguments):
-    """An answer of an odd object; raises one that is an exception."""
-    if isinstance(answer, type) and issubclass(answer, BaseException):
-        raise answer(*arguments)
-    return answer
-
-
 # --- case by case ----------------------------------------------------------------------------------------------------
 def zone(seconds, *name):
     return timezone(timedelta(seconds=seconds), *name)
@@ -42,21 +34,8 @@ class Stamp(datetime.datetime):
     """Derived from a class that is known."""
 
 
-class Odd(datetime.tzinfo):
-    """A zone that answers what it was made with, or raises it."""
-
-    def __init__(self, offset, name="odd"):
-        self.offset, self.name = offset, name
-
-    def utcoffset(self, moment):
-        return given(self.offset, "odd")
-
-    def tzname(self, moment):
-        return given(self.name, "odd")
-
-
 class OddTime(time):
-    """A time that computes what its zone says by itself."""
+    """A time that computes what it says by itself; raises what is an exception."""
 
     def __new__(cls, **fields):
         made = super().__new__(cls, 1)
@@ -65,7 +44,10 @@ class OddTime(time):
 
     def __getattribute__(self, name):
         fields = super().__getattribute__("__dict__").get("fields", {})
-        return given(fields[name], name) if name in fields else super().__getattribute__(name)
+        answer = fields[name] if name in fields else super().__getattribute__(name)
+        if isinstance(answer, type) and issubclass(answer, BaseException):
+            raise answer(name)
+        return answer
 
 
 def odd_offset(seconds):
@@ -81,37 +63,31 @@ def itself():
     return made
 
 
-SEEN_BY_HOST = [
-    (datetime.datetime(2020, 2, 29, 23, 59, 59, 999999), "DateTime 2020-02-29T23:59:59.999999"),
+for value, text in [
     (Stamp(9999, 12, 31, tzinfo=timezone.utc), "DateTime 9999-12-31T00:00:00+00:00"),
     (time(10, 20, 30, 123456), "Time 10:20:30.123456  0"),
     (time(1, fold=1), "Time 01:00:00  0"),                                    # without a zone no fold
     (time(1, tzinfo=zone(86399, "far"), fold=1), "Time 01:00:00+23:59:59 far 1"),
     (time(1, tzinfo=zone(-18000)), "Time 01:00:00  0"),                       # west of UTC
     (time(1, tzinfo=zone(0.5)), "Time 01:00:00  0"),                          # not by whole seconds
-    (time(1, tzinfo=Odd(KeyError)), "Time 01:00:00  0"),
-    (time(1, tzinfo=Odd(timedelta(1), "a day")), "Time 01:00:00  0"),         # which Python itself refuses
-    (time(1, tzinfo=Odd(timedelta(hours=1), LookupError)), "Time 01:00:00+01:00  0"),
-    (time(1, tzinfo=Odd(timedelta(hours=1), None)), "Time 01:00:00+01:00  0"),
-    (odd_offset(60.0), "Time 01:00:00+00:01 odd 0"),
-    (odd_offset(float("nan")), "Time 01:00:00  0"),
+    (OddTime(utcoffset=KeyError), "Time 01:00:00  0"),
+    (odd_name(LookupError), "Time 01:00:00+01:00  0"),
     (itself(), "Time 01:00:00+01:00  0"),
+    (odd_offset(60), "Time 01:00:00+00:01 odd 0"),
+    (odd_offset(float("nan")), "Time 01:00:00  0"),
     (OddTime(fold="?"), "Time 01:00:00  0"),
     (OddTime(month=3, hour=256 + 7), "Time 07:00:00  0"),
     (Decimal("-0E+5"), "Decimal -0E+5"),
     (Decimal("sNaN123"), "Decimal sNaN123"),
-]
-for value, text in SEEN_BY_HOST:
+]:
     expect(described(value), text, repr(value))
 
 # Fields that cannot be read leave the object what it is; fields that do not exist are an error.
 for fields in ({"hour": AttributeError}, {"minute": "5"}, {"second": 2**70}, {"microsecond": LookupError}):
     assert ling.class_of(OddTime(**fields)).name == "CPythonObject", fields
 # From the host: microseconds, the fold, never a zone.
-expect(ling.Time(1, 2, 3, 999), time(1, 2, 3))
 expect(ling.Time(1, 2, 3, 999_999_999), time(1, 2, 3, 999999))
 expect(ling.Time(1, 2, 3, 4000, 7200, "CEST", 1), time(1, 2, 3, 4, fold=1))
-expect(ling.DateTime(date(1, 1, 1), time(0, 0, tzinfo=timezone.utc)), datetime.datetime(1, 1, 1))
 expect(ling.DateTime.fromString("2020-02-29T10:20:30.5+02:00"), datetime.datetime(2020, 2, 29, 10, 20, 30, 500000))
 
 
@@ -135,83 +111,61 @@ class TextClaim(Claim, str):
 
 
 expect(described(Claim(lambda _: "12.50")), "Decimal 12.50")
-for action, arguments, message in [
-    (ling.display, [OddTime(hour=25)], "The hour 25 is not between 0 and 23."),
-    (ling.display, [OddTime(microsecond=2**62)], "The nanosecond 10000000000 is not between 0 and 999999999."),
-    (ling.display, [odd_offset(float("inf"))], "The offset 1000000000000000 is not between 0 and 86399."),
-    (ling.display, [Claim(lambda _: {}["no text"])], "no text"),
-    (ling.display, [Claim(lambda _: 12)], "__str__ returned non-string"),
-    (ling.display, [Claim(lambda _: "twelve")], "The text 'twelve' is not a number for Decimal."),
-    (ling.display, [TextClaim(lambda itself: itself)], "maximum recursion depth exceeded"),
-    (ling.Date, [0, 1, 1], "0"),
-    (ling.Date, [10000, 1, 1], "10000"),
+for value, message in [
+    (OddTime(hour=25), "The hour 25 is not between 0 and 23."),
+    (OddTime(microsecond=2**62), "The nanosecond 10000000000 is not between 0 and 999999999."),
+    (odd_offset(float("inf")), "The offset 1000000000000000 is not between 0 and 86399."),
+    (Claim(lambda _: {}["no text"]), "no text"),
+    (Claim(lambda _: "twelve"), "The text 'twelve' is not a number for Decimal."),
+    (TextClaim(lambda itself: itself), "maximum recursion depth exceeded"),
 ]:
     try:
-        action(*arguments)
-    except (RuntimeError, ValueError) as error:
-        assert message in str(error) and (action is ling.display) is (type(error) is RuntimeError), error
+        ling.display(value)
+    except RuntimeError as error:
+        assert message in str(error), error
     else:
         raise AssertionError(message)
 
-for python_type, name in [(date, "Date"), (time, "Time"), (datetime.datetime, "DateTime"), (Decimal, "Decimal")]:
-    assert ling.qualname(python_type) == f"ling.{name}", name
+
+# --- thousands of each, there and back -------------------------------------------------------------------------------
+def random_moment(offset=None):
+    day = date.fromordinal(random.randrange(1, date.max.toordinal() + 1))
+    fields = [random.randrange(limit) for limit in (24, 60, 60, random.choice((1, 10**6)))]
+    return datetime.datetime.combine(day, time(*fields, tzinfo=offset))
 
 
-# --- a hundred thousand of each --------------------------------------------------------------------------------------
-def random_time(zoned=False):
-    microsecond = random.choice((0, 999999, random.randrange(10**6)))
-    fields = random.randrange(24), random.randrange(60), random.randrange(60), microsecond
-    return time(*fields, tzinfo=zone(60 * random.randrange(24 * 60)) if zoned else None)
-
-
-def random_decimal(digits=40):
-    sign, size = random.choice(("", "-")), random.randrange(1, digits)
-    text = str(random.randrange(10**size))
-    shape = random.randrange(10)
-    if shape == 0:
-        return Decimal(sign + random.choice(("Infinity", "NaN", "sNaN", "NaN" + text, "sNaN" + text)))
+def random_decimal():
+    text = random.choice(("", "-")) + str(random.randrange(10 ** random.randrange(1, 40)))
     exponent = random.choice((0, -2, random.randrange(-50, 50), random.randrange(-10**17, 10**17)))
-    return Decimal(f"{sign}{text}E{exponent}")
+    return Decimal(random.choice((f"{text}E{exponent}", f"{text}E{exponent}", "NaN" + text.strip("-"), "-Infinity")))
 
 
-def check_round_trip(values, text):
+moments = [random_moment() for _ in range(10_000)]
+dates = [date.min, date.max, date(2000, 2, 29), date(1900, 2, 28), *(moment.date() for moment in moments)]
+decimals = [Decimal("7" * 10_000), Decimal("-0." + "3" * 10_000), *(random_decimal() for _ in range(10_000))]
+isoformat = operator.methodcaller("isoformat")
+for values, text in [(dates, isoformat), ([moment.time() for moment in moments], isoformat), (moments, isoformat), (decimals, str)]:
     for value, back in zip(values, ling.List(values)):
         expect(back, value)
-    for value in random.sample(values, 10_000):
         expect(ling.display(value), text(value), repr(value))
-
-
-dates = [date.fromordinal(random.randrange(1, date.max.toordinal() + 1)) for _ in range(COUNT)]
-dates[:4] = date.min, date.max, date(2000, 2, 29), date(1900, 2, 28)
-times = [random_time() for _ in range(COUNT)]
-moments = [datetime.datetime.combine(*pair) for pair in zip(dates, times)]
-decimals = [random_decimal() for _ in range(COUNT)]
-decimals[:2] = Decimal("7" * 10_000), Decimal("-0." + "3" * 10_000)
-for values in (dates, times, moments):
-    check_round_trip(values, operator.methodcaller("isoformat"))
-check_round_trip(decimals, str)
-for value in (random_time(zoned=True) for _ in range(10_000)):
-    expect(ling.display(value), value.isoformat())
+for minutes in range(24 * 60):
+    moment = random_moment(zone(60 * minutes))
+    expect(ling.display(moment), moment.isoformat())
 
 # --- what the runtime makes of them ----------------------------------------------------------------------------------
-def method(value, name):
-    return ling.method_of(value, name)
-
-
-add_days, weekday, day_of_year = (
-    method(date.min, "addDays"), ling.property_of(date.min, "weekday"), ling.property_of(date.min, "dayOfYear"))
-add_seconds, seconds_since = method(moments[0], "addSeconds"), method(moments[0], "secondsSince")
-for day, other, moment in zip(dates[:10_000], reversed(dates), moments):
+add_days, add_seconds = ling.method_of(date.min, "addDays"), ling.method_of(moments[0], "addSeconds")
+weekday, day_of_year = (ling.property_of(date.min, name).getter for name in ("weekday", "dayOfYear"))
+seconds_since = ling.method_of(moments[0], "secondsSince")
+for day, other, moment in zip(dates, reversed(dates), moments):
     expect(add_days(day, (other - day).days), other)
-    expect((weekday.getter(day), day_of_year.getter(day)), (day.isoweekday(), day.timetuple().tm_yday))
+    expect((weekday(day), day_of_year(day)), (day.isoweekday(), day.timetuple().tm_yday))
     expect(ling.Date.fromString(day.isoformat()), day)
-    expect(seconds_since(moment, moments[-1]), (moment - moments[-1]) // timedelta(seconds=1))
     seconds = (random.choice(moments) - moment) // timedelta(seconds=1)
-    expect(add_seconds(moment, seconds), moment + timedelta(seconds=seconds))
+    later = moment + timedelta(seconds=seconds)
+    expect((add_seconds(moment, seconds), seconds_since(later, moment)), (later, seconds))
 
 exact = decimal.Context(prec=decimal.MAX_PREC, Emax=decimal.MAX_EMAX, Emin=decimal.MIN_EMIN, traps=[])
-operations = [(method(Decimal(), "add"), exact.add), (method(Decimal(), "subtract"), exact.subtract),
-              (method(Decimal(), "multiply"), exact.multiply)]
+operations = [(ling.method_of(Decimal(), name), getattr(exact, name)) for name in ("add", "subtract", "multiply")]
 near = [Decimal(random.randrange(-10**random.randrange(1, 60), 10**60)).scaleb(random.randrange(-60, 60), exact)
         for _ in range(4_000)]
 near += [Decimal(random.choice(("0", "-0", "1.00", "-1", "0.5", "2.50", "1E+5", "-0.00"))) for _ in range(1_000)]

@@ -3,13 +3,11 @@
 import sys
 import types
 
-for name in ("datetime", "decimal"):
-    sys.modules[name] = types.ModuleType(name)
+sys.modules["datetime"], sys.modules["decimal"] = types.ModuleType("datetime"), types.ModuleType("decimal")
 
 import ling
 
-moments = ling.Date, 2020, 2, 29
-for make, *arguments in [moments, (ling.Time, 1, 2), (ling.Decimal, "1.50")]:
+for make, *arguments in (ling.Date, 2020, 2, 29), (ling.Time, 1, 2), (ling.Decimal, "1.50"):
     try:
         value = make(*arguments)
     except RuntimeError as error:
@@ -17,5 +15,4 @@ for make, *arguments in [moments, (ling.Time, 1, 2), (ling.Decimal, "1.50")]:
     else:
         raise AssertionError(value)
 
-things = ling.List([1, 2.5, "text", [1], object, int, None])
-assert list(things)[:4] == [1, 2.5, "text", [1]]
+assert list(ling.List([1, 2.5, "text", [1], object, int, None]))[:4] == [1, 2.5, "text", [1]]

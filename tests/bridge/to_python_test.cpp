@@ -40,7 +40,6 @@ TEST_F(ToPython, CopiesPlainValues) {
   const std::pair<Any, const char*> rows[] = {
       {INT64_MIN, "-9223372036854775808"},
       {UINT64_MAX, "18446744073709551615"},
-      {"", "''"},
       {"gr\xc3\xbc\xc3\x9f \xf0\x9f\x90\x8d", "'gr\xc3\xbc\xc3\x9f \xf0\x9f\x90\x8d'"},
       {std::string_view("a\0b", 3), "'a\\x00b'"},
       {ByteArray(std::string_view("\0\xff", 2)), "b'\\x00\\xff'"},
@@ -64,29 +63,15 @@ TEST_F(ToPython, GivesBackTheVeryPythonObject) {
   }
 }
 
-TEST_F(ToPython, WrapsWhatPythonHasNoCounterpartFor) {
-  const Any values[] = {List_Generic({1}),
-                        HashMap_Generic(),
-                        Integer::getClass(),
-                        Ordering::fromSign(0),
-                        make_function("f", "", "", [] { return 1; }),
-                        make_computed<Any>([] { return Any(1); })};
-  for (const Any& value : values) {
-    const PyObjectPtr wrapper = to_python(value);
-    ASSERT_TRUE(wrapper);
-    ASSERT_NE(wrapped_value(wrapper.get()), nullptr) << display_text(value).view();
-    EXPECT_TRUE(from_python(wrapper.get()).is_same(value));
-  }
-}
-
 TEST_F(ToPython, FailsAsAWholeWhenAPartFails) {
   const Any error = Error("broken");
   const std::pair<Any, const char*> rows[] = {
-      {error,                                                             "RuntimeError('broken')"             },
-      {Tuple_Generic({1, Tuple_Generic({List_Generic(), error}), 2}),     "RuntimeError('broken')"             },
-      {external([]() -> Any { throw std::runtime_error("no file"); }),    "RuntimeError('no file')"            },
-      {external([&] { return error; }),                                   "RuntimeError('broken')"             },
+      {error, "RuntimeError('broken')"},
+      {Tuple_Generic({1, Tuple_Generic({List_Generic(), error}), 2}), "RuntimeError('broken')"},
+      {external([]() -> Any { throw std::runtime_error("no file"); }), "RuntimeError('no file')"},
+      {external([&] { return error; }), "RuntimeError('broken')"},
       {make<object_value_python_object>(cpython_object_class.required()), "RuntimeError('The object is null.')"},
+      {Date::from(10000, 1, 1), "ValueError('year 10000 is out of range')"},
   };
   for (const auto& [value, expected] : rows) {
     EXPECT_FALSE(to_python(value));
@@ -105,36 +90,21 @@ TEST_F(ToPython, BoundsNesting) {
 }
 
 TEST_F(ToPython, PinsTheSingletonsItDoesNotCount) {
-  for (int i = 0; i < 100'000; ++i) {
-    static_cast<void>(to_python_locked(Tuple_Generic({Any(), Undefined(), true, false})));
-  }
   for (PyObject* singleton : {Py_None, Py_NotImplemented, Py_True, Py_False}) {
     EXPECT_GE(Py_REFCNT(singleton), Py_ssize_t{1} << 29);
   }
 }
 
 TEST_F(ToPython, LeaksNothing) {
-  const Any values[] = {1 << 30,
-                        "text longer than one character",
-                        ByteArray("bytes"),
-                        nested_tuple(20),
-                        List_Generic({1}),
-                        from_python(eval("[1]").get()),
-                        Decimal::fromString("1.50"),
-                        DateTime::fromString("2020-02-29T10:20+02:00"),
-                        Date::fromString("+10000-01-01"),
-                        Tuple_Generic({1000, Error("broken")})};
-  for (const Any& value : values) {
-    static_cast<void>(to_python(value));  // types and caches
-    PyErr_Clear();
-    const long long blocks = allocated_blocks();
+  for (const Any& value :
+       {nested_tuple(20), Any(List_Generic({1})), Any(DateTime::fromString("2020-02-29T10:20+02:00")),
+        Any(Date::fromString("+10000-01-01")), Any(Tuple_Generic({1000, Error("broken")}))}) {
     const auto references = value.get()->reference_count();
-    for (int i = 0; i < 100'000; ++i) {
+    expect_no_leak(display_text(value).c_str(), [&] {
       static_cast<void>(to_python_locked(value));
-    }
-    PyErr_Clear();
+      PyErr_Clear();
+    });
     EXPECT_EQ(value.get()->reference_count(), references) << display_text(value).view();
-    EXPECT_LT(allocated_blocks() - blocks, 100) << display_text(value).view();
   }
 }
 
@@ -142,9 +112,7 @@ TEST_F(ToPython, SpellsValuesAsCode) {
   const Any list = List_Generic({"a"});
   const std::pair<Any, const char*> rows[] = {
       {Any(),                                                                 "None"                   },
-      {Tuple_Generic({1, ByteArray("b")}),                                    "(1, b'b')"              },
       {from_python(eval("{'a': [1]}").get()),                                 "{'a': [1]}"             },
-      {list,                                                                  "[\"a\"]"                },
       {Tuple_Generic({list}),                                                 "([\"a\"],)"             },
       {Tuple_Generic({"a", Tuple_Generic(), Tuple_Generic({list, 2})}),       "('a', (), ([\"a\"], 2))"},
       {external([=] { return Any(Tuple_Generic({list})); }),                  "([\"a\"],)"             },
@@ -160,64 +128,50 @@ TEST_F(ToPython, SpellsValuesAsCode) {
     PyErr_Clear();
   }
   const Any hostile = from_python(run("class C:\n  def __repr__(self): raise KeyError('r')\nresult = C()").get());
-  EXPECT_TRUE(to_code(hostile).is_error());
   EXPECT_TRUE(to_code(Tuple_Generic({1, hostile})).is_error());
 }
 
+// A value of each kind that becomes an object of Python's own type.
+std::vector<Any> converted_kinds() {
+  const Any tuple = Tuple_Generic({1}), day = Date::from(2020, 2, 29), time = Time::from(1, 2, 3, 0);
+  return {{},
+          true,
+          1,
+          2.5,
+          "text",
+          ByteArray("b"),
+          tuple,
+          day,
+          time,
+          DateTime::fromString("2020-02-29T10:20"),
+          Decimal::fromString("1.5")};
+}
+
 TEST_F(ToPython, TellsBeforehandWhatItWraps) {
-  const I_Callable_Generic function = make_function("f", "", "", [] {});
-  const Any values[] = {{},
-                        Undefined(),
-                        true,
-                        1,
-                        2.5,
-                        "text",
-                        ByteArray("b"),
-                        Tuple_Generic({1}),
-                        List_Generic(),
-                        HashMap_Generic(),
-                        HashSet_Generic(),
-                        WeakReference(List_Generic()),
-                        Date::from(2020, 2, 29),
-                        Time::from(1, 2, 3, 0),
-                        DateTime::fromString("2020-02-29T10:20"),
-                        Decimal::fromString("1.5"),
-                        make_computed<Any>([] { return Any(1); }),
-                        external([] { return Any(1); }),
-                        function,
-                        from_python(eval("len").get()),
-                        from_python(eval("object()").get()),
-                        from_python(eval("[1]").get()),
-                        from_python(run("class result: pass").get()),
-                        List_Generic::getClass(),
-                        get_logger(),
-                        Property::constant(1),
-                        get_module("ling").value(),
-                        Type::untyped(),
-                        make<object_value_bound>(function, Any(1)),
-                        make<object_value_multimethod>("m", std::vector{function})};
+  std::vector<Any> values = converted_kinds();
+  values.push_back(external([] { return Any(1); }));
+  for (const char* expression : {"len", "object()", "[1]", "type('C', (), {})", "NotImplemented"}) {
+    values.push_back(from_python(eval(expression).get()));
+  }
   for (const Any& value : values) {
     const PyObjectPtr object = to_python(value);
-    ASSERT_TRUE(object) << display_text(value).view();
-    EXPECT_EQ(arrives_wrapped(value), wrapped_value(object.get()) != nullptr) << display_text(value).view();
+    EXPECT_TRUE(object && wrapped_value(object.get()) == nullptr) << display_text(value).view();
+    EXPECT_FALSE(arrives_wrapped(value)) << display_text(value).view();
+  }
+  const Any computed = make_computed<Any>([] { return Any(1); });
+  const Any callable = make_function("f", "", "", [] { return 1; });
+  for (const Any& value : {Any(List_Generic()), Any(Integer::getClass()), Any(get_logger()), computed, callable}) {
+    const PyObjectPtr wrapper = to_python(value);
+    ASSERT_TRUE(wrapper && wrapped_value(wrapper.get()) != nullptr) << display_text(value).view();
+    EXPECT_TRUE(from_python(wrapper.get()).is_same(value));
+    EXPECT_TRUE(arrives_wrapped(value)) << display_text(value).view();
   }
 }
 
 // Each place that knows a kind of value which becomes an object of Python's own type.
 TEST_F(ToPython, KnowsConvertedKindsInEveryPlace) {
   const PyObjectPtr annotated = run("def result(T):\n  def f(x: T): pass\n  return f");
-  const Any values[] = {{},
-                        true,
-                        1,
-                        2.5,
-                        "text",
-                        ByteArray("b"),
-                        Tuple_Generic({1}),
-                        Date::from(2020, 2, 29),
-                        Time::from(1, 2, 3, 0),
-                        DateTime::fromString("2020-02-29T10:20"),
-                        Decimal::fromString("1.5")};
-  for (const Any& value : values) {
+  for (const Any& value : converted_kinds()) {
     const Class_Generic of_class = class_of(value);
     PyObject* const type = reinterpret_cast<PyObject*>(Py_TYPE(to_python(value).get()));
     EXPECT_EQ(python_type_of(Type::of(of_class)).get(), type) << display_text(value).view();
@@ -231,18 +185,9 @@ TEST_F(ToPython, KnowsConvertedKindsInEveryPlace) {
   }
 }
 
-TEST_F(ToPython, KnowsThePythonTypeOfAType) {
-  const std::pair<Type, const char*> rows[] = {
-      {Integer::getType(),                        "<class 'int'>"          },
-      {Float::getType(),                          "<class 'float'>"        },
-      {None::getType(),                           "<class 'NoneType'>"     },
-      {Date::getType(),                           "<class 'datetime.date'>"},
-      {Type::untyped(),                           "<class 'object'>"       },
-      {I_Iterable_Generic::getType(),             "<class 'object'>"       },
-      {Type::of(cpython_object_class.required()), "<class 'object'>"       },
-  };
-  for (const auto& [type, expected] : rows) {
-    EXPECT_EQ(repr(python_type_of(type)), expected);
+TEST_F(ToPython, KnowsThePythonTypeOfAnyOtherType) {
+  for (const Type& type : {Type::untyped(), I_Iterable_Generic::getType(), CPythonObject::getType()}) {
+    EXPECT_EQ(repr(python_type_of(type)), "<class 'object'>");
   }
   EXPECT_EQ(python_type_of(List_Generic::getType()).get(),
             reinterpret_cast<PyObject*>(wrapper_type_of(List_Generic::getClass())));
