@@ -19,28 +19,22 @@ CPythonFunction function(const std::string& statements) {
 
 TEST_F(PythonFunction, MapsAnnotationsToTypes) {
   const std::string names = R"(
-import typing, datetime, inspect, collections.abc
+import typing, inspect, collections.abc
 class Own: pass
 class String: pass
 class Box(typing.Generic[typing.TypeVar('T')]): pass
 result = )";
   const std::pair<const char*, const char*> rows[] = {
-      {"int",                           "Integer"        },
-      {"' builtins.int '",              "Integer"        },
       {"type(None)",                    "None"           },
-      {"'None'",                        "None"           },
       {"inspect.Parameter.empty",       "Any"            },
-      {"list[int]",                     "List"           },
-      {"'typing.List[int]'",            "List"           },
+      {"' builtins.int '",              "Integer"        },
       {"'list [ int ]'",                "List"           },
+      {"'typing.List[int]'",            "List"           },
       {"collections.abc.Sequence[int]", "List"           },
       {"typing.Mapping[str, int]",      "HashMap"        },
-      {"frozenset",                     "frozenset"      },
-      {"tuple[int, ...]",               "Tuple"          },
       {"typing.Callable[[int], str]",   "I_Callable"     },
       {"typing.Optional[int]",          "Any"            },
       {"'int | None'",                  "Integer"        },
-      {"datetime.datetime",             "DateTime"       },
       {"Own",                           "Own"            },
       {"Box[int]",                      "Box"            },
       {"'Own'",                         "Any"            },
@@ -49,24 +43,18 @@ result = )";
       {"3",                             "Any"            },
   };
   for (const auto& [annotation, type] : rows) {
-    const PyObjectPtr object = run(names + annotation);
-    ASSERT_TRUE(object) << annotation;
-    EXPECT_EQ(type_from_annotation(object.get()).name().view(), type) << annotation;
+    expect_outcome(type_from_annotation(run(names + annotation).get()).name(), type, annotation);
   }
   EXPECT_TRUE(type_from_annotation(nullptr).is_untyped());
 }
 
 TEST_F(PythonFunction, TellsItsSignature) {
   const std::pair<const char*, const char*> rows[] = {
-      {"def f(a: int, b=2, *rest): pass",                                                       "(a: Integer, b, rest=2)"                                         },
       {"def f(a, b, /, c, *, d: str, e=1): pass",                                               "(a, b, c, d: String, e)"                                         },
       {"def f(*args: int, **kwargs: str): pass",                                                "(args: Integer, kwargs: String)"                                 },
       {"def f(a: 'int', b: 'list[str]') -> 'str': pass",                                        "(a: Integer, b: List) -> String"                                 },
       {"from __future__ import annotations\ndef f(a: nobody) -> int: pass",                     "(a) -> Integer"                                                  },
-      {"import functools\nf = functools.partial(lambda a, b, c: 0, 1)",                         "(b, c)"                                                          },
-      {"class f:\n def __init__(self, a: str): pass",                                           "(a: String)"                                                     },
       {"class A:\n def __call__(self, a: float): pass\nf = A()",                                "(a: Float)"                                                      },
-      {"f = len",                                                                               "(obj)"                                                           },
       {"f = min",                                                                               "Error: no signature found for builtin <built-in function min>…"},
       {"class A:\n __signature__ = property(lambda s: 1 / 0)\n def __call__(s): pass\nf = A()",
        "Error: division by zero"                                                                                                                                  },
@@ -126,63 +114,43 @@ TEST_F(PythonFunction, ReadsAndWritesDefaultsAllOrNothing) {
       {made.setPropertyValue(defaults, List_Generic({1, Error("no paper")})), "Error: no paper"},
       {made.propertyValue(defaults), "[7]"},
       {function("class f: __defaults__ = 3").propertyValue(defaults), "[]"},
-      {function("f = len").propertyValue(defaults), "[]"},
       {function("f = len").setPropertyValue(defaults, List_Generic()), "Error: …"},
   });
 }
 
 TEST_F(PythonFunction, IsNamedAndDocumentedByPython) {
   const CPythonFunction method = function("class A:\n def m(self):\n  'What it does.'\nf = A.m");
+  const char* hiding = "class A:\n __call__ = len\n __doc__ = property(lambda self: 1 / 0)\nf = A()";
   expect_outcomes({
       {method.name(), "A.m"},
       {method.doc(), "What it does."},
       {ask(method, ".doc"), "What it does."},
       {ask(function("def f(): pass"), ".doc"), "None"},
       {ask(function("def f(): pass\nf.__doc__ = 7"), ".doc"), "7"},
+      {ask(function(hiding), ".doc"), "Error: division by zero"},
       {function("f = __import__('functools').partial(len)").name(), ""},
-      {make_python_function(eval("3").get()), "Error: The source object isn't a function."},
   });
-  const char* hiding = "class A:\n __call__ = len\n __doc__ = property(lambda self: 1 / 0)\nf = A()";
-  expect_outcome(ask(function(hiding), ".doc"), "Error: division by zero");
 }
 
 TEST_F(PythonFunction, IsOneHoweverOftenItCrosses) {
-  const PyObjectPtr object = run("def f(): pass\nresult = f");
-  const Any first = from_python(object.get()), second = from_python(object.get());
-  EXPECT_EQ(to_python(first).get(), object.get());
-  EXPECT_EQ(compare_objects_value(first, second), ordering_value::Equal);
-  EXPECT_EQ(hash_of(first), hash_of(second));
-  EXPECT_NE(compare_objects_value(first, from_python(eval("len").get())), ordering_value::Equal);
-  // A key like any other, unless Python says that it is none.
-  HashMap_Generic map;
-  map.set(first, 1);
-  expect_outcome(map.get(second), "1");
-  const Any unhashable = from_python(run("class A:\n __call__ = __eq__ = lambda *all: True\nresult = A()").get());
-  expect_outcome(ask(map, "set", {unhashable, 1}), "Error: unhashable type: 'A'");
-  // Made anew each time it is asked for.
+  // Python makes a bound method anew each time it is asked for.
   const PyObjectPtr methods = run("n = 5\nresult = [n.bit_length, n.bit_length]");
   const Any one = from_python(PyList_GetItem(methods.get(), 0)), other = from_python(PyList_GetItem(methods.get(), 1));
+  EXPECT_EQ(to_python(one).get(), PyList_GetItem(methods.get(), 0));
   EXPECT_EQ(compare_objects_value(one, other), ordering_value::Equal);
   EXPECT_EQ(hash_of(one), hash_of(other));
+  EXPECT_NE(compare_objects_value(one, from_python(eval("len").get())), ordering_value::Equal);
+  const Any unhashable = from_python(run("class A:\n __call__ = __eq__ = lambda *all: True\nresult = A()").get());
+  expect_outcome(ask(HashMap_Generic(), "set", {unhashable, 1}), "Error: unhashable type: 'A'");
 }
 
 TEST_F(PythonFunction, IsMadeFromSourceText) {
   // What a call with 20 and 22 gives.
   const std::pair<const char*, const char*> rows[] = {
-      {"lambda a, b: a + b",                    "42"                                        },
       {" def add(a, b) :\n  return a + b\n",    "42"                                        },
-      {"def\tadd(a: int, b):\n\treturn a + b",  "42"                                        },
       {"x = sum(args)\nif x:\n  return x",      "42"                                        },
-      {"\n\n  return '''\n''' + 'a\\\n  b'",    "\na  b"                                    },
-      {"x = 1\rreturn x # '''",                 "1"                                         },
-      {"x = 1\n\freturn sum(args)",             "42"                                        },
-      {"# nothing",                             "None"                                      },
       {"return ling.List is not None",          "true"                                      },
-      {"default = 3",                           "None"                                      },
-      {"return __name__",                       "builtins"                                  },
       {"def (a): pass",                         "invalid syntax"                            },
-      {"def",                                   "invalid syntax"                            },
-      {"lambda a: a +* a",                      "invalid syntax"                            },
       {"lambda a: a, 3",                        "Error: The source object isn't a function."},
       {"def f(): pass\ndel f",                  "Error: Unable to find the function: f."    },
       {"def f(): pass\nraise SystemExit('no')", "Error: no"                                 },
