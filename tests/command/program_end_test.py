@@ -1,4 +1,4 @@
-# How a program ends: whatever it has done to its interpreter, as with the interpreter that is embedded.
+# Running a program and how it ends: whatever it has done to its interpreter, as with the interpreter that is embedded.
 import os
 import pathlib
 import py_compile
@@ -20,9 +20,7 @@ with open("/proc/self/maps") as maps:
 
 # What a program can do to its interpreter. Each fails afterwards, so that there is output, a traceback, a status.
 SPOILED = {
-    "builtins": "import builtins\nbuiltins.exec = builtins.compile = builtins.print = builtins.__import__ = None",
     "no modules": "sys.modules.clear()",
-    "modules in the way": f"for name in {MODULES}: sys.modules[name] = None",
     "junk for modules": f"for name in {MODULES}: sys.modules[name] = 5",
     "nothing can be imported": "sys.modules.clear(); sys.meta_path = None; sys.path = 5; sys.path_hooks.clear()",
     "no stack": "sys.setrecursionlimit(8)",
@@ -37,16 +35,23 @@ SPOILED = {
     "garbage collector": "import gc; gc.disable(); gc.callbacks.append(5)",
 }
 
-# Ways to end, with the output, the errors and the status of each.
+# Ways to begin and to end, with the output, the errors and the status of each.
 ENDS = {
+    "names": "print(__name__, __doc__, __spec__, __package__, __builtins__, __annotations__, sorted(globals()))",
+    "directory on the path": "import os; print(sys.path[0] == os.path.dirname(os.path.realpath(__file__)), os.path.isabs(__file__))",
+    "signals": "import signal; print(signal.getsignal(signal.SIGINT), signal.getsignal(signal.SIGPIPE))",
+    "syntax error": "x = 1\nif x\n    pass",
+    "exception of its own code": "import inspect\ndef fail():\n    raise KeyError(inspect.getsource(fail))\nfail()",
+    "exit without status": "sys.exit()",
+    "exit with a negative number": "sys.exit(-1)",
+    "exit with a text": "sys.exit('a reason')",
+    "failing excepthook": "def hook(t, v, tb):\n    raise ValueError('hook')\nsys.excepthook = hook\n1 / 0",
+    "excepthook that exits": "sys.excepthook = lambda *_: sys.exit(6)\n1 / 0",
     "error without traceback": "class Hidden(Exception):\n    __traceback__ = None\n    with_traceback = None\nraise Hidden('reason')",
     "error that refuses": "class Refusing(Exception):\n    def __getattribute__(self, name): raise KeyError(name)\n    def __setattr__(self, *_): raise KeyError\nraise Refusing",
     "error that exits": "class Exiting(Exception):\n    def __str__(self): sys.exit(5)\nraise Exiting",
-    "interrupt": "raise KeyboardInterrupt",
     "kind of interrupt": "class Other(KeyboardInterrupt): pass\nraise Other",
     "interrupt handled by a hook": "sys.excepthook = lambda *_: sys.exit(6)\nraise KeyboardInterrupt",
-    "request of another kind": "class Other(BaseException): pass\nraise Other('text')",
-    "exit with a list": "sys.exit([1])",
     "names of the file after an exit": "atexit.register(lambda: print('__file__' in globals(), '__cached__' in globals())); sys.exit()",
     "names of the file after an error": "atexit.register(lambda: print('__file__' in globals(), '__cached__' in globals())); 1 / 0",
     "exit with a number beyond 32 bits": "sys.exit((1 << 32) + 3)",
@@ -167,10 +172,7 @@ class Kinds(CommandTest):
         compiled = py_compile.compile(source, self.path("compiled.pyc"))
         with open(compiled, "rb") as file:
             code = file.read()
-        package = self.path("package")
-        os.mkdir(package)
-        self.write("package/__main__.py", self.TEXT)
-        self.write("package/neighbour.py", "")
+        package = os.path.dirname(self.write("package/__main__.py", self.TEXT))
         archive = self.path("archive.pyz")
         with zipfile.ZipFile(archive, "w") as file:
             file.write(self.path("package/__main__.py"), "__main__.py")
