@@ -75,7 +75,7 @@ for value, text in [
     (itself(), "Time 01:00:00+01:00  0"),
     (odd_offset(60), "Time 01:00:00+00:01 odd 0"),
     (odd_offset(float("nan")), "Time 01:00:00  0"),
-    (OddTime(fold="?"), "Time 01:00:00  0"),
+    (OddTime(fold="?", utcoffset=timedelta), "Time 01:00:00+00:00  0"),
     (OddTime(month=3, hour=256 + 7), "Time 07:00:00  0"),
     (Decimal("-0E+5"), "Decimal -0E+5"),
     (Decimal("sNaN123"), "Decimal sNaN123"),

@@ -46,6 +46,7 @@ TEST_F(ErrorBridge, KeepsTheTextsOfAnException) {
       {"try: 1 // 0\nexcept Exception as e: raise OSError('outer') from e", "outer",                              "ZeroDivisionError"},
       {"class E(Exception):\n  def __str__(self): return 1 // 0\nraise E",  "E",                                  "E"                },
       {"class E(Exception): ling = 'mine'\nraise E('text')",                "text",                               "E: text"          },
+      {"class E(Exception): ling = property(len)\nraise E('text')",         "text",                               "E: text"          },
       {"raise KeyboardInterrupt",                                           "KeyboardInterrupt",                  "KeyboardInterrupt"},
   };
   for (const auto& [code, message, in_stack] : rows) {
@@ -82,6 +83,7 @@ class Hostile(Exception):
       {"E(3, 4, 3, 4)",                        0,  0,  3,  4,  0 },
       {"E(3, 9, 3, 4)",                        0,  0,  3,  9,  {}},
       {"E(3, 4, 3, 9)",                        -2, -3, 1,  1,  5 },
+      {"E(3, 4, 3, 9)",                        -3, -4, {}, {}, {}},
       {"E('3', [], 2**70, 1.5)",               0,  0,  12, {}, {}},
       {"E(-2**63, -2**63, -2**63, 2**63 - 1)", -1, -1, {}, {}, {}},
       {"E()",                                  0,  0,  12, {}, {}},
@@ -101,6 +103,11 @@ class Hostile(Exception):
       EXPECT_FALSE(at->offset());
     }
   }
+  // Whoever raised an error of the host's finds that very error again.
+  raise("import ling\nling.Date.fromString('no date')");
+  const auto own = EvaluationError::cast(exception_to_error(0, 0));
+  ASSERT_TRUE(own && own->cause());
+  EXPECT_THROW(std::rethrow_exception(own->cause()), Error);
 }
 
 TEST_F(ErrorBridge, RaisesAnErrorThatComesBackAsTheSameObject) {
@@ -143,8 +150,9 @@ TEST_F(ErrorBridge, MirrorsAClassOfErrorsByOnePythonClass) {
 }
 
 TEST_F(ErrorBridge, FollowsExceptionsThatCarryEachOtherOnlySoFar) {
-  for (const char* circle : {"e = ValueError('self')\ne.ling = result = e",
-                             "a, b = ValueError('self'), OSError()\na.ling, b.ling = b, a\nresult = a"}) {
+  for (const char* circle :
+       {"e = ValueError('self')\ne.ling = result = e",
+        "a, b, c = ValueError('self'), OSError(), OSError()\na.ling, b.ling, c.ling = b, c, a\nresult = a"}) {
     EXPECT_EQ(Error::unchecked(from_python(run(circle).get())).message(), "self");
   }
   const Any last = from_python(run("a, b = ValueError('a'), OSError('b')\na.ling = b\nresult = a").get());
