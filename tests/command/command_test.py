@@ -2,6 +2,7 @@
 import json
 import os
 import re
+import shutil
 import signal
 import subprocess
 import sys
@@ -10,6 +11,7 @@ import unittest
 
 COMMAND = os.environ["LING_COMMAND"]
 os.environ.pop("PYTHONUNBUFFERED", None)  # when output is lost depends on it
+MODULES = os.path.join(os.path.dirname(COMMAND), "../lib/corvantis")
 PYTHON = os.path.join(sys.base_prefix, "bin", "python%d.%d" % sys.version_info[:2])
 
 
@@ -50,9 +52,9 @@ class Run(CommandTest):
                 self.assertEqual(got, (0, "%r\n" % [os.fsencode(a) for a in arguments], ""))
 
     def test_keeps_the_program_name_as_given(self):
-        self.write("program.py", "import sys; print(sys.argv, sys.path[0])")
-        expected = "['./program.py'] %s\n" % os.path.realpath(self.folder)
-        self.assertEqual(self.ling("run", "./program.py", cwd=self.folder), (0, expected, ""))
+        self.write("program.py", "import sys; print(sys.argv, sys.path[0], __file__)")
+        expected = outcome([PYTHON, "./program.py"], cwd=self.folder)
+        self.assertEqual(self.ling("run", "./program.py", cwd=self.folder), expected)
 
     def test_finds_neighbours_of_the_linked_file(self):
         self.write("elsewhere/neighbour.py", "value = 5")
@@ -64,17 +66,26 @@ class Run(CommandTest):
         environment = dict(os.environ, LOCALAPPDATA=self.folder)
         self.assertEqual(self.run_text("import own_package; print(own_package.value)", env=environment), (0, "5\n", ""))
 
+    def test_finds_packages_beside_a_module_in_a_folder_whose_name_is_no_text(self):
+        folder = os.path.join(os.fsencode(self.folder), b"fo\xfflder")
+        shutil.copytree(MODULES, os.fsdecode(folder))
+        package = self.write("fo\udcfflder/site-packages/beside.py", "place = __file__")
+        code = "import beside, os; return os.fsencode(beside.place) == %r" % os.fsencode(package)
+        got = self.ling("--module", "corvantis_python.so", "exec", code, cwd=folder)
+        self.assertEqual(got, (0, "true\n", ""))
+
     def test_reports_a_missing_file(self):
         status, out, err = self.ling("run", self.path("missing.py"))
         self.assertEqual((status, out), (2, ""))
         self.assertIn("missing.py': [Errno 2] No such file or directory", err)
 
     def test_prints_any_text_without_a_locale(self):
+        program = self.write("program.py", "import os; print('\u00e9\u4e2d', os.environ.get('LC_CTYPE'))")
+        others = {k: v for k, v in os.environ.items() if not k.startswith(("LC_", "LANG"))}
         for variables in {}, {"LC_ALL": "C"}, {"LC_ALL": "C.UTF-8"}:
             with self.subTest(variables):
-                environment = {k: v for k, v in os.environ.items() if not k.startswith(("LC_", "LANG"))}
-                got = self.run_text("print('\u00e9\u4e2d')", env=dict(environment, **variables))
-                self.assertEqual(got, (0, "\u00e9\u4e2d\n", ""))
+                expected = outcome([PYTHON, program], env={**others, **variables})
+                self.assertEqual(self.ling("run", program, env={**others, **variables}), expected)
 
     def test_holds_what_programs_log(self):
         text = (
@@ -131,6 +142,7 @@ class Inspect(CommandTest):
             self.assertTrue(of_class["doc"] and of_class["parents"] and of_class["methods"], of_class["name"])
         described = self.describe("ling.cpython")
         self.assertEqual(described["doc"], "Interface to Python language.")
+        self.assertEqual([each["name"] for each in described["properties"]], ["doc"])
         functions = {each["name"]: each["signature"] for each in described["callables"]}
         self.assertEqual(functions["evaluate"], "(code: String, scope=None)")
         self.assertEqual(self.describe("ling.cpython.evaluate")["doc"], "Evaluates Python code.")
@@ -165,10 +177,8 @@ class Usage(CommandTest):
 
     def test_documents_itself(self):
         for arguments in ["--help"], ["run", "--help"], ["eval", "-h"], ["--version"]:
-            with self.subTest(arguments):
-                status, out, err = self.ling(*arguments)
-                self.assertEqual((status, err), (0, ""))
-                self.assertIn("ling", out)
+            status, out, err = self.ling(*arguments)
+            self.assertEqual((status, err, "ling" in out), (0, "", True), arguments)
 
 
 if __name__ == "__main__":

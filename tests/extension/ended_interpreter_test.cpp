@@ -6,44 +6,29 @@
 namespace ling::cpython {
 namespace {
 
-constexpr const char* objects = R"(
-class Class:
-    def method(self): return 1
-def function(a=1): return a
-result = {'object': Class(), 'class': Class, 'function': function, 'list': [1], 'iterator': iter([1]).__iter__})";
-
 Any call_by_name(const char* function, const std::vector<Any>& arguments) {
   return I_Callable_Generic::unchecked(find_module("ling.cpython").value().callables().get(function))
       .callWith(arguments);
 }
 
 // What the host holds by then.
-class held_values {
- public:
-  held_values() {
-    const PyObjectPtr dict = run(objects);
-    PyObject *key = nullptr, *value = nullptr;
-    for (Py_ssize_t position = 0; PyDict_Next(dict.get(), &position, &key, &value) != 0;) {
-      values_.set(from_python(key), from_python(value));
-    }
-    values_.set("error", call_by_name("evaluate", {"raise ValueError"}));
-    values_.set("iterator", I_Callable_Generic::unchecked(values_.get("iterator"))());
-  }
-  Any operator[](const char* name) const { return values_.get(name); }
-  I_Callable_Generic function() const { return I_Callable_Generic::unchecked(values_.get("function")); }
-  I_Callable_Generic method() const {
-    return Class_Generic::unchecked(values_.get("class")).definedMethod(meta_method_untyped("method")).value();
-  }
-
- private:
-  HashMap_Generic values_;
+struct held_values {
+  const I_Sequence_Generic all = I_Sequence_Generic::unchecked(call_by_name("evaluate", {R"(
+class Class:
+    def method(self): return 1
+def function(a=1): return a
+return Class(), Class, function, [1], iter([1]))"}));
+  const Any object = all.at(0);
+  const Class_Generic of_class = Class_Generic::unchecked(all.at(1));
+  const I_Callable_Generic function = I_Callable_Generic::unchecked(all.at(2));
+  const I_Callable_Generic method = of_class.definedMethod(meta_method_untyped("method")).value();
+  const Any list = all.at(3), iterator = all.at(4);
+  const Error error = Error::unchecked(call_by_name("evaluate", {"raise ValueError"}));
 };
 
 // Everything that the host can ask for.
 std::vector<std::pair<const char*, Any>> ask_all(const held_values& held) {
-  const Any object = held["object"];
-  const auto of_class = Class_Generic::unchecked(held["class"]);
-  const I_Callable_Generic function = held.function(), method = held.method();
+  const auto& [all, object, of_class, function, method, list, iterator, error] = held;
   const I_Callable_Generic constructor = CPythonFunction::getClass(), language = CPythonLanguage::getClass();
   HashMap_Generic named;
   named.set("a", 1);
@@ -61,10 +46,10 @@ std::vector<std::pair<const char*, Any>> ask_all(const held_values& held) {
       {"property", object.propertyValue(property)},
       {"describe property", property_of(object, property)},
       {"display", display(object)},
-      {"equal", equal_objects(object, held["list"])},
-      {"search", ask(list_of_host, "indexOf", {held["list"]})},
-      {"value of an error", Error::unchecked(held["error"]).value()},
-      {"compare", compare_objects(object, held["list"])},
+      {"equal", equal_objects(object, list)},
+      {"search", ask(list_of_host, "indexOf", {list})},
+      {"value of an error", error.value()},
+      {"compare", compare_objects(object, list)},
       {"call", function(1)},
       {"call by name", function.callWithNamed(named)},
       {"signature", function.signature()},
@@ -76,8 +61,8 @@ std::vector<std::pair<const char*, Any>> ask_all(const held_values& held) {
       {"class signature", of_class.signature()},
       {"class method", method(object)},
       {"class method's signature", method.signature()},
-      {"item or default", ask(held["list"], "atOr", {0, 5})},
-      {"next", ask(held["iterator"], "next")},
+      {"item or default", ask(list, "atOr", {0, 5})},
+      {"next", ask(iterator, "next")},
   };
 }
 
@@ -94,7 +79,7 @@ void end_interpreter(bool and_start_another) {
       EXPECT_FALSE(is_refused(answer)) << what;
     }
     PyThreadState* const own = PyEval_SaveThread();
-    std::thread([&] { EXPECT_FALSE(is_refused(display(held["list"]))); }).join();  // its thread state stays behind
+    std::thread([&] { EXPECT_FALSE(is_refused(display(held.list))); }).join();  // its thread state stays behind
     PyEval_RestoreThread(own);
     Py_FinalizeEx();
     if (and_start_another) {
@@ -105,9 +90,9 @@ void end_interpreter(bool and_start_another) {
     }
     EXPECT_TRUE(is_refused(call_by_name("importAllModules", {})));
     EXPECT_FALSE(to_python(1));
-    EXPECT_TRUE(held.method().declaringContext().empty());
-    EXPECT_TRUE(held.function().name().empty() && held.function().doc().empty());
-    std::thread([&] { EXPECT_TRUE(is_refused(display(held["list"]))); }).join();
+    EXPECT_TRUE(held.method.declaringContext().empty());
+    EXPECT_TRUE(held.function.name().empty() && held.function.doc().empty());
+    std::thread([&] { EXPECT_TRUE(is_refused(display(held.list))); }).join();
   }
   std::exit(testing::Test::HasFailure() ? 1 : 3);
 }

@@ -1,10 +1,8 @@
 """Whatever the environment says of warnings, Python's modules are read completely and without a word."""
 
 import os
-import pathlib
 import subprocess
 import sys
-import tempfile
 import unittest
 
 HOST = os.environ["LING_COMMAND"], "exec"
@@ -16,13 +14,6 @@ for name in "builtins", "collections", "collections.abc", "datetime", "decimal",
 print([name for name, module in sys.modules.items() if "__warningregistry__" in vars(module)])
 print(warnings.filters)
 """
-BALANCED = """
-import inspect, pkgutil, sys
-sys.path[:] = sys.path[:1]
-ling.cpython.importAllModules()
-print(any(each[0] == 'ignore' and each[2] is Warning for each in sys.modules['warnings'].filters))
-"""
-
 
 class SilentStart(unittest.TestCase):
     def outcome(self, code, *command, **settings):
@@ -38,13 +29,6 @@ class SilentStart(unittest.TestCase):
             with self.subTest(**settings):
                 filters = self.outcome("import warnings; print(warnings.filters)", *PYTHON, **settings)
                 self.assertEqual(self.outcome(MEMBERS, *HOST, **settings), [*expected, "[]", *filters])
-
-    def test_filters_saved_and_put_back_meanwhile(self):
-        """As another thread does, or a module while it is imported."""
-        with tempfile.TemporaryDirectory() as folder:
-            pathlib.Path(folder, "saver.py").write_text("import warnings; saved = warnings.catch_warnings(); saved.__enter__()")
-            pathlib.Path(folder, "saver2.py").write_text("import saver; saver.saved.__exit__()")
-            self.assertEqual(self.outcome(BALANCED, *HOST, PYTHONPATH=folder), ["False"])
 
 
 unittest.main()

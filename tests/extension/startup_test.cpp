@@ -2,6 +2,7 @@
 #include "bridge/python.h"
 #include "extension/search_paths.h"
 #include "ling/loading.h"
+#include "ling/testing.h"
 
 #include <cstdlib>
 #include <semaphore>
@@ -22,18 +23,11 @@ bool started() {
 }
 
 void start_on_eight_threads() {
-  std::barrier start(8);
   std::atomic<int> passed = 0;
-  {
-    std::vector<std::jthread> threads;
-    for (int i = 0; i < 8; ++i) {
-      threads.emplace_back([&] {
-        start.arrive_and_wait();
-        start_python();
-        passed += started() ? 1 : 0;
-      });
-    }
-  }
+  ling::testing::on_eight_threads([&](int) {
+    start_python();
+    passed += started() ? 1 : 0;
+  });
   exit_with(passed == 8);
 }
 

@@ -8,6 +8,7 @@ import signal
 import subprocess
 import sys
 import tempfile
+import warnings
 
 import ling
 
@@ -33,6 +34,7 @@ MODULES = {
     "again.py": "import ling\nling.cpython.importAllModules()\ndone = True",
     "strange.py": "import sys\nclass Strange:\n  __path__ = 5\n  def __getattr__(self, n): raise AttributeError(n)\n"
     "sys.modules[__name__] = Strange()",
+    "warns.py": "import warnings\nwarnings.catch_warnings().__enter__()",
     "_hidden.py": "",
     "antigravity.py": "import os\nos._exit(9)",
     "box/__init__.py": "'A package.'\nfrom . import inner\ninner = 'replaced by the module'",
@@ -53,6 +55,7 @@ def state():
         "files": [(each.st_dev, each.st_ino) for each in files],
         "environment": (os.environ, dict(os.environ), os.environb[b"PATH"]),
         "directory": os.getcwd(),
+        "warnings": list(warnings.filters),
         "interrupt": signal.getsignal(signal.SIGINT),
     }
 
@@ -67,10 +70,12 @@ def main():
         os.symlink(".", pathlib.Path(folder, "box", "endless"))
         path, sys.path[:] = list(sys.path), [folder]
         before = state()
+        open_files = len(os.listdir("/proc/self/fd"))
         assert ling.cpython.CPythonLanguage.importAllModules() is None
         after = state()
         assert ling.cpython.importAllModules() is None, "a second time"
         sys.path[:] = path
+    assert len(os.listdir("/proc/self/fd")) < open_files + 9, "shields leave files open"
     for what in before:
         assert before[what] == after[what], (what, before[what], after[what])
 
