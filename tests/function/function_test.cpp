@@ -150,7 +150,7 @@ TEST_F(PythonFunction, IsMadeFromSourceText) {
       {" def add(a, b) :\n  return a + b\n",    "42"                                        },
       {"x = sum(args)\nif x:\n  return x",      "42"                                        },
       {"return ling.List is not None",          "true"                                      },
-      {"def (a): pass",                         "invalid syntax"                            },
+      {"x = = 1",                               "invalid syntax"                            },
       {"lambda a: a, 3",                        "Error: The source object isn't a function."},
       {"def f(): pass\ndel f",                  "Error: Unable to find the function: f."    },
       {"def f(): pass\nraise SystemExit('no')", "Error: no"                                 },
