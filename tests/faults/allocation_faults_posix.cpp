@@ -1,5 +1,5 @@
-// The allocation functions of the program, in front of those of the C library (glibc) or of a sanitizer. What the C++
-// library, the interpreter and everything else allocate comes through here.
+// The allocation functions of the program, in front of those of the C library (glibc). What the C++ library, the
+// interpreter and everything else allocate comes through here.
 #include "faults/allocation_faults.h"
 
 #include <dlfcn.h>
@@ -9,7 +9,6 @@
 #include <atomic>
 #include <cerrno>
 #include <cstring>
-#include <new>
 #include <utility>
 
 extern "C" {
@@ -117,17 +116,8 @@ void* realloc(void* block, std::size_t size) noexcept {
   return faults::must_fail() ? nullptr : __libc_realloc(block, size);
 }
 
-void* memalign(std::size_t alignment, std::size_t size) noexcept {
+void* aligned_alloc(std::size_t alignment, std::size_t size) noexcept {
   return faults::must_fail() ? nullptr : faults::counted(__libc_memalign(alignment, size));
-}
-void* aligned_alloc(std::size_t alignment, std::size_t size) noexcept { return memalign(alignment, size); }
-int posix_memalign(void** block, std::size_t alignment, std::size_t size) noexcept {
-  void* const made = memalign(alignment, size);
-  if (made == nullptr) {
-    return ENOMEM;
-  }
-  *block = made;
-  return 0;
 }
 
 void free(void* block) noexcept {
@@ -138,22 +128,3 @@ void free(void* block) noexcept {
 }
 
 }  // extern "C"
-
-// All other forms of operator new and delete lead to these, and these, in the C++ library, to the functions above; they
-// are spelled out because a sanitizer has its own.
-void* operator new(std::size_t size) {
-  if (void* const block = malloc(size)) {
-    return block;
-  }
-  throw std::bad_alloc();
-}
-void* operator new(std::size_t size, std::align_val_t alignment) {
-  if (void* const block = memalign(static_cast<std::size_t>(alignment), size)) {
-    return block;
-  }
-  throw std::bad_alloc();
-}
-void operator delete(void* block) noexcept { free(block); }
-void operator delete(void* block, std::size_t) noexcept { free(block); }
-void operator delete(void* block, std::align_val_t) noexcept { free(block); }
-void operator delete(void* block, std::size_t, std::align_val_t) noexcept { free(block); }

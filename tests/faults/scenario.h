@@ -3,6 +3,7 @@
 
 #include "ling/any.h"
 
+#include <functional>
 #include <span>
 
 namespace faults {
@@ -23,7 +24,7 @@ std::span<const python_row> python_rows();
 struct host_row {
   const char* name;
   ling::Any (*before)();
-  ling::Any (*action)(const ling::Any& subject);
+  std::function<ling::Any(const ling::Any& subject)> action;
   const char* also = "";
   unsigned traits = 0;
 };
@@ -33,7 +34,7 @@ enum host_traits : unsigned {
 };
 std::span<const host_row> host_rows();
 
-// Describes what the rows use. Once, before them.
-void prepare_rows();
+// What code returns that is evaluated without faults; without a result it ends the process.
+ling::Any made_by_python(const char* code);
 
 }  // namespace faults

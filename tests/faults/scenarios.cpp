@@ -8,7 +8,6 @@
 #include "python/python_modules.h"
 
 #include <stdexcept>
-#include <thread>
 
 namespace faults {
 
@@ -22,8 +21,6 @@ using namespace ling::cpython;
 struct Thing {
   std::int64_t value = 0;
 };
-
-Thing sum(const Thing& self, std::int64_t amount) { return {self.value + amount}; }
 
 constinit const class_definition<Thing> thing_class("Thing", [](class_builder<Thing>& c) {
   c.module("ling.faults")
@@ -50,16 +47,11 @@ constinit const class_definition<Thing> thing_class("Thing", [](class_builder<Th
               })
       .method("show", "text", "An overload.", [](const Thing&, const String& text) { return text; })
       .method("show", "number", "Another.", [](const Thing&, std::int64_t number) { return number * 100'000; })
-      .method("items", "", "A list.",
-              [](const Thing& self) {
-                return std::vector<std::int64_t>{self.value, 2, 3};
-              })
       .method("refuse", "", "Answers an error.", [](const Thing&) { return Error("A refusal that is long enough."); })
       .method("throw", "", "Throws.", [](const Thing&) { throw std::runtime_error("An exception of the host's."); })
       .method("call", "function, value", "Calls.",
               [](const Thing&, const I_Callable_Generic& function, const Any& value) { return function(value); })
       .class_method("make", "value", "Makes one.", [](std::int64_t value) { return Thing{value}; })
-      .method(Any::__add__, "amount", &sum)
       .method(Any::__sub__, "amount", [](const Thing& self, std::int64_t amount) { return Thing{self.value - amount}; })
       .method(Any::__compare__, "other",
               [](const Thing& self, const Any& other) -> Any {
@@ -85,42 +77,28 @@ constexpr char loses_exception[] = "without an exception|without (setting an )?e
 constexpr char loses_text[] = "^Error: $";
 
 constexpr python_row from_python_rows[] = {
-    {"append", "l = ling.List([1, 2])", "l.append('a text that is new')", "str(l)"},
     {"append many", "l = ling.List()", "for i in range(20): l.append(i * 100000)",
      "str(l) in [str(ling.List(i * 100000 for i in range(n))) for n in range(21)]"},
-    {"insert", "l = ling.List([1, 2])", "l.appendAt(1, 'a text that is new')", "str(l)"},
     {"extend", "l = ling.List([1, 2])", "l.extend([100000, 'b', (3, 4.5)])", "str(l)"},
-    {"add in place", "l = ling.List([1, 2])", "l += [100000, 'b']", "str(l)"},
     {"concat", "l = ling.List([1, 2])", "result = str(l + [100000, 'b'])", "str(l)"},
-    {"repeat", "l = ling.List([1, 2])", "result = str(l * 3)", "str(l)"},
     {"sort", "l = ling.List([500000, 'b' and 3, 200000, 9.5, 1])", "l.sort()", "str(l)"},
-    {"reverse", "l = ling.List(range(9))\nkept = l.iter()", "l.reverse()", "str(l)"},
     {"search list", "l = ling.List([1, 2, 'x', (1, 2)])", "result = (l.indexOf((1, 2)), 'x' in l, l.removeOne(2))",
      "str(l)"},
     {"index", "l = ling.List(range(5))", "result = (l[1], l[-1], len(l), str(l[1:3]), str(l[::2]))"},
-    {"index error", "l = ling.List(range(5))", "result = l[10]"},
-    {"set item", "l = ling.List(range(5))", "l[1] = 'a text that is new'", "str(l)"},
     {"delete item", "l = ling.List(range(5))\nkept = l.iter()", "del l[1]", "str(l)"},
     {"set slice", "l = ling.List(range(5))", "l[1:3] = ['a', 'b', 'c', 'd', 'e', 'f']", "str(l)"},
     {"set extended slice", "l = ling.List(range(6))\nkept = l.iter()", "l[::2] = ['a', 'b', 'c']", "str(l)"},
-    {"shrink slice", "l = ling.List(range(6))\nkept = l.iter()", "l[1:5] = ['a']", "str(l)"},
     {"delete slice", "l = ling.List(range(9))\nkept = l.iter()", "del l[::2]", "str(l)"},
     {"iterate", "l = ling.List(range(5))", "result = [x for x in l]"},
-    {"iterator end", "i = ling.List([1]).iter()\nnext(i)", "result = next(i, 'end')"},
     {"list of", "l = None", "l = ling.List([1.5, 'x', None, True, b'abc', 100000, (1, (2, 'y'))])", "str(l)"},
 
-    {"map", "m = ling.HashMap({'a': 1})", "m['a key that is new'] = 100000", "str(m)"},
     {"map grows", "m = ling.HashMap()", "for i in range(20): m[i * 1000] = 'x'",
      "str(m) in [str(ling.HashMap({i * 1000: 'x' for i in range(n)})) for n in range(21)]"},
     {"map read", "m = ling.HashMap({'a': 1, 2.5: 3})",
      "result = (m['a'], m[2.5], m.get('b', 5), 'a' in m, len(m), list(m), list(m.keys))"},
-    {"map error", "m = ling.HashMap({'a': 1})", "result = m['a key that is missing']"},
-    {"map remove", "m = ling.HashMap({'a': 1, 'b': 2})", "del m['a']", "str(m)"},
-    {"map of", "", "result = str(ling.HashMap({'a': 1, 2: 'b', 1.5: None}))"},
     {"map by own keys", "m = ling.HashMap(); m[Thing(100000)] = 1", "result = (m[Thing(100000)], Thing(100001) in m)",
      "str(m)"},
     {"set", "s = ling.HashSet([1, 2])", "result = (s.insert('a text that is new'), s.insert(1), 2 in s)", "str(s)"},
-    {"set by own values", "s = ling.HashSet([Thing(100000)])", "result = s.insert(Thing(100000))", "str(s)"},
     {"clone", "l = ling.List([1, [2], ling.HashMap({'a': ling.List([3])})])",
      "result = str(l.clone()) + str(l.deepClone())"},
     {"compare", "a, b = ling.List([1, (2, 'x')]), ling.List([1, (2, 'x')])",
@@ -136,8 +114,7 @@ constexpr python_row from_python_rows[] = {
     {"set field", "t = Thing(1)", "t.note = 'a text that is new'", "t.note"},
     {"own attribute", "t = Thing(1)", "t.added = 'a text that is new'", "getattr(t, 'added', None)"},
     {"delete attribute", "t = Thing(1); t.added = 1", "del t.added", "hasattr(t, 'added')"},
-    {"computed", "t = Thing(1)",
-     "result = (str(t.computed), t.computed - 1 if False else 0, ling.display(t.computed))"},
+    {"computed", "t = Thing(1)", "result = (str(t.computed), ling.display(t.computed))"},
     {"special names", "t = Thing(1)",
      "result = (t.__doc__, t.add.__doc__, t.add.__name__, t.add.__annotations__, t.add.__text_signature__, "
      "Thing.__module__, Thing.__name__)"},
@@ -149,46 +126,29 @@ constexpr python_row from_python_rows[] = {
     {"call many", "t = Thing(1)", "result = t.join(', ', 1, 2.5, 'x', None, (1, 2), b'y', 7, 8, 9, 10, 11, 12)"},
     {"overloads", "t = Thing(1)", "result = (t.show('a text'), t.show(3), t.show(number=4))"},
     {"bad argument", "t = Thing(1)", "result = t.add('a text')"},
-    {"bad name", "t = Thing(1)", "result = t.add(1, again=2)"},
-    {"no overload", "t = Thing(1)", "result = t.show(None)"},
     {"refusal", "t = Thing(1)", "result = t.refuse()"},
     {"host exception", "t = Thing(1)", "result = t.throw()"},
-    {"operators", "t = Thing(100000)", "result = (str(t + 1), str(t - 1))"},
+    {"operators", "t = Thing(100000)", "result = str(t - 1)"},
     {"operator missing", "t = Thing(100000)", "result = t / 2"},
     {"callback", "t = Thing(1)\ndef double(x): return x * 200000", "result = t.call(double, 3)"},
     {"callback raises", "t = Thing(1)\ndef fail(x): raise ValueError('a text that is long enough')",
      "result = t.call(fail, 3)", "None", loses_exception},
-    {"raise and catch", "",
-     "try:\n  raise ling.faults.Fault('x') if False else ValueError('x')\nexcept ValueError as e: result = str(e)"},
     {"error carried", "t = Thing(1)", "try: t.refuse()\nexcept RuntimeError as e: result = str(e.ling.message)"},
     {"wrapped error", "e = ling.List()", "result = Fault('a text')"},
-    {"display", "",
-     "result = (ling.display([1, 'x', {1: 2}]), ling.display(Thing(1)), ling.qualname(Thing), "
-     "ling.display(ling.faults))"},
     {"reflection", "t = Thing(1)",
      "result = (str(ling.class_of(t)), str(ling.method_of(t, 'add')), str(ling.property_of(t, 'value')), "
      "str(ling.own_properties_of(t)))"},
-    {"insert property", "t = Thing(1)", "ling.insert_property_value(t, 'added', 100000)", "getattr(t, 'added', None)"},
     {"coerce", "",
      "result = (ling.Integer('100000'), ling.String(5), ling.Float('1.5'), ling.Decimal('1.25'), ling.Boolean([]))"},
-    {"dates", "import datetime\nd = datetime.datetime(2020, 1, 2, 3, 4, 5, 6, tzinfo=datetime.timezone.utc)",
-     "result = ling.Tuple([d, d.date(), d.time(), datetime.time(1, 2, fold=1)])"},
-    {"decimals", "import decimal\nd = decimal.Decimal('1.25')",
-     "result = (ling.Tuple([d]), str(ling.Decimal('100000.5') + ling.Decimal('2')) if False else "
-     "ling.Decimal('100000.5'))"},
     {"lookup", "",
      "result = (str(ling.find_module('ling.faults')), str(ling.find_type('ling.faults.Thing')), "
-     "str(ling.find_module('no.such.module')))"},
-    {"modules", "", "result = str(ling.modules()[0])"},
-    {"globals", "", "result = str(ling.globals().get('missing', 'none'))"},
+     "str(ling.find_module('no.such.module')), str(ling.modules()[0]), str(ling.globals().get('missing', 'none')))"},
+    {"dates and decimals",
+     "import datetime, decimal\nd = datetime.datetime(2020, 1, 2, 3, 4, 5, 6, tzinfo=datetime.timezone.utc)", "result = ling.Tuple([d, d.date(), d.time(), datetime.time(1, 2, fold=1), decimal.Decimal('1.25')])"},
     {"import", "import sys\nsys.modules.pop('ling.faults', None)", "import ling.faults", "None",
      "can't allocate lock|SystemError\\(\\)"},
-    {"log record", "", "r = ling.LogRecord(20, 'a text that is new'); result = r.message"},
-    {"weak reference", "t = Thing(1)", "w = ling.WeakReference(t); result = str(w.lock())"},
     {"evaluate", "out = ling.HashMap({'x': 1}); scope = ling.EvaluationScope(7, None, {'y': 100000}, out)",
      "result = ling.cpython.evaluate('x = y + 1\\nreturn [x, self]', scope)", "str(out)"},
-    {"evaluate expression", "scope = ling.EvaluationScope(None, None, {'y': 100000}, None)",
-     "result = ling.cpython.evaluate_expr('y + 1', scope)"},
     {"evaluate syntax error", "",
      "try: ling.cpython.evaluate('x = = 1')\nexcept RuntimeError as e: result = (str(e), getattr(e.ling, 'line', 0))", "None", loses_exception},
     {"evaluate raises", "",
@@ -206,72 +166,21 @@ constexpr python_row from_python_rows[] = {
 
 // Preparations. None of them may fail.
 
-Any python(const char* code) {
-  const auto result = cpython::evaluate(code, {});
-  if (result.is_error()) {
-    std::fprintf(stderr, "%s\n%s\n", code, result.error().message().c_str());
-    std::abort();
-  }
-  return result;
-}
 template <std::size_t N>
 struct code {
   char text[N];
   constexpr code(const char (&given)[N]) { std::copy_n(given, N, text); }
 };
 template <code Code>
-Any of_python() {
-  return python(Code.text);
+Any made_by() {
+  return made_by_python(Code.text);
 }
-Any nothing() { return {}; }
-
-// What is handed over, made before.
-const Any text("a text that is long enough");
-const Any number(100'000);
-const Any fraction(2.5);
-const Any pair = Tuple_Generic({number, text});
-const named_argument by_name[] = {
-    {"b", text}
-};
-const String text_of_log("a text for the log");
-
-// For functions of the runtime that throw std::bad_alloc, which a host catches where it likes.
-template <class F>
-Any caught(const F& function) {
-  return internal::guarded([&]() -> Any { return function(); });
-}
-
-Any call(const Any& value, std::string_view name, std::initializer_list<Any> arguments = {}) {
-  return caught(
-      [&] { return call_method(value, meta_method_untyped(name), std::span(arguments.begin(), arguments.size())); });
-}
-Any call(const Any& function, std::initializer_list<Any> arguments) {
-  return I_Callable_Generic::unchecked(function).callWith(std::span(arguments.begin(), arguments.size()));
-}
-
-// One value of each kind.
-Any every_kind() {
-  const Any day = Date::from(2020, 1, 2);
-  const Any time = Time::from(1, 2, 3, 4'000);
-  return List_Generic({Any(), Any(true), number, Any(2.0 + 1), fraction, text, ByteArray("bytes"), pair, day, time,
-                       DateTime(Date::unchecked(day), Time::unchecked(time)), Decimal::fromString("1.25"), Undefined(),
-                       HashMap_Generic(), make<object_value_native<Thing>>(thing_class.required(), 5),
-                       Class_Generic(thing_class.required())});
-}
-
-// To Python and back.
-Any there_and_back(const Any& value) {
-  const GilGuard lock;
-  const PyObjectPtr object = to_python(value);
-  return object ? from_python(object.get()) : Any(capture_error_or("failed without an exception"));
-}
-
-Any list_of_python() { return python("return [1, 2, 3]"); }
-Any dict_of_python() { return python("return {'a': 1, 'b': 2}"); }
-Any set_of_python() { return python("return {1, 2}"); }
+constexpr auto list_of_python = made_by<"return [1, 2, 3]">;
+constexpr auto dict_of_python = made_by<"return {'a': 1, 'b': 2}">;
+constexpr auto set_of_python = made_by<"return {1, 2}">;
 Any class_of_python() {
   // The class of a type lives for ever.
-  static const Any made = python(
+  static const Any made = made_by_python(
       "class Point:\n"
       "  'A place.'\n"
       "  kind = 'place'\n"
@@ -287,167 +196,149 @@ Any class_of_python() {
 }
 Any object_of_python() { return I_Callable_Generic::unchecked(class_of_python())(); }
 Any two_objects() { return List_Generic({object_of_python(), object_of_python()}); }
-Any numbers() { return List_Generic({Any(3), Any(1), Any(2)}); }
+Any nothing() { return {}; }
 
-Any get(const Any& value, std::string_view name) {
-  return caught([&] { return value.propertyValue(meta_property_untyped(name)); });
+// What is handed over, made before.
+const Any text("a text that is long enough");
+const Any number(100'000);
+const Any pair = Tuple_Generic({number, text});
+const named_argument by_name[] = {
+    {"b", text}
+};
+const String text_of_log("a text for the log");
+
+// One value of each kind.
+Any every_kind() {
+  const Any day = Date::from(2020, 1, 2);
+  const Any time = Time::from(1, 2, 3, 4'000);
+  return List_Generic({Any(), Any(true), number, Any(2.0 + 1), Any(2.5), text, ByteArray("bytes"), pair, day, time,
+                       DateTime(Date::unchecked(day), Time::unchecked(time)), Decimal::fromString("1.25"), Undefined(),
+                       HashMap_Generic(), make<object_value_native<Thing>>(thing_class.required(), 5),
+                       Class_Generic(thing_class.required())});
+}
+
+// Actions. What the runtime promises not to throw is done as it is; other functions throw std::bad_alloc, which a host
+// catches where it likes.
+
+template <auto Function>
+Any caught(const Any& subject) {
+  return internal::guarded([&]() -> Any { return Function(subject); });
+}
+auto method(std::string_view name, std::vector<Any> arguments = {}) {
+  return [called = meta_method_untyped(name), arguments = std::move(arguments)](const Any& subject) {
+    return internal::guarded([&]() -> Any { return call_method(subject, called, arguments); });
+  };
+}
+auto property(std::string_view name) {
+  return [read = meta_property_untyped(name)](const Any& subject) {
+    return internal::guarded([&]() -> Any { return subject.propertyValue(read); });
+  };
+}
+auto called_with(std::vector<Any> arguments) {
+  return [arguments = std::move(arguments)](const Any& function) {
+    return I_Callable_Generic::unchecked(function).callWith(arguments);
+  };
+}
+template <code Code>
+Any evaluated(const Any&) {
+  return internal::guarded([]() -> Any { return evaluate(Code.text, {}); });
+}
+
+Any there_and_back(const Any& values) {
+  std::vector<Any> all;
+  for (const Any& each : List_Generic::unchecked(values).copyItems()) {
+    const GilGuard lock;
+    const PyObjectPtr object = to_python(each);
+    all.push_back(object ? from_python(object.get()) : Any(capture_error_or("failed without an exception")));
+    if (is_error_result(all.back())) {
+      return all.back();
+    }
+  }
+  return List_Generic(std::move(all));
+}
+Any class_of_the_host(const Any&) {
+  class_builder<void> builder("Made");
+  builder.doc("A class.")
+      .parent(I_Immutable::getClass())
+      .field("note", "A field.", number)
+      .property("answer", "A property.", [] { return 42; })
+      .method("twice", "value", "A method.", [](const Any&, std::int64_t value) { return 2 * value; })
+      .method("twice", "text", "An overload.", [](const Any&, const String& value) { return value; });
+  const auto made = builder.build();
+  return made ? Any(made->doc()) : Any(made);
+}
+Any exported_module(const Any&) {
+  const GilGuard lock;
+  const auto module = export_python_module("test.csv", "csv");
+  return module ? Any(std::int64_t(class_of(module).object().properties().size())) : Any(module);
 }
 
 const host_row from_host_rows[] = {
-    {"every kind there and back", every_kind,
-     [](const Any& values) {
-       return caught([&]() -> Any {
-         std::vector<Any> all;
-         for (const Any& each : List_Generic::unchecked(values).copyItems()) {
-           all.push_back(there_and_back(each));
-           if (is_error_result(all.back())) {
-             return all.back();
-           }
-         }
-         return List_Generic(std::move(all));
-       });
-     }},
-    {"call Python", of_python<"return lambda a, b=2: [a, b]">, [](const Any& f) { return call(f, {text}); }},
-    {"call Python by name", of_python<"return lambda a, b=2: [a, b]">,
+    {"every kind there and back", every_kind, caught<there_and_back>},
+    {"call Python", made_by<"return lambda a, b=2: [a, b]">, called_with({text})},
+    {"call Python by name", made_by<"return lambda a, b=2: [a, b]">,
      [](const Any& f) {
        return static_cast<const object_value_callable&>(*f.get()).call_named(std::span(&number, 1), by_name);
      }},
-    {"Python raises", of_python<"def f(): raise ValueError('a text that is long enough')\nreturn f">,
-     [](const Any& f) { return call(f, {}); }},
-    {"Python has no memory", of_python<"def f(): raise MemoryError\nreturn f">,
-     [](const Any& f) { return call(f, {}); }},
+    {"Python raises", made_by<"def f(): raise ValueError('a text that is long enough')\nreturn f">, called_with({})},
+    {"Python has no memory", made_by<"def f(): raise MemoryError\nreturn f">, called_with({})},
  // The interpreter raises the TypeError without its text.
-    {"bad call", of_python<"return lambda a: a">, [](const Any& f) { return call(f, {}); }, "^Error: $"},
-    {"signature", of_python<"def f(a: int, b: 'str' = 'x', *c) -> float: pass\nreturn f">,
-     [](const Any& f) { return caught([&] { return I_Callable_Generic::unchecked(f).signature(); }); },
-     "Unable to access 'inspect.signature'"}, // the import of a module hides what it has failed of
-    {"sequence", list_of_python, [](const Any& s) { return call(s, "at", {1}); }},
-    {"sequence error", list_of_python, [](const Any& s) { return call(s, "at", {number}); }},
-    {"sequence or", list_of_python,
-     [](const Any& s) {
-       return call(s, "atOr", {7, text});
-     }},
-    {"sequence append", list_of_python, [](const Any& s) { return call(s, "append", {text}); }},
-    {"sequence insert", list_of_python,
-     [](const Any& s) {
-       return call(s, "appendAt", {1, text});
-     }},
-    {"sequence extend", list_of_python, [](const Any& s) { return call(s, "extend", {s}); }},
-    {"sequence search", list_of_python, [](const Any& s) { return call(s, "indexOf", {3}); }},
-    {"sequence search in vain", list_of_python, [](const Any& s) { return call(s, "indexOf", {text}); }},
-    {"sequence removes", list_of_python, [](const Any& s) { return call(s, "removeOne", {2}); }},
-    {"sequence slice", list_of_python,
-     [](const Any& s) {
-       return call(s, "sliced", {1, 3});
-     }},
-    {"sequence pop", list_of_python, [](const Any& s) { return call(s, "pop"); }},
-    {"sequence length", list_of_python, [](const Any& s) { return get(s, "__length__"); }},
-    {"sequence without a method", list_of_python, [](const Any& s) { return call(s, "missing"); }},
-    {"mapping", dict_of_python,
-     [](const Any& m) {
-       return call(m, "get", {text, fraction});
-     }},
-    {"mapping set", dict_of_python,
-     [](const Any& m) {
-       return call(m, "set", {text, pair});
-     }},
-    {"mapping remove", dict_of_python, [](const Any& m) { return call(m, "remove", {text}); }},
-    {"mapping keys", dict_of_python, [](const Any& m) { return get(m, "keys"); }},
-    {"set insert", set_of_python, [](const Any& s) { return call(s, "insert", {number}); }},
-    {"set remove", set_of_python, [](const Any& s) { return call(s, "remove", {2}); }},
-    {"set remove in vain", set_of_python, [](const Any& s) { return call(s, "remove", {text}); }},
-    {"iterate", list_of_python,
-     [](const Any& s) { return caught([&] { return I_Iterable_Generic::unchecked(s).toList(); }); }},
-    {"proxy", object_of_python, [](const Any& o) { return get(o, "x"); }},
-    {"proxy property", object_of_python, [](const Any& o) { return get(o, "size"); }},
-    {"proxy without", object_of_python, [](const Any& o) { return get(o, "missing"); }, loses_text},
+    {"bad call", made_by<"return lambda a: a">, called_with({}), "^Error: $"},
+ // The import of a module hides what it has failed of.
+    {"signature", made_by<"def f(a: int, b: 'str' = 'x', *c) -> float: pass\nreturn f">,
+     caught<[](const Any& f) { return I_Callable_Generic::unchecked(f).signature(); }>,
+     "Unable to access 'inspect.signature'"},
+    {"sequence error", list_of_python, method("at", {number})},
+    {"sequence or", list_of_python, method("atOr", {7, text})},
+    {"sequence extend", list_of_python, [](const Any& s) { return method("extend", {s})(s); }},
+    {"sequence search in vain", list_of_python, method("indexOf", {text})},
+    {"sequence slice", list_of_python, method("sliced", {1, 3})},
+    {"sequence without a method", list_of_python, method("missing")},
+    {"mapping keys", dict_of_python, property("keys")},
+    {"set insert", set_of_python, method("insert", {number})},
+    {"set remove in vain", set_of_python, method("remove", {text})},
+    {"iterate", list_of_python, caught<[](const Any& s) { return I_Iterable_Generic::unchecked(s).toList(); }>},
+    {"proxy property", object_of_python, property("size")},
+    {"proxy without", object_of_python, property("missing"), loses_text},
     {"proxy set", object_of_python,
-     [](const Any& o) { return caught([&] { return o.setPropertyValue(meta_property_untyped("x"), number); }); }},
-    {"proxy method", object_of_python, [](const Any& o) { return call(o, "double", {3}); }},
-    {"proxy property", object_of_python,
-     [](const Any& o) { return caught([&]() -> Any { return property_of(o, meta_property_untyped("size")); }); }},
-    {"proxy own method", object_of_python,
-     [](const Any& o) { return caught([&]() -> Any { return method_of(o, meta_method_untyped("double")); }); }},
-    {"proxy name", object_of_python, [](const Any& o) { return caught([&]() -> Any { return qualname(o); }); }},
-    {"proxy compared", two_objects,
-     [](const Any& l) {
-       return caught(
-           [&] { return compare_objects(List_Generic::unchecked(l).at(0), List_Generic::unchecked(l).at(1)); });
-     }},
-    {"proxy text", object_of_python, [](const Any& o) { return caught([&] { return display(o); }); }},
-    {"code of a value", nothing, [](const Any&) { return caught([] { return to_code(pair); }); }},
-    {"Python class", class_of_python, [](const Any& c) { return call(c, {number}); }},
-    {"Python class members", class_of_python,
-     [](const Any& c) {
-       return caught([&] {
-         std::vector<Any> names;
-         for (const class_member* each : Class_Generic::unchecked(c).object().members()) {
-           names.emplace_back(each->name->text);
-         }
-         return Tuple_Generic(std::move(names));
-       });
-     }},
+     caught<[](const Any& o) { return o.setPropertyValue(meta_property_untyped("x"), number); }>},
+    {"proxy method", object_of_python, method("double", {3})},
+    {"proxy property described", object_of_python,
+     caught<[](const Any& o) { return property_of(o, meta_property_untyped("size")); }>},
+    {"proxy method described", object_of_python,
+     caught<[](const Any& o) { return method_of(o, meta_method_untyped("double")); }>},
+    {"proxy compared", two_objects, caught<[](const Any& l) {
+       return compare_objects(List_Generic::unchecked(l).at(0), List_Generic::unchecked(l).at(1));
+     }>},
+    {"proxy text", object_of_python, caught<[](const Any& o) { return display(o); }>},
+    {"code of a value", nothing, caught<[](const Any&) { return to_code(pair); }>},
+    {"Python class", class_of_python, called_with({number})},
     {"Python class made", nothing,
-     [](const Any&) {
-       return caught(
-           [] { return evaluate_expr("type('Fresh', (dict,), {'a': 1, 'f': lambda self: 2, '__doc__': 'doc'})", {}); });
-     }, "", keeps_memory},
-    {"resolve", nothing, [](const Any&) { return caught([] { return resolve("os.path.sep"); }); }},
-    {"resolve in vain", nothing, [](const Any&) { return caught([] { return resolve("os.nothing"); }); }},
-    {"sort in C++", numbers, [](const Any& l) { return call(l, "sort"); }},
-    {"deep clone", numbers, [](const Any& l) { return call(l, "deepClone"); }},
-    {"class of the host", nothing,
-     [](const Any&) {
-       return caught([]() -> Any {
-         class_builder<void> builder("Made");
-         builder.doc("A class.")
-             .parent(I_Immutable::getClass())
-             .field("note", "A field.", number)
-             .property("answer", "A property.", [] { return 42; })
-             .method("twice", "value", "A method.", [](const Any&, std::int64_t value) { return 2 * value; })
-             .method("twice", "text", "An overload.", [](const Any&, const String& value) { return value; });
-         const auto made = builder.build();
-         return made ? Any(made->doc()) : Any(made);
-       });
-     }, "", keeps_memory},
-    {"log", nothing,
-     [](const Any&) {
-       return caught([]() -> Any {
-         get_logger().log(LogRecord(20, text_of_log));
-         return {};
-       });
-     }},
-    {"another thread", nothing, [](const Any&) { return caught([] { return evaluate_expr("1 + 100000", {}); }); }, "",
-     on_new_thread},
-    {"reference dies on another thread", two_objects, [](const Any& l) { return call(l, "clear"); }, "", on_new_thread},
-    {"evaluate in C++", nothing,
-     [](const Any&) { return caught([] { return evaluate("x = [1, 'a']\nreturn x", {}); }); }},
-    {"evaluate syntax error in C++", nothing,
-     [](const Any&) { return caught([] { return evaluate("x = = 1", {}); }); }},
-    {"code raises", nothing,
-     [](const Any&) { return caught([] { return evaluate("x = 1\nraise ValueError('x')", {}); }); }, loses_exception},
-    {"export", nothing,
-     [](const Any&) {
-       return caught([]() -> Any {
-         const GilGuard lock;
-         const auto module = export_python_module("test.csv", "csv");
-         return module ? Any(std::int64_t(class_of(module).object().properties().size())) : Any(module);
-       });
-     }, "can't allocate"},
-    {"memory ends in code", nothing,
-     [](const Any&) { return caught([] { return evaluate("x = 1\nraise MemoryError('x')", {}); }); }, loses_exception},
-    {"search path", nothing,
-     [](const Any&) { return caught([] { return cpython_add_sys_path("/a/path/that/is/new"); }); }},
+     evaluated<"return type('Fresh', (dict,), {'a': 1, 'f': lambda self: 2, '__doc__': 'doc'})">, "", keeps_memory},
+    {"resolve", nothing, caught<[](const Any&) { return resolve("os.path.sep"); }>},
+    {"class of the host", nothing, caught<class_of_the_host>, "", keeps_memory},
+    {"log", nothing, caught<[](const Any&) { return get_logger().log(LogRecord(20, text_of_log)), Any(); }>},
+    {"another thread", nothing, caught<[](const Any&) { return evaluate_expr("1 + 100000", {}); }>, "", on_new_thread},
+    {"reference dies on another thread", two_objects, method("clear"), "", on_new_thread},
+    {"evaluate in C++", nothing, evaluated<"x = [1, 'a']\nreturn x">},
+    {"export", nothing, caught<exported_module>, "can't allocate"},
+    {"search path", nothing, caught<[](const Any&) { return cpython_add_sys_path("/a/path/that/is/new"); }>},
 };
 
 const class_registration registered{thing_class, fault_class};
 
 }  // namespace
 
-void prepare_rows() {
-  get_logger().setSink([](const LogRecord&) {});
-}
 std::span<const python_row> python_rows() { return from_python_rows; }
 std::span<const host_row> host_rows() { return from_host_rows; }
+
+Any made_by_python(const char* code) {
+  const auto result = evaluate(code, {});
+  if (result.is_error()) {
+    std::fprintf(stderr, "%s\n%s\n", code, result.error().message().c_str());
+    std::abort();
+  }
+  return result;
+}
 
 }  // namespace faults
