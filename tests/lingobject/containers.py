@@ -5,9 +5,8 @@ from concurrent.futures import ThreadPoolExecutor
 
 import ling
 
-numbers = ling.List(range(3))
-
 # Iterators are independent of each other and of changes, and end for good.
+numbers = ling.List(range(3))
 first, second = iter(numbers), iter(numbers)
 numbers.append(10)
 assert next(first) == 0 and [*first] == [1, 2] and [*second] == [0, 1, 2] and [*first] == []
@@ -22,27 +21,22 @@ circle.append([circle])
 assert "..." in repr(circle) and "..." in str(circle) and circle == circle and circle != numbers
 circle.clear()
 
-
-def on_eight_threads(work):
-    barrier = threading.Barrier(8)
-    with ThreadPoolExecutor(8) as pool:
-        return [*pool.map(lambda index: (barrier.wait(), work(index)), range(8))]
-
-
 # Eight threads use the same wrappers, and drop what others made.
-shared = ling.List()
+shared, made, barrier = ling.List(), [[] for _ in range(8)], threading.Barrier(8)
 record = ling.LogRecord(20, "shared")
-made = [[] for _ in range(8)]
 
 
 def use(index):
+    barrier.wait()
     for i in range(500):
         shared.append((index, i))
         setattr(record, f"note{index}", i)
         assert getattr(record, f"note{index}") == i and record.message == "shared"
         made[index].append(shared.append)
+    barrier.wait()
+    made[7 - index].clear()
 
 
-on_eight_threads(use)
+with ThreadPoolExecutor(8) as pool:
+    assert [*pool.map(use, range(8))] == [None] * 8
 assert sorted(shared) == [(index, i) for index in range(8) for i in range(500)]
-on_eight_threads(lambda index: made[7 - index].clear())

@@ -23,9 +23,6 @@ constinit const class_definition<void> odd_class("Odd", [](class_builder<void>& 
                     })
       .method(Any::__add__, "other", [](const Any&, const Any&) -> Any { throw std::runtime_error("thrown"); });
 });
-constinit const class_definition<void> bare_class("Bare", [](class_builder<void>& c) {
-  c.flags(class_flags::sequence | class_flags::collection);
-});
 
 // A sequence of ten that tells what slice it is asked for.
 constinit const class_definition<void> telling_class("Telling", [](class_builder<void>& c) {
@@ -37,11 +34,10 @@ constinit const class_definition<void> telling_class("Telling", [](class_builder
 });
 
 // A map that computes its values.
-Any later(const Any&, const Any& key, const Any& otherwise) {
-  return make_computed<Any>([=] { return is_none(key) ? otherwise : Any(Error("not today")); });
-}
 constinit const class_definition<void> lazy_map_class("LazyMap", [](class_builder<void>& c) {
-  c.parent(I_Map_Generic::getClass()).method("get", "key, default", "", &later);
+  c.parent(I_Map_Generic::getClass()).method("get", "key, default", "", [](const Any&, const Any&, const Any&) {
+    return make_computed<Any>([] { return Any(Error("not today")); });
+  });
 });
 
 TEST_F(OddOperators, TellLengthsThatAreNone) {
@@ -57,21 +53,12 @@ TEST_F(OddOperators, TellLengthsThatAreNone) {
     told_length = &length;
     expect_outcomes(odd, rows);
   }
-  told_length = nullptr;
-  expect_outcomes(bare_class.required().allocate_instance(), R"(
-    len(w) => TypeError: Object is not a Ling sequence.
-    w[0] => RuntimeError: The method 'at' is missing in 'Bare'.
-    del w[0] => RuntimeError: The method 'removeAt' is missing in 'Bare'.)");
 }
 
 TEST_F(OddOperators, HandSlicesOnAsPythonClampsThem) {
   expect_outcomes(telling_class.required().allocate_instance(), R"(
     w[:], w[2:5], w[-3:-1], w[-99:99]     => ((0, 10), (2, 5), (7, 9), (0, 10))
     w[2:1], w[-1:-3], w[99:], w[5:-99]    => ((2, 1), (9, 7), (10, 10), (5, 0)))");
-  expect_outcomes(List_Generic({1, 2, 3}), "[[*w[2:1]], [*w[99:]], [*w[-1:0]]] => [[], [], []]");
-  const PyObjectPtr list = eval("[1, 2, 3]");
-  const auto sequence = I_Sequence_Generic::cast(from_python(list.get()));
-  EXPECT_EQ(display_text(sequence->sliced(2, 1)), "[]");
 }
 
 TEST_F(OddOperators, LetExceptionsThrough) {
@@ -83,7 +70,6 @@ TEST_F(OddOperators, LetExceptionsThrough) {
     w + 1         => RuntimeError: never made
     ~w            => RuntimeError: never made)");
   expect_outcomes(lazy_map_class.required().allocate_instance(), R"(
-    w[None]       => RuntimeError: Key not found: None.
     w['yes']      => RuntimeError: not today)");
 }
 

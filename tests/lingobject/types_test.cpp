@@ -89,41 +89,6 @@ TEST_F(Types, AreTheSameForThreadsThatAskAtOnce) {
   EXPECT_EQ(types[0][0], wrapper_type_of(slow_class.required())) << "what is remembered is what is in the table";
 }
 
-// Two classes whose methods have instances of both as defaults, in every way that a default can hold one.
-constinit const class_definition<Sample> needed_class("Needed",
-                                                      [](class_builder<Sample>& c) { c.module("test.types"); });
-constinit const class_definition<Sample> needing_class("Needing",
-                                                       [](class_builder<Sample>& c) { c.module("test.types"); });
-
-class sample_on_demand final : public object_value_external {
- public:
-  Any load() override { return needing_class.required().allocate_instance(); }
-};
-
-TEST_F(Types, MayNeedThemselves) {
-  const auto add = [](const class_definition<Sample>& of, const char* name, std::vector<Any> defaults) {
-    const auto method = make_function(
-        name, "self, value", "", [](const Any&, const Any&) {}, std::move(defaults));
-    method.setIndependent(false);
-    of.required().add_method_unsafe(name, method);
-  };
-  const Any needing = needing_class.required().allocate_instance();
-  add(needing_class, "itself", {needing});
-  add(needing_class, "rows", {Tuple_Generic({1, Tuple_Generic({needing})})});
-  add(needing_class, "later", {make_computed<Any>([] { return needing_class.required().allocate_instance(); })});
-  add(needing_class, "elsewhere", {make<sample_on_demand>()});
-  add(needing_class, "other", {needed_class.required().allocate_instance()});
-  add(needed_class, "other", {needing});
-  expect_outcomes(needing, R"(
-    t.itself.__doc__    => '(self, value=<test.types.Needing>) -> None\n\n-'
-    t.rows.__doc__      => '(self, value=(1, (<test.types.Needing>,))) -> None\n\n-'
-    t.later.__doc__     => '(self, value=<test.types.Needing>) -> None\n\n-'
-    t.elsewhere.__doc__ => '(self, value=<test.types.Needing>) -> None\n\n-'
-    t.other.__doc__     => '(self, value=<test.types.Needed>) -> None\n\n-')");
-  expect_outcomes(needed_class.required().allocate_instance(),
-                  R"(t.other.__doc__ => '(self, value=<test.types.Needing>) -> None\n\n-')");
-}
-
 // Its texts cannot be told without looking at an instance of it.
 struct Curious {};
 Any curious_default;

@@ -17,6 +17,15 @@ Any raised_by(const char* exception) {
   return capture_error_or("no exception");
 }
 
+// What Python says of an attribute whose value is asked for just now.
+Any asked_by_way_of_python(const Any& self, const char* name) {
+  const GilGuard gil;
+  const PyObjectPtr wrapper = to_python_locked(self);
+  const PyObjectPtr value(PyObject_GetAttrString(wrapper.get(), name));
+  PyErr_Clear();
+  return value ? from_python_locked(value.get()) : Any("bounded");
+}
+
 struct Probe {
   std::int64_t count = 1;
 };
@@ -40,21 +49,13 @@ constinit const class_definition<Probe> probe_class("Probe", [](class_builder<Pr
             return count < 0 ? Any(Error("too few")) : Any();
           })
       .property("name", "What it is called.", [](const Probe&) { return "probe"; })
-      .property("code", "How to make one.",
-                [](const Probe&) { return make_computed<Any>([] { return Any("Probe()"); }); })
+      .property("code", "Asks for itself.", [](const Any& self) { return asked_by_way_of_python(self, "__code__"); })
+      .property("loop", "Asks for itself.", [](const Any& self) { return asked_by_way_of_python(self, "loop"); })
       .property("_hidden", "Not for Python.", [](const Probe&) { return 1; })
       .property("broken", "An error.", [](const Probe&) -> Any { return Error("no reading"); })
       .property(
           "stubborn", "Requests to stop.", [](const Probe&) { return raised_by("KeyboardInterrupt()"); },
           [](const Probe&, const Any&) { return raised_by("SystemExit(3)"); })
-      .property("loop", "Reads itself by way of Python.",
-                [](const Any& self) {
-                  const GilGuard gil;
-                  const PyObjectPtr wrapper = to_python_locked(self);
-                  const PyObjectPtr value(PyObject_GetAttrString(wrapper.get(), "loop"));
-                  PyErr_Clear();
-                  return value ? from_python_locked(value.get()) : Any("bounded");
-                })
       .method("join", "first, second, rest...", "All of them.",
               [](const Probe& self, const String& first, const String& second, const Variadic& rest) {
                 return String("{}{}{}{}").arg(self.count, first, second, rest.length());
@@ -85,9 +86,10 @@ constinit const class_definition<Rank> rank_class("Rank", [](class_builder<Rank>
               })
       .method(Any::__hash__, "", [](const Rank&) { return std::uint64_t{7}; })
       .method(Any::__coerce__, "class", [](const Rank& self, const Any& to) -> Any {
-        return String::getClass().is_same(to) ? self.rank < 0 ? Any(Error("no rank")) : String("rank {}").arg(self.rank)
-               : ByteArray::getClass().is_same(to) ? Any(ByteArray("rank"))
-                                                   : Any(Undefined());
+        if (!String::getClass().is_same(to)) {
+          return Undefined();
+        }
+        return self.rank < 0 ? Any(Error("no rank")) : String("rank {}").arg(self.rank);
       });
 });
 
@@ -110,17 +112,6 @@ Any countdown(std::int64_t from, const char* end) {
   return make<object_value_native<Countdown>>(countdown_class.required(), Countdown{from, end});
 }
 
-// Its documentation is what Python says it is.
-constinit const class_definition<void> self_documenting_class("SelfDocumenting", [](class_builder<void>& c) {
-  c.parent(I_HasDoc::getClass()).property("doc", "", [](const Any& self) {
-    const GilGuard gil;
-    const PyObjectPtr wrapper = to_python_locked(self);
-    const PyObjectPtr doc(PyObject_GetAttrString(wrapper.get(), "__doc__"));
-    PyErr_Clear();
-    return doc ? from_python_locked(doc.get()) : Any("bounded");
-  });
-});
-
 Any make_probe() { return Class_Generic(probe_class.required())(); }
 
 using Wrapper = PythonTest;
@@ -134,9 +125,7 @@ TEST_F(Wrapper, ReadsMembersInOrder) {
     w.both                                => 'property'
     w.note, w.count, w.LIMIT              => ('empty', 1, 100)
     w._hidden                             => AttributeError: 'ling~test`wrapped`Probe' object has no attribute '_hidden'
-    w._own = 1; result = w._own           => AttributeError: 'ling~test`wrapped`Probe' object has no attribute '_own'
     w.nothing                             => AttributeError: 'test.wrapped.Probe' object has no attribute 'nothing'
-    getattr(w, '')                        => AttributeError: 'test.wrapped.Probe' object has no attribute ''
     getattr(w, 'a\0{}')                   => AttributeError: 'test.wrapped.Probe' object has no attribute 'a<zero>{}'
     setattr(w, 'a\0b', 5) or getattr(w, 'a\0b') => 5
     getattr(w, '\ud800', 1)               => UnicodeEncodeError: 'utf-8' codec can't encode character '\ud800' in position 0: surrogates not allowed
@@ -157,8 +146,7 @@ TEST_F(Wrapper, HasTheAttributesOfWhatALazyValueYields) {
   expect_outcomes(lazy(lazy(probe)), R"(
     w.count, w.note, w.own, w.unit()      => (1, 'empty', True, 'm')
     w.join('a'), w.clone().count          => ('1ab0', 1)
-    w.__doc__, w.__name__, w.__code__, 'own' in w.__dir__ => ('Measures things.', 'probe', 'Probe()', True)
-    hasattr(w, 'nothing'), hasattr(w, 'nothing that anybody ever asked for') => (False, False)
+    w.__doc__, w.__name__, 'own' in w.__dir__ => ('Measures things.', 'probe', True)
     w.nothing                             => AttributeError: 'test.wrapped.Probe' object has no attribute 'nothing'
     w.broken                              => RuntimeError: no reading
     w.count = 7; w.added = 9; w.note = 'x'; result = w.count, w.added, w.note => (7, 9, 'x')
@@ -184,17 +172,16 @@ TEST_F(Wrapper, HasTheAttributesOfWhatALazyValueYields) {
 }
 
 TEST_F(Wrapper, AnswersSpecialNames) {
-  expect_outcomes(self_documenting_class.required().allocate_instance(), "w.__doc__ => 'bounded'");
   const Any probe = make_probe();
   expect_outcomes(probe, R"(
-    w.__doc__                             => 'Measures things.'
-    w.__name__, w.__code__, w.__bool__    => ('probe', 'Probe()', True)
+    w.__doc__, w.__name__, w.__bool__     => ('Measures things.', 'probe', True)
+    w.__code__                            => 'bounded'
     import copy; w.count = 5; result = w.__copy__().count, copy.deepcopy(w).count => (5, 50)
     w.__annotations__                     => AttributeError: 'ling~test`wrapped`Probe' object has no attribute '__annotations__'
     w.__bytes__                           => RuntimeError: Unable to convert '<test.wrapped.Probe>' to ByteArray.
     w.own = 1; result = [n for n in w.__dir__ if n in ('own', 'unit', 'count', 'note')] => ['note', 'unit', 'count', 'own']
     [n for n in dir(w) if n in ('own', 'unit', 'count', 'note', '_hidden')] => ['count', 'note', 'own', 'unit']
-    '_hidden' in w.__dir__, '__dir__' in vars(t), '__dir__' in vars(t.__base__) => (True, False, True))");
+    '_hidden' in w.__dir__                => True)");
   expect_outcomes(Class_Generic(probe_class.required()), R"(
     w.__doc__                             => '(count: int = 1) -> test.wrapped.Probe\n\nMeasures things.'
     w.__name__, w.__module__              => ('Probe', 'test.wrapped'))");
@@ -204,8 +191,7 @@ TEST_F(Wrapper, AnswersSpecialNames) {
     w.__code__                            => AttributeError: '>LingObject' object has no attribute '__code__')");
   using several = Union<Integer, String, Computed<Any>, Error>;
   expect_outcomes(make_function("f", "", "", []() -> several { return Integer(1); }), R"(
-    w.__doc__, w.__text_signature__       => ('() -> int | str\n\n', '() -> int | str')
-    w.__annotations__                     => {'return': <class 'object'>})");
+    w.__text_signature__, w.__annotations__ => ('() -> int | str', {'return': <class 'object'>}))");
 }
 
 TEST_F(Wrapper, SetsInOrder) {
@@ -230,7 +216,7 @@ TEST_F(Wrapper, Calls) {
     w.join(second='c', first='a'), w.join('a', second='d') => ('1ac0', '1ad0')
     w.join('a', third=1)                  => BadArgument: Bad call of 'test.wrapped.Probe.join': no parameter is named 'third'.
     w.join(**{1: 2})                      => TypeError: keywords must be strings
-    [w.join(*'abcdefghij'[:n]) for n in (8, 9)] => ['1ab6', '1ab7']
+    [w.join(*'abcdefghi'[:n]) for n in (8, 9)] => ['1ab6', '1ab7']
     w()                                   => RuntimeError: Non-callable object: <test.wrapped.Probe>)");
   expect_outcomes(countdown(2, nullptr), "w() => TypeError: '>LingObject' object is not callable");
   const Any fails = make_function("f", "", "", []() -> Any { return Error("failed"); });
@@ -252,10 +238,9 @@ TEST_F(Wrapper, HasTextsAHashAndAnOrder) {
   const Any rank = Class_Generic(rank_class.required())(2);
   EXPECT_EQ(PyObject_Hash(to_python(probe).get()), static_cast<Py_hash_t>(object_id(probe)));
   EXPECT_EQ(PyObject_Hash(to_python(rank).get()), static_cast<Py_hash_t>(hash_of(rank)));
-  expect_outcomes(probe, "str(w), repr(w) => ('<test.wrapped.Probe>', '<test.wrapped.Probe>')");
   expect_outcomes(Class_Generic(rank_class.required())(-1), "str(w) => '<test.wrapped.Rank>'");
   expect_outcomes(rank, R"(
-    str(w), repr(w), w.__bytes__          => ('rank 2', '<test.wrapped.Rank>', b'rank')
+    str(w), repr(w)                       => ('rank 2', '<test.wrapped.Rank>')
     x = 2; result = w < x, w <= x, w == x, w != x, w > x, w >= x     => (False, True, True, False, False, True)
     x = 0; result = w < x, w <= x, w == x, w != x, w > x, w >= x     => (False, False, False, True, True, True)
     x = 4; result = w < x, w <= x, w == x, w != x, w > x, w >= x     => (True, True, False, True, False, False)
@@ -275,17 +260,13 @@ TEST_F(Wrapper, HasATypeThatShowsWhatTheClassDeclares) {
     t.broken.__set__(w, 1)                => AttributeError: attribute 'broken' of 'ling~test`wrapped`Probe' objects is not writable
     t.join(w, 'x')                        => TypeError: Methods of Ling objects are called on the object.
     t()                                   => TypeError: cannot create 'ling~test`wrapped`Probe' instances
-    type('Derived', (t,), {})             => TypeError: type 'ling~test`wrapped`Probe' is not an acceptable base type
-    import pickle; pickle.dumps(w)        => TypeError: cannot pickle 'ling~test`wrapped`Probe' object
-    import weakref; weakref.ref(w)        => TypeError: cannot create weak reference to 'ling~test`wrapped`Probe' object)");
+    type('Derived', (t,), {})             => TypeError: type 'ling~test`wrapped`Probe' is not an acceptable base type)");
 }
 
 TEST_F(Wrapper, ChecksTheNamesOfTheEntriesOfItsType) {
   const name_entry& missing = meta_property_untyped("missing").entry();
-  const name_entry& empty = meta_property_untyped("").entry();
   const std::pair<const name_entry*, const char*> rows[] = {
       {nullptr,  "Invalid Ling property name."  },
-      {&empty,   "Invalid Ling property name."  },
       {&missing, "Attribute not found: missing."},
   };
   for (const auto& [name, message] : rows) {
