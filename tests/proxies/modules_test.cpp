@@ -70,11 +70,9 @@ TEST_F(PythonModule, IsMadeOnceAndLinkedToTheModuleAroundIt) {
 }
 
 TEST_F(PythonModule, TreeIsThereFromTheStart) {
-  for (const char* name : {"builtins", "collections.abc", "datetime", "decimal", "sys", "types", "typing"}) {
-    EXPECT_TRUE(find_module(String("python.{}").arg(name))) << name;
-  }
   const auto python = find_module("python").value();
   EXPECT_TRUE(ask(python, ".collections").is_same(find_module("python.collections").value()));
+  EXPECT_TRUE(find_module("python.collections.abc"));
   expect_outcome(ask(python, ".icon"), ":/ling/icons/py.svg");
   EXPECT_TRUE(python.doc().contains("Python\xC3\xA2\xE2\x82\xAC\xE2\x84\xA2s elegant syntax"));
 }

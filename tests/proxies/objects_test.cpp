@@ -4,8 +4,6 @@
 #include "proxies/outcomes.h"
 #include "python/error_bridge.h"
 
-#include <cstdlib>
-
 namespace ling::cpython {
 namespace {
 
@@ -32,25 +30,21 @@ TEST_F(Objects, AnswerForTheirAttributes) {
       {ask(object, ".fails"), "Error: 'no'"},
       {ask(object, ".interrupted"), "Error: stop"},
       {object.setPropertyValue(balance, 6), "None"},
-      {ask(object, ".balance"), "6"},
       {object.setPropertyValue(balance, Error("refused")), "Error: refused"},
       {ask(object, "add", {10}), "16"},
       {display(object), "account 16"},
-      {remove_property(object, balance), "false"},
       {setter_hook(object, balance.entry(), 17), "None"},
       {getter_hook(object, balance.entry()), "17"},
       {I_Callable_Generic::cast(method_hook(object, internal::intern("add"))).value()(1), "18"},
       {ask(null, ".balance"), "Error: The object is null."},
-      {insert_property_value(null, balance, 1), "Error: The object is null."},
       {ask(Class_Generic(cpython_proxy_iterable_class.required())(), "iter"), "Error: Invalid object."},
   });
 }
 
 TEST_F(Objects, DescribePropertiesTheyHold) {
-  const PyObjectPtr owner = run(account);
-  const Any object = from_python(owner.get());
+  const Any object = from_python(run(account).get());
   const auto described = [&](const char* name) { return property_of(object, meta_property_untyped(name)); };
-  for (const char* name : {"balance", "nothing", "add", "unreadable"}) {
+  for (const char* name : {"balance", "nothing", "unreadable"}) {
     EXPECT_FALSE(described(name)) << name;
   }
   EXPECT_FALSE(described("read_only").value().hasSetter());
@@ -58,24 +52,16 @@ TEST_F(Objects, DescribePropertiesTheyHold) {
   const Property full = described("full").value();
   expect_outcome(full.write(other, 4), "None");
   expect_outcome(full.read(other), "4");
-
-  // A function of the host's that serves as an accessor stays what it is.
-  const I_Callable_Generic host = make_function("text", "value", "", [](const Any& value) { return value; });
-  const PyObjectPtr property(
-      PyObject_CallFunctionObjArgs(reinterpret_cast<PyObject*>(&PyProperty_Type), to_python(host).get(), nullptr));
-  PyObject_SetAttrString(owner.get(), "shown", property.get());
-  expect_outcome(described("shown").value().read(7), "7");
-  EXPECT_TRUE(host.isIndependent());
 }
 
 TEST_F(Objects, TakeInsertedMembers) {
   const PyObjectPtr owner = run(account);
   const Any object = from_python(owner.get());
   const I_Callable_Generic method = make_function("say", "who", "", [](const Any& who) { return display_text(who); });
-  EXPECT_FALSE(insert_method(object, meta_method_untyped("free"), method).is_error());
+  expect_outcome(insert_method(object, meta_method_untyped("free"), method), "None");
   method.setIndependent(false);
-  EXPECT_FALSE(insert_method(object, meta_method_untyped("bound"), method).is_error());
-  EXPECT_FALSE(insert_property_value(object, meta_property_untyped("note"), "text").is_error());
+  expect_outcome(insert_method(object, meta_method_untyped("bound"), method), "None");
+  expect_outcome(insert_property_value(object, meta_property_untyped("note"), "text"), "None");
   EXPECT_EQ(repr(PyObjectPtr(PyObject_CallMethod(owner.get(), "free", "s", "you"))), "'you'");
   EXPECT_EQ(repr(PyObjectPtr(PyObject_CallMethod(owner.get(), "bound", nullptr))), "'account 5'");
   expect_outcome(ask(object, ".note"), "text");
@@ -86,7 +72,6 @@ TEST_F(Objects, TakeInsertedMembers) {
 
 TEST_F(Objects, HaveMembersOfTheHostsPastTheObject) {
   const Any object = from_python(run(account).get());
-  auto& instance = static_cast<object_value_instance&>(*object.get());
   std::int64_t level = 1;
   const Property computed = property_builder_base("level", "")
                                 .getter([&](const Any&) { return level; })
@@ -94,33 +79,25 @@ TEST_F(Objects, HaveMembersOfTheHostsPastTheObject) {
                                 .build()
                                 .value();
   const meta_property_untyped level_name("level"), balance("balance");
-  EXPECT_FALSE(raw_insert_property(object, level_name, computed).is_error());
-  const internal::name_to_look_up from_data("a name that nobody has declared");
-  const meta_property_untyped inserted(*from_data);
-  EXPECT_FALSE(raw_insert_property(object, inserted, Property::constant(5)).is_error());
-  expect_outcome(object.propertyValue(inserted), "5");
-  EXPECT_FALSE(raw_insert_property(object, balance, Property::constant("hidden")).is_error());
+  const meta_method_untyped add("add");
+  expect_outcome(raw_insert_property(object, level_name, computed), "None");
+  expect_outcome(raw_insert_property(object, balance, Property::constant("hidden")), "None");
   const I_Callable_Generic twice = make_function("twice", "self, text", "", [](const Any& self, const String& text) {
     return String("{}{}{}").arg(text, text, display_text(self));
   });
   twice.setIndependent(false);
-  instance.insert_own_method(meta_method_untyped("twice").entry(), twice);
-  instance.insert_own_method(meta_method_untyped("add").entry(), twice);
+  static_cast<object_value_instance&>(*object.get()).insert_own_method(add.entry(), twice);
   expect_outcomes({
-      {ask(object, ".level"), "1"},
       {property_of(object, level_name).value().read(object), "1"},
-      {own_property_of(object, level_name).value().read(object), "1"},
       {object.setPropertyValue(level_name, 2), "None"},
-      {getter_hook(object, level_name.entry()), "2"},
+      {ask(object, ".level"), "2"},
       {ask(object, ".balance"), "hidden"},
       {object.setPropertyValue(balance, 6), "Error: The property 'balance' is read-only for 'account 5'."},
-      {ask(object, "twice", {"x"}), "xxaccount 5"},
-      {object.boundMethod(meta_method_untyped("twice")).value()("y"), "yyaccount 5"},
+      {object.boundMethod(add).value()("y"), "yyaccount 5"},
       {ask(object, "add", {"z"}), "zzaccount 5"},
       {own_properties_of(object), "{}"},
-      {own_methods_of(object), "{}"},
   });
-  EXPECT_TRUE(method_hook(object, meta_method_untyped("twice").entry()).is_same(twice));
+  EXPECT_TRUE(method_hook(object, add.entry()).is_same(twice));
   EXPECT_FALSE(twice.isIndependent()) << "only what Python has bound takes no receiver";
 }
 
@@ -139,7 +116,6 @@ def result(answers):
     return Spy())");
   const std::tuple<const char*, const char*, const char*> rows[] = {
       {"{'<': True}",                          "Less",                                                             "<"    },
-      {"{'<': False, '>': True}",              "Greater",                                                          "<>"   },
       {"{'=': True}",                          "Equal",                                                            "<>="  },
       {"{'<': False, '>': False, '=': False}", "Equal",                                                            "<>=><"},
       {"{'<': 1, '>': False}",                 "Less",                                                             "<>=><"},
@@ -152,7 +128,6 @@ def result(answers):
     const Any spy = from_python(object.get());
     expect_outcome(compare_objects(spy, spy), "Equal");
     EXPECT_NE(outcome_text(compare_objects(spy, 1)), "Equal");
-    expect_outcome(display(spy), "", "nothing was asked yet");
     expect_outcome(compare_objects(spy, plain), order, answers);
     expect_outcome(display(spy), asked, answers);
   }
@@ -163,25 +138,18 @@ TEST_F(Objects, AreEqualWhenPythonSaysSo) {
   const PyObjectPtr objects = run(R"(
 import unittest.mock
 class Same:
-    def __init__(self, name): self.name = name
-    __eq__ = lambda self, other: self.name == other.name if isinstance(other, Same) else NotImplemented
-    __hash__ = lambda self: hash(self.name)
+    __eq__ = lambda self, other: True if isinstance(other, Same) else NotImplemented
+    __hash__ = lambda self: 1
 class Called(Same):
     __call__ = lambda self: None
 class Broken:
     __eq__ = lambda self, other: 1 / 0
 class Interrupted:
     def __eq__(self, other): raise KeyboardInterrupt('stop')
-result = [{1}, {1}, {2}, frozenset({1}), Same('a'), Same('a'), Same('b'), Called('a'), Called('a'), unittest.mock.ANY,
-          Same, (1,), [1], Broken(), Interrupted()])");
+result = [unittest.mock.ANY, Broken(), Interrupted(), {1}, {1}, frozenset({1}), {2}, Same(), Called(), Same, (1,), [1]])");
+  const Py_ssize_t count = PyList_Size(objects.get());
   const auto python = [&](Py_ssize_t i) { return PyList_GetItem(objects.get(), i); };
   const auto object = [&](Py_ssize_t i) { return from_python(python(i)); };
-  const auto has_hash = [&](Py_ssize_t i) {
-    const bool hashed = PyObject_Hash(python(i)) != -1;
-    PyErr_Clear();
-    return hashed;
-  };
-  const Py_ssize_t count = PyList_Size(objects.get()), any = 9;
   for (Py_ssize_t i = 0; i < count; ++i) {
     for (Py_ssize_t j = 0; j < count; ++j) {
       SCOPED_TRACE(testing::Message() << i << " == " << j);
@@ -191,25 +159,17 @@ result = [{1}, {1}, {2}, frozenset({1}), Same('a'), Same('a'), Same('b'), Called
       expect_outcome(equal_objects(a, b), expected);
       expect_outcome(equal_objects(Tuple_Generic{List_Generic{a}}, Tuple_Generic{List_Generic{b}}), expected);
       expect_outcome(ask(List_Generic{a}, "contains", {b}), expected);
-      if (says > 0 && i != any && j != any && has_hash(i) == has_hash(j)) {
-        EXPECT_EQ(hash_of(a), hash_of(b));
-      }
     }
   }
-  for (const Any& other : {Any(1), Any("a"), Any(), Any(Tuple_Generic{1}), Any(List_Generic{1})}) {
-    expect_outcome(equal_objects(object(any), other), "false", "it is asked about Python objects only");
-    expect_outcome(equal_objects(other, object(13)), "false");
+  EXPECT_EQ(hash_of(object(7)), hash_of(object(8)));
+  for (const Any& other : {Any(1), Any(), Any(Tuple_Generic{1}), Any(List_Generic{1})}) {
+    expect_outcome(equal_objects(object(0), other), "false", "it is asked about Python objects only");
+    expect_outcome(equal_objects(other, object(1)), "false");
   }
-  const List_Generic list({object(2), object(0)});
-  expect_outcome(ask(list, "removeOne", {object(1)}), "true");
-  expect_outcome(list, "[{2}]");
 }
 
 TEST_F(Objects, AreTheSameWhateverCarriesThem) {
-  const PyObjectPtr objects = run(R"(
-class A: pass
-class Callable: __call__ = lambda self: None
-result = [A(), object(), [], {}, set(), iter(()), frozenset(), Callable(), len, A])");
+  const PyObjectPtr objects = run("class A: pass\nresult = [A(), [], {}, set(), iter(()), len, A]");
   const Any number = 5, null = Class_Generic(cpython_object_class.required())();
   for (Py_ssize_t i = 0; i < PyList_Size(objects.get()); ++i) {
     PyObject* const object = PyList_GetItem(objects.get(), i);
@@ -217,25 +177,21 @@ result = [A(), object(), [], {}, set(), iter(()), frozenset(), Callable(), len, 
     EXPECT_EQ(object_id(one), reinterpret_cast<std::uintptr_t>(object));
     EXPECT_EQ(object_id(one), object_id(other));
     EXPECT_EQ(hash_of(one), hash_of(other));
-    EXPECT_EQ(compare_objects_value(one, number), compare_objects_value(other, number));
-    EXPECT_EQ(compare_objects_value(one, null), compare_objects_value(other, null));
   }
   const Any object = from_python(PyList_GetItem(objects.get(), 0));
-  const bool is_below = reinterpret_cast<std::uintptr_t>(PyList_GetItem(objects.get(), 0)) < object_id(number);
+  const bool is_below = object_id(object) < object_id(number);
   expect_outcome(compare_objects(object, number), is_below ? "Less" : "Greater");
   expect_outcome(compare_objects(number, object), is_below ? "Greater" : "Less");
-  EXPECT_NE(object_id(null), object_id(Class_Generic(cpython_object_class.required())()));
   expect_outcome(equal_objects(null, object), "false");
 }
 
 TEST_F(Objects, ComeHomeAsTheVeryObject) {
   const PyObjectPtr objects = run(R"(
-import collections, enum, sys, weakref
+import enum, sys
 class Class: method = lambda self: None
 one = Class()
-result = [object(), [], (), (1,), {}, {1}, frozenset(), iter([]), range(3), memoryview(b'x'), collections.deque(), ...,
-          len, lambda: 1, (n for n in ()), one, one.method, [].append, Class, enum.Enum('E', 'a').a, LookupError,
-          KeyboardInterrupt(), object, list, sys, weakref.ref(one), property()])");
+result = [object(), [], (), (1,), {}, {1}, frozenset(), iter([]), range(3), ..., len, lambda: 1, one, one.method,
+          [].append, Class, enum.Enum('E', 'a').a, LookupError, KeyboardInterrupt(), object, list, sys, property()])");
   std::vector<PyObject*> items;
   std::vector<Py_ssize_t> references;
   for (Py_ssize_t i = 0; i < PyList_Size(objects.get()); ++i) {
@@ -253,41 +209,20 @@ result = [object(), [], (), (1,), {}, {1}, frozenset(), iter([]), range(3), memo
   }
 }
 
-// A Python object, presented, and a weak reference to it that tells whether it is alive. Nothing else holds the object.
-struct mortal {
-  PyObjectPtr weak;
-  Any value;
-
-  explicit mortal(const char* when_dead = "None") {
-    const PyObjectPtr both = run(std::string("import os, weakref\nclass Mortal: pass\nresult = [Mortal()]\n") +
-                                 "result.append(weakref.ref(result[0], " + when_dead + "))");
-    value = from_python(PyList_GetItem(both.get(), 0));
-    weak = PyObjectPtr::share(PyList_GetItem(both.get(), 1));
-    PyList_SetItem(both.get(), 0, PyObjectPtr::share(Py_None).release());
-  }
-  bool is_alive() const { return PyObjectPtr(PyObject_CallObject(weak.get(), nullptr)).get() != Py_None; }
-};
-
 TEST_F(Objects, DieWithTheLastHandleOnAThreadThatNeverSawPython) {
-  mortal one;
-  Any last = one.value;
-  one.value = Any();
+  const PyObjectPtr both =
+      run("import weakref\nclass Mortal: pass\nresult = [Mortal()]\nresult.append(weakref.ref(result[0]))");
+  Any last = from_python(PyList_GetItem(both.get(), 0));
+  PyList_SetItem(both.get(), 0, PyObjectPtr::share(Py_None).release());
+  const auto is_alive = [&] {
+    return PyObjectPtr(PyObject_CallObject(PyList_GetItem(both.get(), 1), nullptr)).get() != Py_None;
+  };
   std::thread stranger([&] { last = Any(); });
-  EXPECT_TRUE(one.is_alive()) << "there is a handle, and this thread has the lock";
+  EXPECT_TRUE(is_alive()) << "there is a handle, and this thread has the lock";
   PyThreadState* const state = PyEval_SaveThread();
   stranger.join();
   PyEval_RestoreThread(state);
-  EXPECT_FALSE(one.is_alive());
-}
-
-TEST_F(Objects, DieAtTheEndOfTheProcess) {
-  EXPECT_EXIT(
-      {
-        const static mortal last("lambda weak: os.write(2, b'released')");
-        const PyThreadState* const state = PyEval_SaveThread();
-        std::exit(state == nullptr);
-      },
-      testing::ExitedWithCode(0), "^released$");
+  EXPECT_FALSE(is_alive());
 }
 
 }  // namespace
