@@ -28,7 +28,6 @@ constinit const class_definition<Thing> thing_class("Thing", [](class_builder<Th
       .parent(I_Immutable::getClass())
       .constructor("value", "A thing.", [](std::int64_t value) { return Thing{value}; }, {0})
       .field("note", "A field.", "none")
-      .constant("LIMIT", 7000, "A constant.")
       .property(
           "value", "A property.", [](const Thing& self) { return self.value; },
           [](Thing& self, std::int64_t value) { self.value = value; })
@@ -75,19 +74,17 @@ constinit const class_definition<Error> fault_class("Fault", [](class_builder<Er
 constexpr char loses_exception[] = "without an exception|without (setting an )?exception|Unknown error";
 // Where it has none for the text of an exception, the exception comes without.
 constexpr char loses_text[] = "^Error: $";
+// The import of a module hides what it has failed of.
+constexpr char loses_reason[] = "Unable to access 'inspect.signature'";
 
 constexpr python_row from_python_rows[] = {
     {"append many", "l = ling.List()", "for i in range(20): l.append(i * 100000)",
      "str(l) in [str(ling.List(i * 100000 for i in range(n))) for n in range(21)]"},
     {"extend", "l = ling.List([1, 2])", "l.extend([100000, 'b', (3, 4.5)])", "str(l)"},
-    {"concat", "l = ling.List([1, 2])", "result = str(l + [100000, 'b'])", "str(l)"},
     {"sort", "l = ling.List([500000, 'b' and 3, 200000, 9.5, 1])", "l.sort()", "str(l)"},
-    {"search list", "l = ling.List([1, 2, 'x', (1, 2)])", "result = (l.indexOf((1, 2)), 'x' in l, l.removeOne(2))",
-     "str(l)"},
     {"index", "l = ling.List(range(5))", "result = (l[1], l[-1], len(l), str(l[1:3]), str(l[::2]))"},
     {"delete item", "l = ling.List(range(5))\nkept = l.iter()", "del l[1]", "str(l)"},
     {"set slice", "l = ling.List(range(5))", "l[1:3] = ['a', 'b', 'c', 'd', 'e', 'f']", "str(l)"},
-    {"set extended slice", "l = ling.List(range(6))\nkept = l.iter()", "l[::2] = ['a', 'b', 'c']", "str(l)"},
     {"delete slice", "l = ling.List(range(9))\nkept = l.iter()", "del l[::2]", "str(l)"},
     {"iterate", "l = ling.List(range(5))", "result = [x for x in l]"},
     {"list of", "l = None", "l = ling.List([1.5, 'x', None, True, b'abc', 100000, (1, (2, 'y'))])", "str(l)"},
@@ -98,16 +95,14 @@ constexpr python_row from_python_rows[] = {
      "result = (m['a'], m[2.5], m.get('b', 5), 'a' in m, len(m), list(m), list(m.keys))"},
     {"map by own keys", "m = ling.HashMap(); m[Thing(100000)] = 1", "result = (m[Thing(100000)], Thing(100001) in m)",
      "str(m)"},
-    {"set", "s = ling.HashSet([1, 2])", "result = (s.insert('a text that is new'), s.insert(1), 2 in s)", "str(s)"},
     {"clone", "l = ling.List([1, [2], ling.HashMap({'a': ling.List([3])})])",
      "result = str(l.clone()) + str(l.deepClone())"},
     {"compare", "a, b = ling.List([1, (2, 'x')]), ling.List([1, (2, 'x')])",
-     "result = (a == b, a != b, ling.HashMap({1: a}) == ling.HashMap({1: b}), Thing(1) < Thing(2))"},
-    {"hash", "t = Thing(100000)", "result = (hash(t), ling.hash_of('x'), ling.hash_of(t))"},
+     "result = (a == b, a != b, ling.HashMap({1: a}) == ling.HashMap({1: b}), Thing(1) < Thing(2), hash(Thing(1)))"},
     {"text", "l = ling.List([1, 'x', Thing(5), None])",
      "result = (str(l), repr(l), str(Thing(6)), repr(Thing(7)), f'{Thing(8)}')"},
 
-    {"attribute", "t = Thing(100000)", "result = (t.value, t.note, t.LIMIT, Thing.LIMIT)"},
+    {"attribute", "t = Thing(100000)", "result = (t.value, t.note)"},
     {"new attribute name", "t = Thing(1)\nname = 'is not there ' + str(id(t))", "result = getattr(t, name, 'missing')"},
     {"missing attribute", "t = Thing(1)", "result = t.missing"},
     {"set attribute", "t = Thing(1)", "t.value = 100000", "t.value"},
@@ -129,22 +124,19 @@ constexpr python_row from_python_rows[] = {
     {"refusal", "t = Thing(1)", "result = t.refuse()"},
     {"host exception", "t = Thing(1)", "result = t.throw()"},
     {"operators", "t = Thing(100000)", "result = str(t - 1)"},
-    {"operator missing", "t = Thing(100000)", "result = t / 2"},
     {"callback", "t = Thing(1)\ndef double(x): return x * 200000", "result = t.call(double, 3)"},
     {"callback raises", "t = Thing(1)\ndef fail(x): raise ValueError('a text that is long enough')",
      "result = t.call(fail, 3)", "None", loses_exception},
     {"error carried", "t = Thing(1)", "try: t.refuse()\nexcept RuntimeError as e: result = str(e.ling.message)"},
     {"wrapped error", "e = ling.List()", "result = Fault('a text')"},
-    {"reflection", "t = Thing(1)",
-     "result = (str(ling.class_of(t)), str(ling.method_of(t, 'add')), str(ling.property_of(t, 'value')), "
-     "str(ling.own_properties_of(t)))"},
     {"coerce", "",
      "result = (ling.Integer('100000'), ling.String(5), ling.Float('1.5'), ling.Decimal('1.25'), ling.Boolean([]))"},
-    {"lookup", "",
-     "result = (str(ling.find_module('ling.faults')), str(ling.find_type('ling.faults.Thing')), "
+    {"lookup", "t = Thing(1)",
+     "result = (str(ling.own_properties_of(t)), str(ling.method_of(t, 'add')), str(ling.property_of(t, 'value')), "
+     "str(ling.find_module('ling.faults')), str(ling.find_type('ling.faults.Thing')), "
      "str(ling.find_module('no.such.module')), str(ling.modules()[0]), str(ling.globals().get('missing', 'none')))"},
     {"dates and decimals",
-     "import datetime, decimal\nd = datetime.datetime(2020, 1, 2, 3, 4, 5, 6, tzinfo=datetime.timezone.utc)", "result = ling.Tuple([d, d.date(), d.time(), datetime.time(1, 2, fold=1), decimal.Decimal('1.25')])"},
+     "from datetime import *; from decimal import *\nd = datetime(2020, 1, 2, 3, 4, 5, 6, tzinfo=timezone.utc)", "result = ling.Tuple([d, d.date(), d.time(), time(1, 2, fold=1), Decimal('1.25')])"},
     {"import", "import sys\nsys.modules.pop('ling.faults', None)", "import ling.faults", "None",
      "can't allocate lock|SystemError\\(\\)"},
     {"evaluate", "out = ling.HashMap({'x': 1}); scope = ling.EvaluationScope(7, None, {'y': 100000}, out)",
@@ -282,23 +274,17 @@ const host_row from_host_rows[] = {
      }},
     {"Python raises", made_by<"def f(): raise ValueError('a text that is long enough')\nreturn f">, called_with({})},
     {"Python has no memory", made_by<"def f(): raise MemoryError\nreturn f">, called_with({})},
- // The interpreter raises the TypeError without its text.
-    {"bad call", made_by<"return lambda a: a">, called_with({}), "^Error: $"},
- // The import of a module hides what it has failed of.
+    {"bad call", made_by<"return lambda a: a">, called_with({}), loses_text},
     {"signature", made_by<"def f(a: int, b: 'str' = 'x', *c) -> float: pass\nreturn f">,
-     caught<[](const Any& f) { return I_Callable_Generic::unchecked(f).signature(); }>,
-     "Unable to access 'inspect.signature'"},
+     caught<[](const Any& f) { return I_Callable_Generic::unchecked(f).signature(); }>, loses_reason},
     {"sequence error", list_of_python, method("at", {number})},
     {"sequence or", list_of_python, method("atOr", {7, text})},
-    {"sequence extend", list_of_python, [](const Any& s) { return method("extend", {s})(s); }},
-    {"sequence search in vain", list_of_python, method("indexOf", {text})},
+    {"sequence append", list_of_python, method("append", {text})},
     {"sequence slice", list_of_python, method("sliced", {1, 3})},
     {"sequence without a method", list_of_python, method("missing")},
     {"mapping keys", dict_of_python, property("keys")},
-    {"set insert", set_of_python, method("insert", {number})},
     {"set remove in vain", set_of_python, method("remove", {text})},
     {"iterate", list_of_python, caught<[](const Any& s) { return I_Iterable_Generic::unchecked(s).toList(); }>},
-    {"proxy property", object_of_python, property("size")},
     {"proxy without", object_of_python, property("missing"), loses_text},
     {"proxy set", object_of_python,
      caught<[](const Any& o) { return o.setPropertyValue(meta_property_untyped("x"), number); }>},
