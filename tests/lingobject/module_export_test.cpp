@@ -37,6 +37,9 @@ TEST_F(ModuleExport, HoldsMembersOfWhichLaterOnesReplaceEarlierOnes) {
     import ling.exported as m; result = m.__doc__, m.act(), m._seen, m.twice, m.myself => ('For export.', 1, 2, 5, 'ling.exported')
     import ling.exported as m; result = m.Thing => <class ling.exported.Thing>
     import ling.cpython as m; result = m.__doc__, m.doc => ('Interface to Python language.', 'Interface to Python language.'))");
+  module.setDoc("For export once more.");
+  expect_outcomes(None(), R"(
+    import sys; del sys.modules['ling.exported']; import ling.exported as m; result = m.__doc__ => 'For export once more.')");
 }
 
 }  // namespace

@@ -86,30 +86,25 @@ constinit const class_definition<Rank> rank_class("Rank", [](class_builder<Rank>
               })
       .method(Any::__hash__, "", [](const Rank&) { return std::uint64_t{7}; })
       .method(Any::__coerce__, "class", [](const Rank& self, const Any& to) -> Any {
-        if (!String::getClass().is_same(to)) {
-          return Undefined();
-        }
-        return self.rank < 0 ? Any(Error("no rank")) : String("rank {}").arg(self.rank);
+        return !String::getClass().is_same(to) ? Any(Undefined())
+               : self.rank == -1               ? Any(Error("no rank"))
+               : self.rank == -2               ? raised_by("KeyboardInterrupt('stop')")
+                                               : Any(String("rank {}").arg(self.rank));
       });
 });
 
-// Counts down to its end, which may be an error; belongs to no module.
+// Counts down to its end; belongs to no module.
 struct Countdown {
-  std::int64_t left = 0;
-  const char* end = nullptr;
+  std::int64_t left;
+  Any end;
 };
 constinit const class_definition<Countdown> countdown_class("Countdown", [](class_builder<Countdown>& c) {
   c.parent(I_Iterator_Generic::getClass()).method("next", "", "", [](Countdown& self) -> Any {
-    if (self.left > 0) {
-      return make_computed<Any>([item = self.left--] { return Any(item); });
-    }
-    return self.end == nullptr                       ? Any(StopIteration())
-           : std::string_view(self.end) == "stop me" ? raised_by("KeyboardInterrupt('stop me')")
-                                                     : Any(Error(self.end));
+    return self.left == 0 ? self.end : make_computed<Any>([item = self.left--] { return Any(item); });
   });
 });
-Any countdown(std::int64_t from, const char* end) {
-  return make<object_value_native<Countdown>>(countdown_class.required(), Countdown{from, end});
+Any countdown(const Any& end) {
+  return make<object_value_native<Countdown>>(countdown_class.required(), Countdown{2, end});
 }
 
 Any make_probe() { return Class_Generic(probe_class.required())(); }
@@ -185,6 +180,7 @@ TEST_F(Wrapper, AnswersSpecialNames) {
   expect_outcomes(Class_Generic(probe_class.required()), R"(
     w.__doc__                             => '(count: int = 1) -> test.wrapped.Probe\n\nMeasures things.'
     w.__name__, w.__module__              => ('Probe', 'test.wrapped'))");
+  expect_outcomes(I_Set_Generic::genericInstance(Integer::getType()), "w.__module__ => 'ling'");
   expect_outcomes(probe.boundMethod(meta_method_untyped("join")), R"(
     w.__doc__                             => "(first: str, second: str = 'b', *rest) -> str\n\nAll of them."
     [*w.__annotations__.items()][::3]     => [('first', <class 'str'>), ('return', <class 'str'>)]
@@ -218,15 +214,16 @@ TEST_F(Wrapper, Calls) {
     w.join(**{1: 2})                      => TypeError: keywords must be strings
     [w.join(*'abcdefghi'[:n]) for n in (8, 9)] => ['1ab6', '1ab7']
     w()                                   => RuntimeError: Non-callable object: <test.wrapped.Probe>)");
-  expect_outcomes(countdown(2, nullptr), "w() => TypeError: '>LingObject' object is not callable");
+  expect_outcomes(countdown(StopIteration()), "w() => TypeError: '>LingObject' object is not callable");
   const Any fails = make_function("f", "", "", []() -> Any { return Error("failed"); });
   expect_outcomes(make_computed<Any>([&] { return fails; }), "w() => RuntimeError: failed");
 }
 
 TEST_F(Wrapper, Iterates) {
-  expect_outcomes(make_computed<Any>([] { return countdown(2, nullptr); }), "[*w] => [2, 1]");
-  expect_outcomes(countdown(2, "broke"), "list(w) => RuntimeError: broke");
-  expect_outcomes(countdown(2, "stop me"), "list(w) => KeyboardInterrupt: stop me");
+  expect_outcomes(make_computed<Any>([] { return countdown(StopIteration()); }), "[*w] => [2, 1]");
+  expect_outcomes(make_computed<Any>([] { return List_Generic({1, "a"}); }), "[*w] => [1, 'a']");
+  expect_outcomes(countdown(Error("broke")), "list(w) => RuntimeError: broke");
+  expect_outcomes(countdown(raised_by("KeyboardInterrupt('stop me')")), "list(w) => KeyboardInterrupt: stop me");
   expect_outcomes(List_Generic({1, "a"}), "[*iter(iter(w))], next(iter(w)) => ([1, 'a'], 1)");
   expect_outcomes(make_probe(), R"(
     iter(w)                               => TypeError: '<class test.wrapped.Probe>' object is not iterable.
@@ -239,6 +236,7 @@ TEST_F(Wrapper, HasTextsAHashAndAnOrder) {
   EXPECT_EQ(PyObject_Hash(to_python(probe).get()), static_cast<Py_hash_t>(object_id(probe)));
   EXPECT_EQ(PyObject_Hash(to_python(rank).get()), static_cast<Py_hash_t>(hash_of(rank)));
   expect_outcomes(Class_Generic(rank_class.required())(-1), "str(w) => '<test.wrapped.Rank>'");
+  expect_outcomes(Class_Generic(rank_class.required())(-2), "str(w) => KeyboardInterrupt: stop");
   expect_outcomes(rank, R"(
     str(w), repr(w)                       => ('rank 2', '<test.wrapped.Rank>')
     x = 2; result = w < x, w <= x, w == x, w != x, w > x, w >= x     => (False, True, True, False, False, True)

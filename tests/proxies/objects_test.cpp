@@ -61,9 +61,14 @@ TEST_F(Objects, TakeInsertedMembers) {
   expect_outcome(insert_method(object, meta_method_untyped("free"), method), "None");
   method.setIndependent(false);
   expect_outcome(insert_method(object, meta_method_untyped("bound"), method), "None");
+  const I_Callable_Generic bare = make_function("bare", "", "", [] { return 1; });
+  bare.setIndependent(false);
+  expect_outcome(insert_method(object, meta_method_untyped("bare"), bare), "None");
   expect_outcome(insert_property_value(object, meta_property_untyped("note"), "text"), "None");
   EXPECT_EQ(repr(PyObjectPtr(PyObject_CallMethod(owner.get(), "free", "s", "you"))), "'you'");
   EXPECT_EQ(repr(PyObjectPtr(PyObject_CallMethod(owner.get(), "bound", nullptr))), "'account 5'");
+  EXPECT_EQ(repr(PyObjectPtr(PyObject_CallMethod(owner.get(), "bare", nullptr))), "1");
+  EXPECT_TRUE(I_Callable_Generic::unchecked(method_hook(object, internal::intern("free"))).isIndependent());
   expect_outcome(ask(object, ".note"), "text");
   const Property computed(make_function("", "", "", [] { return 1; }), String());
   expect_outcome(insert_object_property(CPythonObject::unchecked(object), "n", computed),
