@@ -197,7 +197,6 @@ const Any pair = Tuple_Generic({number, text});
 const named_argument by_name[] = {
     {"b", text}
 };
-const String text_of_log("a text for the log");
 
 // One value of each kind.
 Any every_kind() {
@@ -248,17 +247,6 @@ Any there_and_back(const Any& values) {
   }
   return List_Generic(std::move(all));
 }
-Any class_of_the_host(const Any&) {
-  class_builder<void> builder("Made");
-  builder.doc("A class.")
-      .parent(I_Immutable::getClass())
-      .field("note", "A field.", number)
-      .property("answer", "A property.", [] { return 42; })
-      .method("twice", "value", "A method.", [](const Any&, std::int64_t value) { return 2 * value; })
-      .method("twice", "text", "An overload.", [](const Any&, const String& value) { return value; });
-  const auto made = builder.build();
-  return made ? Any(made->doc()) : Any(made);
-}
 Any exported_module(const Any&) {
   const GilGuard lock;
   const auto module = export_python_module("test.csv", "csv");
@@ -302,8 +290,6 @@ const host_row from_host_rows[] = {
     {"Python class made", nothing,
      evaluated<"return type('Fresh', (dict,), {'a': 1, 'f': lambda self: 2, '__doc__': 'doc'})">, "", keeps_memory},
     {"resolve", nothing, caught<[](const Any&) { return resolve("os.path.sep"); }>},
-    {"class of the host", nothing, caught<class_of_the_host>, "", keeps_memory},
-    {"log", nothing, caught<[](const Any&) { return get_logger().log(LogRecord(20, text_of_log)), Any(); }>},
     {"another thread", nothing, caught<[](const Any&) { return evaluate_expr("1 + 100000", {}); }>, "", on_new_thread},
     {"reference dies on another thread", two_objects, method("clear"), "", on_new_thread},
     {"evaluate in C++", nothing, evaluated<"x = [1, 'a']\nreturn x">},
