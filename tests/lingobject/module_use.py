@@ -5,8 +5,6 @@ import importlib.util
 import pkgutil
 import pydoc
 import sys
-import threading
-from concurrent.futures import ThreadPoolExecutor
 
 import ling
 import ling.drawing
@@ -63,18 +61,3 @@ assert importlib.reload(drawing) is drawing and {**vars(drawing), "__spec__": sp
 former = sys.modules.pop("ling.drawing")
 again = importlib.import_module("ling.drawing")
 assert again is not former and again.distance == former.distance and not hasattr(again, "mine")
-
-
-# Threads that import at once get one module, filled to the end.
-def import_drawing(barrier):
-    barrier.wait()
-    module = importlib.import_module("ling.drawing")
-    assert sys.modules["ling"].drawing is module
-    return module, module.distance
-
-
-for _ in range(20):
-    for name in "ling.drawing", "ling":
-        sys.modules.pop(name)
-    with ThreadPoolExecutor(8) as pool:
-        assert len({id(module) for module, _ in pool.map(import_drawing, [threading.Barrier(8)] * 8)}) == 1
