@@ -1,4 +1,4 @@
-// A plug-in that leaves what it does while it is loaded to the case: its entry point and its two init handlers call
+// A plug-in that leaves what it does while it is loaded to the case: its entry points and its two init handlers call
 // functions of the module `test.extension`.
 #include "ling/ling.h"
 
@@ -26,10 +26,8 @@ ling::Result<ling::None> handler() {
   return true;
 }();
 
-}  // namespace
-
-extern "C" void corvantis_extension_init() {
-  const ling::Any outcome = call_case("entry");
+void call_or_throw(const char* function) {
+  const ling::Any outcome = call_case(function);
   if (ling::is_error_result(outcome) && ling::Error::unchecked(outcome).isOutOfMemory()) {
     throw std::bad_alloc();
   }
@@ -37,3 +35,8 @@ extern "C" void corvantis_extension_init() {
     throw std::runtime_error(ling::Error::unchecked(outcome).message().c_str());
   }
 }
+
+}  // namespace
+
+extern "C" void corvantis_extension_init() { call_or_throw("entry"); }
+extern "C" void corvantis_extension_bind_api() { call_or_throw("bind"); }

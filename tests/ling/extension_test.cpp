@@ -20,29 +20,14 @@ TEST(Extension, ErrorsNameTheFileAndWhatIsMissing) {
     EXPECT_TRUE(said.starts_with("Unable to load the extension " + path + ": ")) << said;
     EXPECT_GT(said.size(), path.size() + 40) << "what the system says follows";
   }
-  for (int i = 0; i < 2; ++i) {
-    EXPECT_TRUE(message(load_extension(LING_LIBRARY))
-                    .starts_with("Not an extension: " LING_LIBRARY " lacks the symbol corvantis_extension_init: "));
-  }
+  EXPECT_TRUE(message(load_extension(LING_LIBRARY))
+                  .starts_with("Not an extension: " LING_LIBRARY " lacks the symbol corvantis_extension_init: "));
   std::filesystem::remove(no_library);
   EXPECT_EQ(message(load_extension("")), "Unable to load an extension: the path is empty.");
 }
 
 // Gives the other threads time to come too early. Nothing depends on its length.
 void dawdle() { std::this_thread::sleep_for(std::chrono::milliseconds(30)); }
-
-TEST(Extension, IsInitialisedForEachThreadThatLoadsIt) {
-  directed_extension extension;
-  std::atomic<int> initialised = 0;
-  extension.second = [&]() -> Any {
-    dawdle();
-    return ++initialised;
-  };
-  on_eight_threads([&](int) {
-    EXPECT_FALSE(extension.load().is_error());
-    EXPECT_EQ(initialised, 1);
-  });
-}
 
 TEST(Extension, IsInitialisedForThreadsThatInitialiseMeanwhile) {
   directed_extension extension;
@@ -71,7 +56,6 @@ TEST(Extension, ThatFailsFailsForAll) {
     return Error("handler " + std::to_string(++calls));
   };
   on_eight_threads([&](int) { EXPECT_EQ(message(extension.load()), "handler 1"); });
-  EXPECT_EQ(message(extension.load()), "handler 1") << "what failed does not become right by asking again";
 }
 
 TEST(Extension, IsTriedAgainAfterItsEntryPointFailed) {
@@ -81,10 +65,14 @@ TEST(Extension, IsTriedAgainAfterItsEntryPointFailed) {
     dawdle();
     return ++entries == 1 ? Any(Error("not yet")) : Any();
   };
-  extension.second = [&]() -> Any { return ++initialised; };
+  extension.second = [&]() -> Any {
+    dawdle();
+    return ++initialised;
+  };
   on_eight_threads([&](int) {
     if (const auto loaded = extension.load(); loaded.is_error()) {
       EXPECT_TRUE(message(loaded).ends_with("corvantis_extension_init failed: not yet"));
+      EXPECT_NE(loaded.error().cause(), nullptr);
       ++failures;
     } else {
       EXPECT_EQ(initialised, 1);
@@ -102,6 +90,9 @@ TEST(Extension, IsTriedAgainAfterMemoryHadRunOut) {
   EXPECT_TRUE(first.is_error() && first.error().isOutOfMemory());
   EXPECT_FALSE(extension.load().is_error());
   EXPECT_EQ(entries, 2);
+  std::filesystem::current_path(std::filesystem::temp_directory_path());
+  const std::string name = std::filesystem::path(extension.path().view()).filename().string();
+  EXPECT_FALSE(load_extension(name).is_error()) << "a name alone is that of a file in the current directory";
 }
 
 // Each may load from within: itself, which is under way, or another one, whose failure is not its own.
@@ -110,6 +101,10 @@ TEST(Extension, LoadsOthersAndItself) {
   directed_extension inner;  // directs both from here on
   std::vector<std::string> trace;
   bool inside = false;
+  inner.bind = [&]() -> Any {
+    trace.emplace_back(inside ? "inner bind" : "outer bind");
+    return {};
+  };
   inner.first = [&]() -> Any {
     trace.emplace_back(inside ? "inner first" : "outer first");
     if (!inside) {
@@ -125,7 +120,8 @@ TEST(Extension, LoadsOthersAndItself) {
     return inside ? Any(Error("inner fails")) : Any();
   };
   EXPECT_FALSE(outer.load().is_error());
-  EXPECT_EQ(trace, (std::vector<std::string>{"outer first", "inner first", "inner second", "outer second"}));
+  EXPECT_EQ(trace, (std::vector<std::string>{"outer bind", "outer first", "inner bind", "inner first", "inner second",
+                                             "outer second"}));
 }
 
 // A language's lock, which the thread that waits holds and the thread that loads needs.

@@ -1,4 +1,4 @@
-// A plug-in whose loading a case directs: what its entry point and its init handlers do.
+// A plug-in whose loading a case directs: what its entry points and its init handlers do.
 #pragma once
 
 #include "ling/ling.h"
@@ -16,12 +16,14 @@ class directed_extension {
  public:
   // Nothing that fails, unless a case says so.
   std::function<Any()> entry = [] { return Any(); };
+  std::function<Any()> bind = entry;    // the second entry point
   std::function<Any()> first = entry;   // of level Classes
   std::function<Any()> second = entry;  // of level Functions
 
   directed_extension() {
     const Module functions = get_module("test.extension").value();
     functions.addCallable("entry", make_function("entry", "", "", [this] { return entry(); }));
+    functions.addCallable("bind", make_function("bind", "", "", [this] { return bind(); }));
     functions.addCallable("first", make_function("first", "", "", [this] { return first(); }));
     functions.addCallable("second", make_function("second", "", "", [this] { return second(); }));
     std::filesystem::copy_file(EXTENSION_CASE, file_, std::filesystem::copy_options::overwrite_existing);
