@@ -48,6 +48,18 @@ TEST(Computed, KeepsItsError) {
   EXPECT_EQ(message(first), "broken");
   EXPECT_TRUE(internal::unwrap(broken).is_same(first));
   EXPECT_EQ(runs, 1);
+  const Any exhausted =
+      make_computed<Any>([&] { return ++runs == 2 ? Any(Error::outOfMemory("none left")) : Any(runs); });
+  EXPECT_EQ(message(internal::unwrap(exhausted)), "none left");
+  EXPECT_EQ(text(exhausted), "3") << "there may be memory the next time";
+}
+
+TEST(Computed, BoundsHowDeeplyValuesNeedEachOther) {
+  Any value = 1;
+  for (int i = 0; i < 100'000; ++i) {
+    value = make_computed<Any>([inner = value] { return internal::unwrap(inner); });
+  }
+  EXPECT_EQ(message(internal::unwrap(value)), "Computed values need each other too deeply.");
 }
 
 TEST(External, IsLoadedAtEveryLook) {
