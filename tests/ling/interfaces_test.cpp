@@ -41,13 +41,19 @@ constinit const class_definition<Odd> odd_class("Odd", [](class_builder<Odd>& c)
       .parent(I_MutableSequence_Generic::getClass())
       .parent(I_MutableMap_Generic::getClass())
       .property("__length__", "", [](const Odd&) { return make_computed<Any>([] { return Any(3); }); })
-      .property("keys", "", [](const Odd&) -> Any { return 5; })
+      .property("keys", "",
+                [](const Odd&) {
+                  return List_Generic({1, 2});
+                })
+      .property("values", "", [](const Odd&) { return List_Generic{1}; })
+      .property("keysType", "", [](const Odd&) { return String::getType(); })
+      .property("valuesType", "", [](const Odd&) -> Any { return 5; })
       .method("at", "index", "", [](const Odd&, std::int64_t index) { return index * 2; })
       .method("append", "value", "", [](const Odd&, const Any& value) { return value; })
       .method("removeOne", "value", "", [](const Odd&, const Any&) -> Any { return "yes"; })
       .method("iter", "", "", [](const Odd&) -> Any { return 1; })
       .method("get", "key, default", "", [](const Odd&, const Any& key, const Any& otherwise) {
-        return text(key) == "known" ? Any(1) : otherwise;
+        return text(key) == "known" ? Any(1) : text(key) == "none" ? Any(None()) : otherwise;
       });
 });
 
@@ -58,7 +64,9 @@ TEST(Interfaces, PassOnLazyValuesAndRefuseWrongTypes) {
   EXPECT_TRUE(sequence.length().is_lazy());
   EXPECT_TRUE(sequence.removeOne(1).is_error());
   EXPECT_TRUE(sequence.iter().is_error());
-  EXPECT_TRUE(map.keys().is_error());
+  EXPECT_EQ(map.keysType(), String::getType());
+  EXPECT_EQ(map.valuesType(), Type::untyped()) << "no type";
+  std::vector<std::pair<Any, Any>> pairs;
   EXPECT_EQ(sequence.elementsType(), Type::untyped()) << "no such property";
   EXPECT_TRUE(sequence.pop().is_error()) << "no such method";
   expect_outcomes({
@@ -66,8 +74,56 @@ TEST(Interfaces, PassOnLazyValuesAndRefuseWrongTypes) {
       {sequence.at(4), "8"},
       {sequence.append("dropped"), "None"},
       {map.get("known"), "1"},
+      {map.get("none"), "None"},
+      {map.pairs(pairs), "Error: The map changed while it was read: 2 keys, 1 values."},
       {map.get("other"), "Error: Key not found: other."},
       {map.get("other", 7), "7"},
+  });
+}
+
+TEST(Interfaces, PassOnWhatTheyAreGiven) {
+  auto& of_class = *new object_value_class("Echo");
+  for (const String& name :
+       String("at atOr indexOf sliced set append appendAt extend removeAt pop clear get remove insert "
+              "clone deepClone toCode resolve evaluateExpression evaluate")
+           .split(' ')) {
+    of_class.add_method_unsafe(name, echo(name));
+  }
+  of_class.add_property_unsafe("canEvaluate", Property::constant(1));
+  of_class.add_property_unsafe("code", Property::constant("a source"));
+  const Any object = of_class.allocate_instance();
+  const auto sequence = I_MutableSequence_Generic::unchecked(object);
+  const auto map = I_MutableMap_Generic::unchecked(object);
+  const auto set = I_MutableSet_Generic::unchecked(object);
+  const auto language = I_Language::unchecked(object);
+  const auto list = I_Iterable_Generic::unchecked(List_Generic{1});
+  expect_outcomes({
+      {sequence.atOr(1, 2), "Error: atOr(1, 2)"},
+      {sequence.indexOf(1, 2), "Error: indexOf(1, 2)"},
+      {sequence.sliced(1, 2), "Error: sliced(1, 2)"},
+      {sequence.set(1, 2), "Error: set(1, 2)"},
+      {sequence.append(1), "Error: append(1,)"},
+      {sequence.appendAt(1, 2), "Error: appendAt(1, 2)"},
+      {sequence.extend(list), "Error: extend([1],)"},
+      {sequence.removeAt(1, 2), "Error: removeAt(1, 2)"},
+      {sequence.pop(1), "Error: pop(1,)"},
+      {sequence.clear(), "Error: clear()"},
+      {map.get(1, 2), "Error: get(1, 2)"},
+      {map.set(1, 2), "Error: set(1, 2)"},
+      {map.remove(1), "Error: remove(1,)"},
+      {map.clear(), "Error: clear()"},
+      {set.insert(1), "Error: insert(1,)"},
+      {set.remove(1), "Error: remove(1,)"},
+      {set.extend(list), "Error: extend([1],)"},
+      {set.clear(), "Error: clear()"},
+      {language.toCode(1), "Error: toCode(1,)"},
+      {language.resolve("a"), "Error: resolve(\"a\",)"},
+      {language.evaluateExpression("a", 1), "Error: evaluateExpression(\"a\", 1)"},
+      {language.evaluate("a", 1), "Error: evaluate(\"a\", 1)"},
+      {I_Cloneable::unchecked(object).clone(), "Error: clone()"},
+      {I_Cloneable::unchecked(object).deepClone(), "Error: deepClone()"},
+      {I_HasCode::unchecked(object).code(), "a source"},
+      {language.canEvaluate(), "false"}, // 1 is no Boolean
   });
 }
 
@@ -76,6 +132,8 @@ TEST(Interfaces, IterateForeignValuesAndSearchThem) {
       {make_range(3).toList(), "[0, 1, 2]"},
       {make_range(3, true).toList(), "Error: the counter broke"},
       {construct(HashSet_Generic::getClass(), make_range(2)), "{0, 1}"},
+      {construct(List_Generic::getClass(), make<object_value_native<Counter>>(counter_class.required(), Counter{0, 2})),
+       "[0, 1]"},
       {construct(List_Generic::getClass(), make_range(2, true)), "Error: the counter broke"},
       {make_range(INT64_MAX).contains(500), "true"}, // the iteration ends where the value is
       {make_range(3).contains(3), "false"},

@@ -11,69 +11,56 @@ I_Callable_Generic constant(int value) {
 const meta_property_untyped x_property("x");
 const meta_method_untyped x_method("x");
 
-// Records every request that it takes over, and refuses the name "bad".
-struct Remote {
-  std::string requests;
-  Any answer(const char* what, const String& name, const Any& value) {
-    requests += text(String("{} {}, ").arg(what, name));
-    return name == "bad" ? Any(Error("refused")) : value;
+Any instance_with_methods(const std::vector<std::pair<const char*, I_Callable_Generic>>& methods) {
+  auto& of_class = *new object_value_class("Remote");
+  for (const auto& [name, method] : methods) {
+    of_class.add_method_unsafe(name, method);
   }
-};
-constinit const class_definition<Remote> remote_class("Remote", [](class_builder<Remote>& c) {
-  const auto takes_name = [](const char* what, const Any& value) {
-    return [=](Remote& self, const String& name) { return self.answer(what, name, value); };
-  };
-  const auto takes_value = [](const char* what, const Any& value) {
-    return [=](Remote& self, const String& name, const Any&) { return self.answer(what, name, value); };
-  };
-  const HashMap_Generic own = make_map({"x", 1});
-  const Any five = Property::constant(5);
-  const Any six = constant(6);
-  c.module("test.members")
-      .method(Any::__propertyValue__, "name", takes_name("get", 5))
-      .method(Any::__setPropertyValue__, "name, value", takes_value("set", 7))
-      .method(Any::__property__, "name", takes_name("property", five))
-      .method(Any::__ownProperty__, "name", takes_name("own property", five))
-      .method(Any::__method__, "name", takes_name("method", six))
-      .method(Any::__ownMethod__, "name", takes_name("own method", six))
-      .method(Any::__ownProperties__, "", [own](const Remote&) { return own; })
-      .method(Any::__ownMethods__, "", [own](const Remote&) { return own; })
-      .method(Any::__insertProperty__, "name, property", takes_value("insert property", true))
-      .method(Any::__insertMethod__, "name, method",
-              takes_value("insert method", make_computed<Any>([] { return None(); })))
-      .method(Any::__removeProperty__, "name", takes_name("remove property", false))
-      .method(Any::__removeMethod__, "name", takes_name("remove method", "neither"));
-});
+  return of_class.allocate_instance();
+}
 
 TEST(MetaMethods, TakeOverMemberAccess) {
-  const Any remote = remote_class.required().allocate_instance();
-  const meta_property_untyped bad("bad");
-  const meta_method_untyped bad_method("bad");
+  std::vector<std::pair<const char*, I_Callable_Generic>> failing;
+  for (const char* name :
+       {"__propertyValue__", "__setPropertyValue__", "__property__", "__ownProperty__", "__method__", "__ownMethod__",
+        "__insertProperty__", "__insertMethod__", "__removeProperty__", "__removeMethod__", "__ownProperties__"}) {
+    failing.emplace_back(name, echo(name));
+  }
+  const Any remote = instance_with_methods(failing);
   expect_outcomes({
-      {remote.propertyValue(x_property), "5"},
-      {remote.propertyValue(bad), "Error: refused"},
-      {remote.setPropertyValue(x_property, 7), "None"},
-      {remote.setPropertyValue(bad, 7), "Error: refused"},
-      {property_of(remote, x_property).value().read(remote), "5"},
-      {property_of(remote, bad), "Error: refused"},
-      {own_property_of(remote, x_property).value().read(remote), "5"},
-      {call(remote, "x"), "6"},
-      {call(remote, "bad"), "Error: refused"},
-      {own_method_of(remote, x_method).value()(), "6"},
-      {insert_property_value(remote, x_property, 1), "None"},
-      {insert_property_value(remote, bad, 1), "Error: refused"},
-      {insert_method(remote, x_method, constant(1)), "None"},
-      {insert_method(remote, bad_method, constant(1)), "Error: refused"},
-      {remove_property(remote, x_property), "false"},
-      {remove_method(remote, x_method), "BadArgument: Expected Boolean, got String: neither"},
+      {remote.propertyValue(x_property), R"(Error: __propertyValue__("x",))"},
+      {remote.setPropertyValue(x_property, 7), R"(Error: __setPropertyValue__("x", 7))"},
+      {property_of(remote, x_property), R"(Error: __property__("x",))"},
+      {own_property_of(remote, x_property), R"(Error: __ownProperty__("x",))"},
+      {call(remote, "x"), R"(Error: __method__("x",))"},
+      {own_method_of(remote, x_method), R"(Error: __ownMethod__("x",))"},
+      {insert_property_value(remote, x_property, 1), R"(Error: __insertProperty__("x", <ling.Property>))"},
+      {insert_method(remote, x_method, constant(1)), R"(Error: __insertMethod__("x", <function constant>))"},
+      {remove_property(remote, x_property), R"(Error: __removeProperty__("x",))"},
+      {remove_method(remote, x_method), R"(Error: __removeMethod__("x",))"},
+      {own_properties_of(remote), "{}"},
   });
-  EXPECT_EQ(native_cast<Remote>(remote)->requests,
-            "get x, get bad, set x, set bad, property x, property bad, own property x, method x, method bad, own "
-            "method x, insert property x, insert property bad, insert method x, insert method bad, remove property x, "
-            "remove method x, ");
-  EXPECT_EQ(own_properties_of(remote).length(), 1u);
-  EXPECT_TRUE(own_methods_of(remote).contains("x"));
   EXPECT_FALSE(raw_property_of(remote, x_property)) << "the raw forms ask no meta-method";
+
+  const Any obliging = instance_with_methods({
+      {"__propertyValue__",    answer(5)                                        },
+      {"__setPropertyValue__", answer(7)                                        },
+      {"__property__",         answer(Property::constant(5))                    },
+      {"__method__",           answer(constant(6))                              },
+      {"__ownMethods__",       answer(make_map({"x", 1}))                       },
+      {"__insertMethod__",     answer(make_computed<Any>([] { return None(); }))},
+      {"__removeProperty__",   answer(false)                                    },
+      {"__removeMethod__",     answer("neither")                                },
+  });
+  expect_outcomes({
+      {obliging.setPropertyValue(x_property, 7), "None"},
+      {property_of(obliging, x_property).value().read(obliging), "5"},
+      {call(obliging, "x"), "6"},
+      {own_methods_of(obliging), "{\"x\": 1}"},
+      {insert_method(obliging, x_method, constant(1)), "None"},
+      {remove_property(obliging, x_property), "false"},
+      {remove_method(obliging, x_method), "BadArgument: Expected Boolean, got String: neither"},
+  });
 }
 
 TEST(Instance, HasMembersOfItsOwn) {
@@ -95,31 +82,15 @@ TEST(Instance, HasMembersOfItsOwn) {
       {remove_property(one, x_property), "true"},
       {own_properties_of(one).length(), "0"},
       {insert_method(5, x_method, constant(1)), "Error: The method 'x' cannot be added to a value of class Integer."},
+      {remove_property(5, x_property), "false"},
+      {insert_property_value(Class_Generic(of_class), meta_property_untyped("all"), 4), "None"},
+      {insert_method(Class_Generic(of_class), meta_method_untyped("all"),
+       make_function("all", "a", "", [](int a) { return a; })),
+       "None"},
+      {property(other, "all"), "4"},
+      {call(other, "all", 5), "5"},
   });
   EXPECT_EQ(text(call(one, "x")), "1");
-}
-
-TEST(Instance, LetsGoOfMembersAndFieldsAfterUnlocking) {
-  auto& of_class = *new object_value_class("Holder");
-  of_class.add_field_unsafe("field", None(), "");
-  const meta_field_untyped field("field");
-  const std::function<void(const Any&)> removals[] = {
-      [](const Any& object) { (void)remove_property(object, x_property); },
-      [](const Any& object) { (void)insert_property_value(object, x_property, 1); },
-      [&](const Any& object) { object.setFieldValue(field, 1); },
-  };
-  for (const auto& remove : removals) {
-    const Any object = of_class.allocate_instance();
-    int deaths = 0;
-    const auto die = [&] { deaths += is_error_result(object.fieldValue(field)) ? 100 : 1; };  // needs the lock
-    (void)insert_property_value(object, x_property, make_mortal(die));
-    object.setFieldValue(field, make_mortal(die));
-    remove(object);
-    EXPECT_EQ(deaths, 1);
-    (void)remove_property(object, x_property);
-    object.setFieldValue(field, None());
-    EXPECT_EQ(deaths, 2);
-  }
 }
 
 TEST(InstanceThreads, ChangeMembersAndFieldsAtOnce) {
@@ -214,35 +185,30 @@ TEST(EvaluationScope, TakesMapsOrNone) {
   EXPECT_EQ(message(construct(scope, 1, 2)),
             "Bad call of 'ling.EvaluationScope.__init__': the argument 'globals' must be I_Map | None, not Integer: 2");
   EXPECT_TRUE(is_error_result(construct(scope, None(), None(), None(), read_only))) << "variables come back into it";
+  EXPECT_EQ(text(property(construct(scope, 1, make_map({1, 1}), make_map({2, 2}), make_map({3, 3})), "outLocals")),
+            "{3: 3}");
 }
 
 TEST(Names, AreKeptForWhatIsDeclaredOnly) {
   EXPECT_FALSE(initialize().is_error());
   const Module ling = get_module("ling").value();
-  const auto call_function = [&](const char* function, auto... arguments) {
-    return I_Callable_Generic::unchecked(ling.callables().get(function))(arguments...);
-  };
-  auto& of_class = *new object_value_class("Owner");
-  const Any instance = make<object_value_instance>(of_class);
+  const Any instance = make<object_value_instance>(*new object_value_class("Owner"));
   expect_outcomes({
-      {call_function("method_of", instance, "data1"), "None"},
-      {call_function("property_of", instance, "data1"), "None"},
-      {call_function("insert_property_value", 5, "data1", 1),
-       "Error: The property 'data1' cannot be added to a value of class Integer."},
-      {call_function("insert_property_value", instance, "data1", 7), "None"},
-      {call_function("insert_property_value", instance, "data1", 8), "None"},
-      {call_function("own_properties_of", instance), R"({"data1": <ling.Property>})"},
+      {call(ling, "method_of", instance, "data1"), "None"},
+      {call(ling, "property_of", instance, "data1"), "None"},
+      {call(ling, "insert_property_value", instance, "data1", 7), "None"},
+      {call(ling, "insert_property_value", instance, "data1", 8), "None"},
+      {call(ling, "own_properties_of", instance), R"({"data1": <ling.Property>})"},
   });
   EXPECT_EQ(internal::find_interned("data1"), nullptr);
   const internal::name_to_look_up name("data1");
   const meta_property_untyped own(*name);
   expect_outcomes({
-      {instance.propertyValue(own), "8"},
       {instance.setPropertyValue(own, 9), "Error: The property 'data1' is read-only for '<Owner>'."},
-      {property(instance, "data1"), "8"},
+      {property(instance, "data1"), "8"}, // declares the name
       {instance.propertyValue(own), "8"},
       {remove_property(instance, own), "true"},
-      {instance.propertyValue(own), "Error: The property 'data1' is missing in 'Owner'."}
+      {instance.propertyValue(own), "Error: The property 'data1' is missing in 'Owner'."},
   });
 }
 

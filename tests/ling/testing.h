@@ -83,6 +83,17 @@ inline void expect_methods(const std::function<Any()>& make_receiver, std::span<
   }
 }
 
+// A method that answers with an Error that shows what it was given.
+inline I_Callable_Generic echo(const String& name) {
+  return method_builder_base(name, "self, all...", "", {}, true).body([name](const Any&, const Variadic& all) -> Any {
+    return Error(String("{}{}").arg(name, all));
+  });
+}
+// One that takes anything and answers a value.
+inline I_Callable_Generic answer(const Any& value) {
+  return method_builder_base("answer", "all...", "", {}, true).body([value](const Variadic&) { return value; });
+}
+
 // A value whose behaviour is C++ functions; its hash is always the same, so that keys of it meet in the table, and that
 // of no other value in these tests.
 struct Actor {
