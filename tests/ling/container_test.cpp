@@ -44,6 +44,9 @@ TEST(Containers, PassTheirTypeOn) {
   }
   EXPECT_FALSE(List<Integer>::matches(call(list, "concat", List_Generic{"a"}).get()));
   EXPECT_TRUE((HashMap<String, Integer>::matches(call(map, "deepClone").get())));
+  const Type integer[] = {Integer::getType()};
+  const Any set = construct(generic_instance(HashSet_Generic::getClass(), integer));
+  EXPECT_TRUE(raw_class_of(call(set, "__and__", list)) == raw_class_of(set));
 }
 
 TEST(Containers, ReportErrorsOfComparing) {
@@ -59,46 +62,84 @@ TEST(Containers, ReportErrorsOfComparing) {
   EXPECT_EQ(map.length(), 1u);
 }
 
-// A destructor that looks at the container finds it unlocked.
+// A destructor that looks at what held the value finds it unlocked.
 TEST(Containers, DestroyWhatTheyHeldAfterUnlocking) {
-  const struct {
-    Class_Generic of_class;
-    const char* put;
-    std::vector<Any> place;
-    const char* remove;
-    std::vector<Any> arguments;
-  } cases[] = {
-      {List_Generic::getClass(),    "append", {},      "set",      {0, None()}},
-      {List_Generic::getClass(),    "append", {},      "pop",      {0}        },
-      {List_Generic::getClass(),    "append", {},      "removeAt", {0}        },
-      {List_Generic::getClass(),    "append", {},      "clear",    {}         },
-      {List_Generic::getClass(),    "append", {},      "__imul__", {0}        },
-      {HashMap_Generic::getClass(), "set",    {"key"}, "remove",   {"key"}    },
-      {HashMap_Generic::getClass(), "set",    {"key"}, "set",      {"key", 1} },
-      {HashMap_Generic::getClass(), "set",    {"key"}, "clear",    {}         },
-      {HashSet_Generic::getClass(), "insert", {},      "clear",    {}         },
+  auto& holder = *new object_value_class("Holder");
+  holder.add_field_unsafe("field", None(), "");
+  const meta_field_untyped field("field");
+  const meta_property_untyped own("own");
+  using change = std::function<void(const Any& container, const Any& value)>;
+  const change append = [](const Any& list, const Any& value) { call(list, "append", value); };
+  const change set_first = [](const Any& list, const Any& value) { call(list, "set", 0, value); };
+  const change pop_first = [](const Any& list, const Any&) { call(list, "pop", 0); };
+  const change remove_first = [](const Any& list, const Any&) { call(list, "removeAt", 0); };
+  const change repeat_never = [](const Any& list, const Any&) { call(list, "__imul__", 0); };
+  const change insert = [](const Any& set, const Any& value) { call(set, "insert", value); };
+  const change set_key = [](const Any& map, const Any& value) { call(map, "set", "key", value); };
+  const change remove_key = [](const Any& map, const Any&) { call(map, "remove", "key"); };
+  const change clear = [](const Any& container, const Any&) { call(container, "clear"); };
+  const change set_field = [&](const Any& object, const Any& value) { object.setFieldValue(field, value); };
+  const change insert_own = [&](const Any& object, const Any& value) {
+    (void)insert_property_value(object, own, value);
   };
-  for (const auto& each : cases) {
-    const Any container = construct(each.of_class);
+  const change remove_own = [&](const Any& object, const Any&) { (void)remove_property(object, own); };
+  const Class_Generic list = List_Generic::getClass(), map = HashMap_Generic::getClass();
+  const std::tuple<Class_Generic, change, change> cases[] = {
+      {list,                        append,     set_first   },
+      {list,                        append,     pop_first   },
+      {list,                        append,     remove_first},
+      {list,                        append,     clear       },
+      {list,                        append,     repeat_never},
+      {map,                         set_key,    remove_key  },
+      {map,                         set_key,    set_key     },
+      {map,                         set_key,    clear       },
+      {HashSet_Generic::getClass(), insert,     clear       },
+      {holder,                      set_field,  set_field   },
+      {holder,                      insert_own, insert_own  },
+      {holder,                      insert_own, remove_own  },
+  };
+  for (const auto& [of_class, put, remove] : cases) {
+    const Any container = construct(of_class);
     int deaths = 0;
-    std::vector<Any> held = each.place;
-    held.push_back(make_mortal([&] { deaths += text(container).empty() ? 100 : 1; }));
-    EXPECT_FALSE(is_error_result(call_method(container, meta_method_untyped(each.put), held)));
-    held.clear();
+    put(container, make_mortal([&] {
+          ++deaths;
+          (void)text(container);  // waits for ever if the lock is held
+          (void)own_properties_of(container);
+          (void)container.fieldValue(field);
+        }));
     EXPECT_EQ(deaths, 0);
-    (void)call_method(container, meta_method_untyped(each.remove), each.arguments);
-    EXPECT_EQ(deaths, 1) << each.of_class.name().view() << " " << each.remove;
+    remove(container, None());
+    EXPECT_EQ(deaths, 1) << of_class.name().view() << " " << text(container);
   }
 }
 
+struct Seed {
+  Any grown;
+};
+constinit const class_definition<Seed> seed_class("Seed", [](class_builder<Seed>& c) {
+  c.module("test.containers").parent(I_Cloneable::getClass()).constructor("grown", "", [](const Any& grown) {
+    return Seed{grown};
+  });
+  c.method("deepClone", "", "", [](const Seed& self) { return self.grown; });
+});
+
 TEST(Containers, CloneAllTheyHold) {
+  const Class_Generic seed(seed_class.required());
+  for (const Any& grown : values("grown", Error("sterile"))) {
+    const Any one = seed(grown);
+    for (const Any& container : values(List_Generic{one}, make_map({1, one}), List_Generic{Tuple_Generic{one}})) {
+      const std::string copy = text(call(container, "deepClone"));
+      EXPECT_NE(copy.find(is_error_result(grown) ? "Error: sterile" : "\"grown\""), std::string::npos) << copy;
+    }
+  }
   const List_Generic inner{1};
   const HashMap_Generic map = make_map({"list", inner});
-  const List_Generic list{inner, inner, Tuple_Generic{inner}, Error("an item like any other"), map};
-  list.append(list);
+  const Tuple_Generic pair{1, "unchanged"};
+  const List_Generic list{inner, inner, Tuple_Generic{inner}, Error("an item like any other"), map, pair};
+  list.append(Tuple_Generic{list});
   map.set("self", map);
   const auto copy = List_Generic::unchecked(call(list, "deepClone"));
-  ASSERT_EQ(copy.length(), 6u) << message(copy);
+  ASSERT_EQ(copy.length(), 7u) << message(copy);
   const auto map_copy = HashMap_Generic::unchecked(copy.at(4));
   EXPECT_FALSE(copy.at(0).is_same(inner));
   EXPECT_TRUE(copy.at(0).is_same(copy.at(1))) << "what was one list stays one list";
@@ -106,7 +147,8 @@ TEST(Containers, CloneAllTheyHold) {
   EXPECT_TRUE(copy.at(3).is_same(list.at(3)));
   EXPECT_TRUE(map_copy.get("list").is_same(copy.at(0)));
   EXPECT_TRUE(map_copy.get("self").is_same(map_copy));
-  EXPECT_TRUE(copy.at(5).is_same(copy)) << "a list in itself";
+  EXPECT_TRUE(copy.at(5).is_same(pair));
+  EXPECT_TRUE(Tuple_Generic::unchecked(copy.at(6)).at(0).is_same(copy)) << "a list in itself";
   EXPECT_TRUE(List_Generic::unchecked(call(list, "clone")).at(0).is_same(inner));
   for (const auto& each : {list, copy}) {  // or they keep themselves alive
     each.object().clear();
