@@ -73,34 +73,4 @@ TEST(ContainerThreads, InsertEveryKeyOnce) {
   EXPECT_EQ(set.length(), 0u);
 }
 
-// Comparing one key uses the map the others are waiting for.
-TEST(ContainerThreads, CompareKeysThatUseTheMap) {
-  const HashMap_Generic map;
-  std::vector<Any> keys;
-  for (int i = 0; i < 8; ++i) {
-    keys.push_back(make_actor([&map, i](const Any&) -> Any {
-      map.set(i, map.length());
-      return Ordering(ordering_value::Less);
-    }));
-  }
-  on_eight_threads([&](int thread) {
-    for (int i = 0; i < 50; ++i) {
-      map.set(keys[static_cast<std::size_t>(thread)], thread);
-      map.remove(keys[static_cast<std::size_t>((thread + i) % 8)]);
-      const Any number = Tuple_Generic{i, "key"};
-      map.set(number, Tuple_Generic{number, thread});
-      const Any found = map.get(number, None());
-      EXPECT_TRUE(is_none(found) || Tuple_Generic::unchecked(found).at(0).is_same(number) ||
-                  text(Tuple_Generic::unchecked(found).at(0)) == text(number))
-          << "another key's value";
-      map.remove(number);
-    }
-    map.set(keys[static_cast<std::size_t>(thread)], thread);
-  });
-  for (const Any& key : keys) {
-    map.set(key, 1);
-    EXPECT_TRUE(map.contains(key));
-  }
-}
-
 }  // namespace

@@ -17,6 +17,7 @@ TEST(HashMap, AnswersTheMethodsOfScripts) {
       {"update", {make_map({"b", 5, "c", 6})}, "None", "{\"a\": 1, \"b\": 5, \"c\": 6}"},
       {"pairs", {}, "[(\"a\", 1), (\"b\", 2)]"},
       {"set", {List_Generic{1, 2}, 0}, "BadArgument: The key is not immutable: [1, 2] (List)."},
+      {"get", {Error("lost")}, "Error: lost"},
       {"get", {Tuple_Generic{1, List_Generic()}}, "BadArgument: The key is not immutable: (1, []) (Tuple)."},
   };
   expect_methods([] { return make_map({"a", 1, "b", 2}); }, rows);
@@ -42,7 +43,7 @@ TEST(HashMap, KeepsOrderThroughGrowthAndRemoval) {
   const auto in_model = [&](int key) {
     return std::find_if(model.begin(), model.end(), [&](const auto& each) { return each.first == key; });
   };
-  for (int step = 0; step < 30000; ++step) {
+  for (int step = 0; step < 30'000; ++step) {
     const int key = static_cast<int>(random() % 500);
     const bool shrinking = step / 3000 % 2 == 1;  // periods of growth and of removal, so that gaps get closed
     const auto place = in_model(key);
@@ -99,13 +100,18 @@ TEST(HashMap, FindsAnEqualKeyIfItMovedWhileItWasComparedButNotIfItWasRemoved) {
   EXPECT_EQ(map.length(), 1u);
   map.object().clear();
 
-  map.set(make_actor([&](const Any&) -> Any {
-            map.object().clear();
-            return Ordering(ordering_value::Equal);
-          }),
-          1);
-  EXPECT_FALSE(is_error_result(call(map, "set", make_actor({}), 2)));
-  EXPECT_EQ(text(property(map, "values")), "[2]");
+  Any key;
+  for (const std::function<void()>& remove :
+       {std::function([&] { map.object().clear(); }), std::function([&] { map.remove(key); })}) {
+    key = make_actor([&](const Any&) -> Any {
+      remove();
+      return Ordering(ordering_value::Equal);
+    });
+    map.set(key, 1);
+    EXPECT_FALSE(is_error_result(call(map, "set", make_actor({}), 2)));
+    EXPECT_EQ(text(property(map, "values")), "[2]");
+    map.object().clear();
+  }
 }
 
 }  // namespace
