@@ -18,6 +18,8 @@ TEST(Callable, ConvertsArgumentsAndResults) {
   });
   const auto any = make_function("any", "a", "", [](const Any& a) { return a; });
   const auto none = make_function("none", "", "", [] {});
+  struct undescribed {};
+  const auto unknown = make_function("unknown", "", "", [] { return undescribed(); });
   const auto fails = make_function("fails", "", "", []() -> Result<Integer> { return Error("it failed"); });
   const auto lazy = make_computed<Any>([] { return Any(41); });
   expect_outcomes({
@@ -26,6 +28,7 @@ TEST(Callable, ConvertsArgumentsAndResults) {
       {narrow(lazy),     "41"                                                                                      },
       {wide(UINT64_MAX), "18446744073709551615"                                                                    },
       {wide(-1),         "BadArgument: Bad call of 'wide': the argument 'a' must be Integer, not Integer: -1"      },
+      {real(-1),         "-1.0"                                                                                    },
       {real("2"),        "BadArgument: Bad call of 'real': the argument 'a' must be Float, not String: 2"          },
       {maybe(None()),    "nothing"                                                                                 },
       {maybe(1),         "BadArgument: Bad call of 'maybe': the argument 'a' must be String | None, not Integer: 1"},
@@ -33,6 +36,7 @@ TEST(Callable, ConvertsArgumentsAndResults) {
       {none(1),          "BadArgument: Bad call of 'none': expected 0 arguments, got 1."                           },
       {fails(),          "Error: it failed"                                                                        },
   });
+  EXPECT_TRUE(message(unknown()).starts_with("No class is described for the C++ type "));
   EXPECT_TRUE(any(lazy).is_same(lazy)) << "an Any parameter gets the lazy value itself";
 }
 
@@ -53,6 +57,10 @@ TEST(Callable, DefaultsNamesAndVariadics) {
   const auto rest = make_function("rest", "a, more...", "", [](int a, const Variadic& more) {
     return std::vector<std::size_t>{static_cast<std::size_t>(a), more.length()};
   });
+  const std::vector<named_argument> named_variadic = {
+      {"a",    1},
+      {"more", 2}
+  };
   const auto named = [&](std::vector<Any> positional, std::vector<named_argument> names) {
     return f.object().call_named(positional, names);
   };
@@ -65,6 +73,8 @@ TEST(Callable, DefaultsNamesAndVariadics) {
       {named({}, {{"b", 1}}), "BadArgument: Bad call of 'f': the argument 'a' is missing."},
       {f.callWithNamed(make_map({1, 2})), "BadArgument: Bad call of 'f': the name of an argument is not a String: 1."},
       {rest(5, "x", 2.5), "[5, 2]"},
+      {rest(1), "[1, 0]"},
+      {rest.object().call_named({}, named_variadic), "BadArgument: Bad call of 'rest': no parameter is named 'more'."},
       {rest(), "BadArgument: Bad call of 'rest': expected at least 1 argument, got 0."},
   });
 }
@@ -87,27 +97,44 @@ TEST(Callable, BoundMethodsPassTheirReceiver) {
 }
 
 TEST(Multimethod, ChoosesTheNearestOverload) {
-  const auto overload = [](auto function, const char* signature) {
-    return make_function("f", signature, "", function);
+  const auto overload = [](const char* signature, auto function) {
+    return make_function("f", signature, signature, function);
   };
-  const auto f = I_Callable_Generic::unchecked(make<object_value_multimethod>(
-      "f",
-      std::vector{overload([](double) { return "float"; }, "a"), overload([](std::int64_t) { return "integer"; }, "a"),
-                  overload([](const Any&) { return "any"; }, "a"), overload([](int, int) { return "two"; }, "a, b"),
-                  overload([](const Variadic&) { return "rest"; }, "all...")}));
-  const auto strict = I_Callable_Generic::unchecked(make<object_value_multimethod>(
-      "strict", std::vector{overload([](bool) { return 1; }, "a"), overload([](const String&) { return 2; }, "b")}));
-  const named_argument name = {"b", "text"};
+  const auto multimethod = [](std::vector<I_Callable_Generic> overloads) {
+    return I_Callable_Generic::unchecked(make<object_value_multimethod>("f", std::move(overloads)));
+  };
+  const auto f = multimethod({
+      overload("a", [](double) { return "float"; }),
+      overload("a", [](std::int64_t) { return "integer"; }),
+      overload("a", [](const Any&) { return "any"; }),
+      overload("a, b", [](int, int) { return "two"; }),
+      overload("all...", [](const Variadic&) { return "rest"; }),
+  });
+  const auto g = multimethod({
+      overload("b", [](const String&) { return "one"; }),
+      overload("a, b", [](int, const String&) { return "two"; }),
+      overload("a", [](const Any&) { return "any"; }),
+      overload("a", [](double) { return "float"; }),
+  });
+  const auto strict =
+      multimethod({overload("a", [](bool) { return 1; }), overload("b", [](const String&) { return 2; })});
+  const named_argument a = {"a", 1}, b = {"b", "text"};
+  const Any one = 1;
   expect_outcomes({
       {f(1), "integer"},
       {f(1.5), "float"},
       {f("x"), "any"},
       {f(1, "x"), "rest"},
       {f(), "rest"},
+      {g(1), "float"},
+      {g(true), "any"},
+      {g.object().call_named({}, {&b, 1}), "one"},
+      {g.object().call_named({&one, 1}, {&b, 1}), "two"},
+      {g.object().call_named({}, {&a, 1}), "any"},
+      {g.doc(), "b\na, b\na\na"},
       {strict(1),
-       "BadArgument: No overload of 'strict' takes (Integer); there are:\n  (a: Boolean) -> Integer\n  (b: String) -> "
+       "BadArgument: No overload of 'f' takes (Integer); there are:\n  (a: Boolean) -> Integer\n  (b: String) -> "
        "Integer"},
-      {strict.object().call_named({}, {&name, 1}), "2"},
   });
 }
 

@@ -7,6 +7,8 @@ namespace {
 
 using namespace ling::testing;
 
+int shared = 1;
+
 struct Shape {
   explicit Shape(String called) : name(std::move(called)) {}
   virtual ~Shape() = default;
@@ -25,7 +27,6 @@ struct Square : Tagged, Shape {
 
 constinit const class_definition<Shape> shape_class("Shape", [](class_builder<Shape>& c) {
   c.module("test.shapes")
-      .doc("Something with an area.")
       .constructor("name", "A shape without an area.", [](const String& name) { return Shape(name); }, {"unnamed"})
       .field("note", "Whatever.", "empty")
       .property(
@@ -34,8 +35,11 @@ constinit const class_definition<Shape> shape_class("Shape", [](class_builder<Sh
       .property("area", "Its size.", &Shape::area)
       .method("describe", "prefix", "A sentence.",
               [](const Shape& self, const String& prefix) { return String("{} {}").arg(prefix, self.name); }, {"a"})
+      .method("twice", "number", "", [](const Shape&, int number) { return number * 2; })
+      .method("twice", "text", "", [](const Shape&, const String& text) { return String("{}{}").arg(text, text); })
       .class_method("unit", "", "The unit of all areas.", [] { return String("m2"); })
-      .constant("LIMIT", 100, "Nothing is larger.");
+      .property(
+          "shared", "", [] { return shared; }, [](int value) { shared = value; });
 });
 
 constinit const class_definition<Square> square_class("Square", [](class_builder<Square>& c) {
@@ -49,34 +53,70 @@ constinit const class_definition<Square> square_class("Square", [](class_builder
 
 const meta_field_untyped note("note");
 
-TEST(Class, MembersAnswerAsDescribed) {
-  const Class_Generic shape(shape_class.required());
-  const Any round = shape("circle");
-  EXPECT_TRUE(is_none(round.setFieldValue(note, 3)));
-  expect_outcomes({
-      {property(shape(), "name"), "unnamed"},
-      {call(round, "describe"), "a circle"},
-      {call(round, "describe", "the"), "the circle"},
-      {call(round, "unit"), "m2"},
-      {round.fieldValue(note), "3"},
-      {shape().fieldValue(note), "empty"},
-  });
-}
-
 TEST(Class, DescendantsInheritHideAndConvert) {
+  const Class_Generic shape(shape_class.required());
   const Any square = Class_Generic(square_class.required())(3);
   EXPECT_EQ(text(property(square, "name")), "square") << "a getter of the parent reads the parent's part of the data";
   EXPECT_TRUE(is_none(square.setPropertyValue(meta_property_untyped("name"), "other")));
+  EXPECT_TRUE(is_none(square.setFieldValue(note, 3)));
+  const Any unnamed = shape();
   expect_outcomes({
       {property(square, "area"), "9.5"},
       {property(square, "tag"), "7"},
       {call(square, "describe"), "a other"},
+      {call(square, "describe", "the"), "the other"},
+      {call(square, "unit"), "m2"},
+      {call(square, "twice", 3), "6"},
+      {call(square, "twice", "ab"), "abab"},
       {square.fieldValue(meta_field_untyped("corner")), "4"},
-      {square.fieldValue(note), "empty"},
+      {square.fieldValue(note), "3"},
+      {unnamed.fieldValue(note), "empty"},
+      {property(unnamed, "name"), "unnamed"},
   });
   EXPECT_NE(native_cast<Shape>(square), nullptr);
-  const Any shape = Class_Generic(shape_class.required())();
-  EXPECT_EQ(native_cast<Square>(shape), nullptr);
+  EXPECT_EQ(native_cast<Square>(unnamed), nullptr);
+}
+
+struct Blob {};
+constinit const class_definition<Blob> blob_class("Blob", [](class_builder<Blob>& c) {
+  c.module("test.shapes").parent(shape_class.required());
+});
+
+TEST(Class, IsCalledAndReadLikeAnyValue) {
+  const Class_Generic shape(shape_class.required());
+  const Class_Generic blob(blob_class.required());
+  const named_argument name = {"name", "oval"};
+  const meta_property_untyped shared_property("shared");
+  EXPECT_TRUE(is_none(shape().setPropertyValue(shared_property, 5)));
+  expect_outcomes({
+      {shape.signature(), "(name: String = \"unnamed\") -> Shape"},
+      {property(shape.object().call_named({}, {&name, 1}), "name"), "oval"},
+      {shape.propertyValue(shared_property), "5"},
+      {property(shape, "area"), "Error: The property 'area' is missing in 'Class'."},
+      {shape().boundMethod(meta_method_untyped("unit")).value()(), "m2"},
+      {blob.signature(), "() -> Blob"},
+      {blob("x"), "Error: The class test.shapes.Blob has no constructor."}, // that of other data makes none of it
+      {blob.object().call_named({}, {&name, 1}),
+       "BadArgument: Bad call of 'test.shapes.Blob': no parameter is named 'name'."},
+  });
+}
+
+TEST(Class, DescendsFromEachOtherOnceAndNeverFromItself) {
+  auto& first = *new object_value_class("First");
+  auto& second = *new object_value_class("Second");
+  auto& third = *new object_value_class("Third");
+  first.add_parent_unsafe(first);
+  second.add_parent_unsafe(first);
+  second.add_parent_unsafe(first);
+  first.add_parent_unsafe(second);
+  third.add_parent_unsafe(second);
+  third.add_parent_unsafe(first);
+  expect_outcomes({
+      {property(Class_Generic(first), "parents"), "[]"},
+      {property(Class_Generic(second), "parents"), "[<class First>]"},
+      {property(Class_Generic(third), "parents"), "[<class Second>, <class First>]"},
+      {third.ancestors().size(), "3"},
+  });
 }
 
 TEST(Class, ErrorsNameTheCulprit) {
@@ -95,6 +135,7 @@ TEST(Class, ErrorsNameTheCulprit) {
        "BadArgument: Bad call of 'name': the argument 'value' must be String, not Integer: 1"},
       {I_Callable_Generic::unchecked(describe->method)(5, "x"),
        "BadArgument: Bad call of 'test.shapes.Shape.describe': the argument 'self' must be Shape, not Integer: 5"},
+      {I_Callable_Generic::unchecked(describe->method)(make_computed<Any>([&] { return round; })), "a circle"},
       {I_Immutable::getClass()(), "Error: The interface ling.I_Immutable has no instances."},
       {Error::getClass().allocateInstance(), "Error: The class ling.Error has no default instance."},
   });
@@ -117,13 +158,22 @@ TEST(Class, MembersAddedLaterReachDescendantsWhileOthersLookThemUp) {
     }
     done = true;
   });
+  const auto constant = [](int value) { return make_function("constant", "", "", [value] { return value; }); };
+  child.add_field_unsafe("field", "child", "");
+  parent.add_field_unsafe("field", "hidden", "");
   parent.add_property_unsafe("own", Property::constant("hidden"));
   parent.add_property_unsafe("p0", Property::constant("replaced"));
+  parent.add_method_unsafe("method", constant(1));
+  parent.add_method_unsafe("method", constant(2));
+  const Any late = child.allocate_instance();
   expect_outcomes({
       {property(instance, "p999"), "999"},
       {property(instance, "p0"), "replaced"},
       {property(instance, "own"), "child"},
+      {call(instance, "method"), "2"},
+      {late.fieldValue(meta_field_untyped("field")), "child"},
       {child.properties().size(), "1001"},
+      {Property::unchecked(child.properties()[1]->property).read(instance), "replaced"},
   });
 }
 
@@ -135,6 +185,8 @@ constinit const class_definition<void> wrong_class("Wrong", [](class_builder<voi
   c.property("x", "", [](const Any&, const Any&) { return 1; });
 });
 
+constinit const class_definition<void> homeless_class("Homeless", [](class_builder<void>& c) { c.module("test..x"); });
+
 TEST(Class, BuildingReportsRecursionAndWrongAccessors) {
   EXPECT_FALSE(recursive_class.get().is_error());
   EXPECT_EQ(message(wrong_class.get()), "[property_builder::getter] Too many parameters in the getter function.");
@@ -143,6 +195,11 @@ TEST(Class, BuildingReportsRecursionAndWrongAccessors) {
                         .setter([](const Any&, const Any&, const Any&) {})
                         .build()),
             "[property_builder::setter] Too many parameters in the setter function.");
+  EXPECT_EQ(message(homeless_class.get()),
+            "A module name is made of parts between dots, none of them empty: 'test..x'.");
+  ASSERT_FALSE(initialize().is_error());
+  const class_registration registered{wrong_class};
+  EXPECT_TRUE(message(initialize()).starts_with("[property_builder::getter]"));
 }
 
 TEST(Class, ThatIsCountedEndsWithItsLastHandle) {

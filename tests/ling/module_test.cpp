@@ -54,8 +54,17 @@ TEST(Module, DeclaresWhatIsAddedToItFirst) {
       {call(other, "alias"), "1"},
       {qualname(first), "test.attributes.answer"},
       {qualname(Class_Generic(gadget_class.required())), "test.attributes.Gadget"},
+      {qualname(module), "test.attributes"},
       {property(module, "doc"), "hides"},
       {property(other, "doc"), ""},
+      {register_property("test.other", "answer", Property::constant(42)), "None"},
+      {property(other, "answer"), "42"},
+      {property(other, "importance"), "0"},
+      {other.setPropertyValue(meta_property_untyped("importance"), 10), "None"},
+      {other.setPropertyValue(meta_property_untyped("doc"), "told"), "None"},
+      {other.setPropertyValue(meta_property_untyped("inlined"), true), "None"},
+      {other.setPropertyValue(meta_property_untyped("inlined"), false), "None"},
+      {Tuple_Generic({other.importance(), other.doc(), other.isInlined()}), "(10, \"told\", false)"},
   });
 }
 
@@ -63,6 +72,7 @@ TEST(Module, FindsTypesByName) {
   const Module module = get_module("test.inlined").value();
   auto& gizmo = *new object_value_class("Gizmo");
   module.addClass(gizmo);
+  module.addClass(*new object_value_class("List"));  // hides nothing of the runtime
   EXPECT_FALSE(find_type("Gizmo")) << "only inlined modules lend their names";
   module.setInlined();
   const std::pair<const char*, Any> cases[] = {
