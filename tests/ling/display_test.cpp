@@ -34,18 +34,22 @@ constinit const class_definition<void> carrier_class("Carrier", [](class_builder
 TEST(Display, ShowsEveryKindOfValue) {
   const Class_Generic box(box_class.required());
   const std::pair<Any, const char*> cases[] = {
-      {-0.0,                                                     "-0.0"                          },
-      {1e22,                                                     "1e+22"                         },
-      {std::numeric_limits<double>::infinity(),                  "inf"                           },
-      {-std::numeric_limits<double>::quiet_NaN(),                "nan"                           },
-      {Tuple_Generic({"a\"\\\n\t\x01é", 1}),                    R"(("a\"\\\n\t\x01é", 1))"     },
-      {ByteArray("a\"\xE9\n"),                                   R"(b"a\"\xe9\n")"               },
-      {make_map({"a", 1, 2.5, None()}),                          "{\"a\": 1, 2.5: None}"         },
-      {make_set({"x"}),                                          "{\"x\"}"                       },
-      {box,                                                      "<class test.display.Box>"      },
-      {box.definedMethod(meta_method_untyped("open")).value(),   "<method test.display.Box.open>"},
-      {Class_Generic(plain_class.required()).allocateInstance(), "<test.display.Plain>"          },
-      {box("in"),                                                "<in>"                          },
+      {-0.0, "-0.0"},
+      {1e15, "1000000000000000.0"},
+      {1e16, "1e+16"},
+      {0.0001, "0.0001"},
+      {0.00001, "1e-05"},
+      {-std::numeric_limits<double>::infinity(), "-inf"},
+      {-std::numeric_limits<double>::quiet_NaN(), "nan"},
+      {Tuple_Generic({"a\"\\\n\r\t\x01\x7fé", 1}), R"(("a\"\\\n\r\t\x01\x7fé", 1))"},
+      {ByteArray("a\"\xE9\n"), R"(b"a\"\xe9\n")"},
+      {make_map({"a", 1, 2.5, None()}), "{\"a\": 1, 2.5: None}"},
+      {make_set({"x"}), "{\"x\"}"},
+      {box, "<class test.display.Box>"},
+      {box.definedMethod(meta_method_untyped("open")).value(), "<method test.display.Box.open>"},
+      {Class_Generic(plain_class.required()).allocateInstance(), "<test.display.Plain>"},
+      {make_function("f", "", "", [] {}), "<function f>"},
+      {box("in"), "<in>"},
   };
   for (const auto& [value, expected] : cases) {
     EXPECT_EQ(display(value).value().view(), expected);

@@ -8,11 +8,11 @@ using namespace ling::testing;
 TEST(Tuple, AnswersTheMethodsOfScripts) {
   const method_row rows[] = {
       {"at",      {-1},              "b"                                                              },
-      {"at",      {-3},              "BadArgument: Index out of range: -3, length: 2."                },
       {"atOr",    {7, 0},            "0"                                                              },
       {"indexOf", {"b"},             "1"                                                              },
       {"sliced",  {0, -1},           "(1,)"                                                           },
       {"concat",  {List_Generic{2}}, "(1, \"b\", 2)"                                                  },
+      {"repeat",  {2},               "(1, \"b\", 1, \"b\")"                                           },
       {"repeat",  {-2},              "()"                                                             },
       {"repeat",  {INT64_MAX},       "Error: 2 items repeated 9223372036854775807 times are too many."},
   };
