@@ -14,19 +14,21 @@ TEST(DateAndTime, ExistInTheCalendarAndOnTheClock) {
   const Class_Generic times = Time::getClass();
   const Any zoned = times(1, 2, 3, 4, 7'200, "CEST", 1);
   expect_outcomes({
-      {dates(2020, 2, 29), "2020-02-29"},
+      {dates(2000, 2, 29), "2000-02-29"},
       {dates(1900, 2, 29), "Error: The day 29 is not between 1 and 28."},
       {dates(2021, 13, 1), "Error: The month 13 is not between 1 and 12."},
-      {dates(2021, 4, 31), "Error: The day 31 is not between 1 and 30."},
       {dates(INT64_C(2147483648), 1, 1), "Error: The year 2147483648 is not between -2147483648 and 2147483647."},
       {times(23, 59, 59, 999'999'999), "23:59:59.999999999"},
       {times(8, 0, 0, 0, 86'399, "far east", 1), "08:00:00+23:59:59"},
       {times(24, 0, 0, 0), "Error: The hour 24 is not between 0 and 23."},
+      {times(0, 60, 0, 0), "Error: The minute 60 is not between 0 and 59."},
+      {times(0, 0, 60, 0), "Error: The second 60 is not between 0 and 59."},
       {times(0, 0, 0, 1'000'000'000), "Error: The nanosecond 1000000000 is not between 0 and 999999999."},
       {times(0, 0, 0, 0, -1, "", 0), "Error: The offset -1 is not between 0 and 86399."},
       {times(0, 0, 0, 0, None(), "", 2), "Error: The fold 2 is not between 0 and 1."},
       {Tuple_Generic({property(zoned, "offset"), property(zoned, "zoneName"), property(zoned, "fold")}),
        "(7200, \"CEST\", 1)"},
+      {property(times(1, 0, 0, 0, None(), "no zone"), "zoneName"), ""},
   });
 }
 
@@ -73,14 +75,12 @@ TEST(DateAndTime, RefuseOtherTexts) {
 TEST(DateAndTime, CompareAndHashByValue) {
   using enum ordering_value;
   const std::tuple<Any, Any, ordering_value> cases[] = {
-      {time_of("10:00"), time_of("10:00:00.000000001"), Less},
+      {date("-0001-12-31"), date("0000-01-01"), Less},
       {time_of("10:00+02:00"), time_of("09:00+01:00"), Equal},
       {time_of("00:30+01:00"), time_of("00:00Z"), Less},
       {time_of("10:00"), time_of("10:00Z"), Incomparable},
       {Time::getClass()(1, 0, 0, 0, 60, "a", 0), Time::getClass()(1, 0, 0, 0, 60, "b", 1), Equal},
       {date_time("2020-01-01T00:30+01:00"), date_time("2019-12-31T23:30Z"), Equal},
-      {date_time("2020-01-01T00:00"), date_time("2019-12-31T23:59:59.999"), Greater},
-      {date_time("2020-01-01T00:00"), date_time("2020-01-01T00:00Z"), Incomparable},
       {date_time("2020-01-01T00:00"), date("2020-01-01"), Incomparable},
   };
   for (const auto& [a, b, expected] : cases) {
@@ -92,9 +92,9 @@ TEST(DateAndTime, CompareAndHashByValue) {
 TEST(DateAndTime, CalculateWithinTheirBounds) {
   const Any leap_day = date("2020-02-29");
   const Any moment = date_time("2020-02-28T23:59:59.999999999+02:00");
+  const Any zoned = DateTime::getClass()(leap_day, Time::getClass()(1, 2, 3, 4, 7'200, "CEST"));
   const Any first = date_time("0001-01-01T00:00");
   expect_outcomes({
-      {property(leap_day, "dayNumber"), "18321"},
       {property(date("-0400-12-31"), "dayOfYear"), "366"},
       {property(date("-0001-01-01"), "weekday"), "5"},
       {call(leap_day, "__sub__", date("0001-01-01")), "737483"},
@@ -102,12 +102,13 @@ TEST(DateAndTime, CalculateWithinTheirBounds) {
       {call(leap_day, "__add__", std::int64_t{1} << 40),
        "Error: The day number 1099511646097 is not between -784353015833 and 784351576776."},
       {call(date("+2147483647-12-31"), "addDays", -INT64_C(1'568'704'592'609)), "-2147483648-01-01"},
-      {call(moment, "__add__", 1), "2020-02-29T00:00:00+02:00"},
       {call(moment, "__sub__", 86'400'000'000'000), "2020-02-27T23:59:59.999999999+02:00"},
+      {property(property(call(zoned, "addSeconds", 1), "time"), "zoneName"), "CEST"},
       {call(moment, "__sub__", date_time("2020-02-28T23:59:59Z")), "-7199000000001"},
-      {call(date_time("9999-12-31T23:59:59"), "secondsSince", first), "315537897599"},
       {call(date_time("9999-12-31T00:00"), "__sub__", first),
        "Error: The nanoseconds from 0001-01-01T00:00:00 to 9999-12-31T00:00:00 do not fit into 64 bits."},
+      {call(first, "__sub__", date_time("9999-12-31T00:00")),
+       "Error: The nanoseconds from 9999-12-31T00:00:00 to 0001-01-01T00:00:00 do not fit into 64 bits."},
       {call(moment, "__sub__", date_time("2020-01-01T00:00")),
        "Error: 2020-02-28T23:59:59.999999999+02:00 and 2020-01-01T00:00:00 have no difference: only one of them "
        "has an offset."},
