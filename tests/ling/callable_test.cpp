@@ -131,6 +131,7 @@ TEST(Multimethod, ChoosesTheNearestOverload) {
       {g.object().call_named({}, {&b, 1}), "one"},
       {g.object().call_named({&one, 1}, {&b, 1}), "two"},
       {g.object().call_named({}, {&a, 1}), "any"},
+      {strict.bindInstance(true)(), "1"}, // functions, each of which takes it as its first argument
       {g.doc(), "b\na, b\na\na"},
       {strict(1),
        "BadArgument: No overload of 'f' takes (Integer); there are:\n  (a: Boolean) -> Integer\n  (b: String) -> "
