@@ -14,12 +14,12 @@ TEST(Error, PartsAreReadAndWrittenAsProperties) {
   error.setValue(make_computed<Any>([] { return Any(7); }));
   const Any located = construct(EvaluationError::getClass(), "bad", None(), 3, 4);
   expect_outcomes({
-      {error.value(), "7"},
-      {property(error, "stack"), "line 1"},
-      {property(located, "line"), "3"},
-      {property(located, "column"), "4"},
-      {property(located, "length"), "None"},
+      {property(error,   "stack"),  "line 1"},
+      {property(located, "line"),   "3"     },
+      {property(located, "column"), "4"     },
+      {property(located, "length"), "None"  },
   });
+  EXPECT_TRUE(error.value().is_same(7)) << "a lazy value is forced";
   EXPECT_FALSE(BadArgument::cast(located));
   EXPECT_FALSE(Error::unknown().is_same(Error::unknown())) << "an unknown error is somebody's, not everybody's";
 }
