@@ -90,9 +90,9 @@ TEST(WeakReference, DoesNotKeepItsTarget) {
     ++deaths;
     found = call(reference, "lock");  // its own death does not revive it
   });
+  { const WeakReference short_lived(target); }  // the last one forgets the target, and leaves nothing behind
   reference = construct(WeakReference::getClass(), target);
   const WeakReference one(target);
-  { const WeakReference short_lived(target); }
   EXPECT_TRUE(one.lock().is_same(target));
   EXPECT_TRUE(call(reference, "lock").is_same(target));
   target = {};
