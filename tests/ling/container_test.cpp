@@ -128,18 +128,22 @@ TEST(Containers, CloneAllTheyHold) {
   for (const Any& grown : values("grown", Error("sterile"))) {
     const Any one = seed(grown);
     for (const Any& container : values(List_Generic{one}, make_map({1, one}), List_Generic{Tuple_Generic{one}})) {
-      const std::string copy = text(call(container, "deepClone"));
-      EXPECT_NE(copy.find(is_error_result(grown) ? "Error: sterile" : "\"grown\""), std::string::npos) << copy;
+      const Any copy = call(container, "deepClone");
+      EXPECT_EQ(is_error_result(copy), is_error_result(grown));
+      EXPECT_NE(text(copy).find(is_error_result(grown) ? "sterile" : "grown"), std::string::npos) << text(copy);
     }
   }
   const List_Generic inner{1};
   const HashMap_Generic map = make_map({"list", inner});
   const Tuple_Generic pair{1, "unchanged"};
-  const List_Generic list{inner, inner, Tuple_Generic{inner}, Error("an item like any other"), map, pair};
+  const List_Generic ring;
+  const Tuple_Generic link{ring};
+  ring.append(link);
+  const List_Generic list{inner, inner, Tuple_Generic{inner}, Error("an item like any other"), map, pair, link};
   list.append(Tuple_Generic{list});
   map.set("self", map);
   const auto copy = List_Generic::unchecked(call(list, "deepClone"));
-  ASSERT_EQ(copy.length(), 7u) << message(copy);
+  ASSERT_EQ(copy.length(), 8u) << message(copy);
   const auto map_copy = HashMap_Generic::unchecked(copy.at(4));
   EXPECT_FALSE(copy.at(0).is_same(inner));
   EXPECT_TRUE(copy.at(0).is_same(copy.at(1))) << "what was one list stays one list";
@@ -148,9 +152,11 @@ TEST(Containers, CloneAllTheyHold) {
   EXPECT_TRUE(map_copy.get("list").is_same(copy.at(0)));
   EXPECT_TRUE(map_copy.get("self").is_same(map_copy));
   EXPECT_TRUE(copy.at(5).is_same(pair));
-  EXPECT_TRUE(Tuple_Generic::unchecked(copy.at(6)).at(0).is_same(copy)) << "a list in itself";
+  EXPECT_TRUE(Tuple_Generic::unchecked(copy.at(7)).at(0).is_same(copy)) << "a list in itself";
+  const auto ring_copy = List_Generic::unchecked(Tuple_Generic::unchecked(copy.at(6)).at(0));
+  EXPECT_TRUE(ring_copy.at(0).is_same(copy.at(6))) << "a tuple in itself";
   EXPECT_TRUE(List_Generic::unchecked(call(list, "clone")).at(0).is_same(inner));
-  for (const auto& each : {list, copy}) {  // or they keep themselves alive
+  for (const auto& each : {list, copy, ring, ring_copy}) {  // or they keep themselves alive
     each.object().clear();
   }
   map.object().clear();
