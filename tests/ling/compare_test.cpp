@@ -260,6 +260,25 @@ TEST(Equality, OfMethodsIsThatOfTheirReceivers) {
   EXPECT_EQ(text(overloads.bindInstance(one)()), "1");
 }
 
+// One of several objects that stand for one thing.
+class stand_in final : public object_value_instance {
+ public:
+  explicit stand_in(const int& thing) : object_value_instance(label_class.required()), thing_(&thing) {}
+  std::uintptr_t identity() const noexcept override { return reinterpret_cast<std::uintptr_t>(thing_); }
+
+ private:
+  const int* const thing_;
+};
+
+TEST(Identity, IsThatOfWhatAnObjectStandsFor) {
+  const int things[] = {1, 2};
+  const Any one = make<stand_in>(things[0]), again = make<stand_in>(things[0]), other = make<stand_in>(things[1]);
+  EXPECT_EQ(object_id(one), object_id(again));
+  EXPECT_NE(object_id(one), object_id(other));
+  const I_Callable_Generic method = make_function("g", "self", "", [](const Any&) { return 1; });
+  expect_order(method.bindInstance(one), method.bindInstance(again), Equal);
+}
+
 // A chain that compares link by link, as deep as the data goes.
 struct Link {
   Any next;
