@@ -85,8 +85,6 @@ constinit const class_definition<Blob> blob_class("Blob", [](class_builder<Blob>
 TEST(Class, IsCalledAndReadLikeAnyValue) {
   const Class_Generic shape(shape_class.required());
   const Class_Generic blob(blob_class.required());
-  auto& plain_blob = *new object_value_class("PlainBlob");
-  plain_blob.add_parent_unsafe(blob.object());
   const named_argument name = {"name", "oval"};
   const meta_property_untyped shared_property("shared");
   EXPECT_TRUE(is_none(shape().setPropertyValue(shared_property, 5)));
@@ -101,8 +99,6 @@ TEST(Class, IsCalledAndReadLikeAnyValue) {
       {blob.object().call_named({}, {&name, 1}),
        "BadArgument: Bad call of 'test.shapes.Blob': no parameter is named 'name'."},
   });
-  const Any inherited = plain_blob.allocate_instance();
-  EXPECT_NE(native_cast<Blob>(inherited), nullptr);
 }
 
 TEST(Class, DescendsFromEachOtherOnceAndNeverFromItself) {

@@ -63,6 +63,8 @@ TEST(Decimal, ComparesAndHashesByValueWithNumbersOfAllKinds) {
       {"18446744073709551616",     18446744073709551616.0,            Equal       },
       {"1E-400",                   0.0,                               Greater     },
       {"Infinity",                 HUGE_VAL,                          Equal       },
+      {"-0.00",                    0,                                 Equal       },
+      {"1",                        decimal("1.5"),                    Less        },
       {"1",                        std::nan(""),                      Incomparable},
       {"1",                        true,                              Incomparable},
   };

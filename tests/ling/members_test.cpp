@@ -1,4 +1,4 @@
-// Members beyond those of the class: of one object, by meta-methods; and overloads with and without receiver.
+// Members beyond those of the class: of one object, by meta-methods, by hooks; and overloads with and without receiver.
 #include "ling/testing.h"
 
 namespace {
@@ -109,6 +109,37 @@ TEST(InstanceThreads, ChangeMembersAndFieldsAtOnce) {
       ASSERT_TRUE(remove_property(object, mine).value().value());
     }
   });
+}
+
+struct Bag {
+  Any x = Error("nothing in it");
+};
+constinit const class_definition<Bag> bag_class("Bag", [](class_builder<Bag>& c) {
+  static constexpr dynamic_member_hooks hooks{
+      [](const Any&, const name_entry& name) -> Any { return name.text == "size" ? Any(constant(99)) : Any(); },
+      [](const Any& self, const name_entry&) { return native_cast<Bag>(self)->x; },
+      [](const Any& self, const name_entry& name, const Any& value) -> Any {
+        native_cast<Bag>(self)->x = value;
+        return name.text == "locked" ? Any(Error("locked")) : Any();
+      },
+  };
+  c.module("test.members").constant("fixed", 1, "").hooks(hooks);
+});
+
+TEST(Hooks, AnswerForMembersThatTheClassDoesNotRegister) {
+  auto& derived = *new object_value_class("DerivedBag");
+  derived.add_parent_unsafe(bag_class.required());
+  for (const Any& bag : {bag_class.required().allocate_instance(), derived.allocate_instance()}) {
+    expect_outcomes({
+        {property(bag,                                         "fixed"), "1"                   },
+        {property(bag,                                         "x"),     "Error: nothing in it"},
+        {bag.setPropertyValue(meta_property_untyped("locked"), 1),       "Error: locked"       },
+        {bag.setPropertyValue(x_property,                      4),       "None"                },
+        {property(bag,                                         "x"),     "4"                   },
+        {call(bag,                                             "size"),  "99"                  },
+    });
+    EXPECT_FALSE(raw_method_of(bag, meta_method_untyped("size")));
+  }
 }
 
 TEST(Multimethod, ListsItsIndependentFunctions) {
