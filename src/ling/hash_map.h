@@ -20,7 +20,6 @@ class None;
 
 namespace internal {
 class key_table;
-}
 
 // What there is under a key.
 struct key_lookup {
@@ -28,6 +27,7 @@ struct key_lookup {
   bool found = false;
   Any value = {};
 };
+}  // namespace internal
 
 class LING_API object_value_hash_map final : public object_value {
  public:
@@ -39,10 +39,12 @@ class LING_API object_value_hash_map final : public object_value {
   object_value_class& object_class() const override;
 
   std::size_t length() const noexcept;
-  key_lookup find(const Any& key) const;
+  internal::key_lookup find(const Any& key) const;
   Result<Boolean> contains(const Any& key) const;
   Result<None> set(const Any& key, Any value);
-  key_lookup remove(const Any& key);
+  // The same; an Error, too, when the key or the value is not of the map's type.
+  Result<None> set_checked(const Any& key, const Any& value);
+  internal::key_lookup remove(const Any& key);
   void clear() noexcept;
   std::vector<std::pair<Any, Any>> copy_pairs() const;
   std::vector<Any> copy_keys() const;
@@ -67,8 +69,8 @@ class LING_API HashMap_Generic : public Handle<HashMap_Generic, object_value_has
   // The value, or `otherwise` when the key is not there.
   Any get(const Any& key, const Any& otherwise = {}) const;
   void set(const Any& key, const Any& value) const;  // the key must be immutable
-  // An Error when the key is not immutable or the key or value is not of the map's type.
-  Result<None> setChecked(const Any& key, const Any& value) const;
+  // None, or an Error when the key is not immutable or the key or value is not of the map's type.
+  Any setChecked(const Any& key, const Any& value) const { return object().set_checked(key, value); }
   bool remove(const Any& key) const;
   Type keysType() const;
   Type valuesType() const;

@@ -28,6 +28,8 @@ class LING_API object_value_hash_set final : public object_value {
   // An Error when the value is not immutable or cannot be compared.
   Result<Boolean> contains(const Any& value) const;
   Result<Boolean> insert(const Any& value);  // whether it was not there before
+  // The same; an Error, too, when the value is not of the set's type.
+  Result<Boolean> insert_checked(const Any& value);
   Result<Boolean> remove(const Any& value);  // whether it was there
   void clear() noexcept;
   std::vector<Any> copy_items() const;
@@ -48,7 +50,7 @@ class LING_API HashSet_Generic : public Handle<HashSet_Generic, object_value_has
   std::vector<Any> copyItems() const { return object().copy_items(); }
   bool contains(const Any& value) const;
   // Whether the value was not there before; an Error for one that is not immutable or not of the set's type.
-  Result<Boolean> insert(const Any& value) const;
+  Any insert(const Any& value) const { return object().insert_checked(value); }
   bool remove(const Any& value) const;
   Type elementsType() const;
 

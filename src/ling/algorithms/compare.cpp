@@ -186,7 +186,7 @@ ordering_value comparison::compare_maps(const HashMap_Generic& a, const HashMap_
     return ordering_value::Incomparable;
   }
   for (const auto& [key, value] : pairs) {
-    key_lookup other = b.object().find(key);
+    internal::key_lookup other = b.object().find(key);
     if (!other.error.empty()) {
       return fail(std::move(other.error));
     }

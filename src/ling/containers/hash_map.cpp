@@ -1,8 +1,8 @@
 // HashMaps: the operations.
 #include "ling/hash_map.h"
 
-#include "ling/containers/container_errors.h"
 #include "ling/containers/key_table.h"
+#include "ling/detail/container_errors.h"
 #include "ling/detail/try.h"
 #include "ling/interfaces.h"
 
@@ -21,17 +21,23 @@ object_value_hash_map::~object_value_hash_map() = default;
 
 std::size_t object_value_hash_map::length() const noexcept { return table_->length(); }
 
-key_lookup object_value_hash_map::find(const Any& key) const { return table_->find(key); }
+internal::key_lookup object_value_hash_map::find(const Any& key) const { return table_->find(key); }
 
 Result<Boolean> object_value_hash_map::contains(const Any& key) const {
-  return internal::answer(table_->find(key), true);
+  return internal::answer(table_->contains(key), true);
 }
 
 Result<None> object_value_hash_map::set(const Any& key, Any value) {
   return Result<None>::unchecked(table_->store(key, std::move(value)).error);
 }
 
-key_lookup object_value_hash_map::remove(const Any& key) { return table_->remove(key); }
+Result<None> object_value_hash_map::set_checked(const Any& key, const Any& value) {
+  TRY(internal::check_type_argument(object_class(), 0, words.key, key));
+  TRY(internal::check_type_argument(object_class(), 1, "value", value));
+  return set(key, value);
+}
+
+internal::key_lookup object_value_hash_map::remove(const Any& key) { return table_->remove(key); }
 
 void object_value_hash_map::clear() noexcept { table_->clear(); }
 
@@ -50,11 +56,10 @@ Any object_value_hash_map::clone() const {
 }
 
 Result<None> object_value_hash_map::extend(const I_Map_Generic& map) {
-  const auto self = HashMap_Generic::unchecked(Any::share(this));
   std::vector<std::pair<Any, Any>> pairs;
   TRY(map.pairs(pairs));
   for (const auto& [key, value] : pairs) {
-    TRY(self.setChecked(key, value));
+    TRY(set_checked(key, value));
   }
   return None();
 }
@@ -68,7 +73,7 @@ bool HashMap_Generic::contains(const Any& key) const {
 }
 
 Any HashMap_Generic::get(const Any& key, const Any& otherwise) const {
-  key_lookup outcome = object().find(key);
+  internal::key_lookup outcome = object().find(key);
   internal::tolerate_error(outcome.error);
   return outcome.found ? std::move(outcome.value) : otherwise;
 }
@@ -79,14 +84,8 @@ void HashMap_Generic::set(const Any& key, const Any& value) const {
   assert(!outcome.is_error());
 }
 
-Result<None> HashMap_Generic::setChecked(const Any& key, const Any& value) const {
-  TRY(internal::check_type_argument(object().object_class(), 0, words.key, key));
-  TRY(internal::check_type_argument(object().object_class(), 1, "value", value));
-  return object().set(key, value);
-}
-
 bool HashMap_Generic::remove(const Any& key) const {
-  const key_lookup outcome = object().remove(key);
+  const internal::key_lookup outcome = object().remove(key);
   internal::tolerate_error(outcome.error);
   return outcome.found;
 }

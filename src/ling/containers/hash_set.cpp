@@ -1,8 +1,8 @@
 // HashSets: the operations.
 #include "ling/hash_set.h"
 
-#include "ling/containers/container_errors.h"
 #include "ling/containers/key_table.h"
+#include "ling/detail/container_errors.h"
 #include "ling/detail/iterator.h"
 #include "ling/detail/try.h"
 
@@ -21,9 +21,16 @@ object_value_hash_set::~object_value_hash_set() = default;
 
 std::size_t object_value_hash_set::length() const noexcept { return table_->length(); }
 
-Result<Boolean> object_value_hash_set::contains(const Any& value) const { return answer(table_->find(value), true); }
+Result<Boolean> object_value_hash_set::contains(const Any& value) const {
+  return answer(table_->contains(value), true);
+}
 
 Result<Boolean> object_value_hash_set::insert(const Any& value) { return answer(table_->store(value, {}), false); }
+
+Result<Boolean> object_value_hash_set::insert_checked(const Any& value) {
+  TRY(internal::check_type_argument(object_class(), 0, words.key, value));
+  return insert(value);
+}
 
 Result<Boolean> object_value_hash_set::remove(const Any& value) { return answer(table_->remove(value), true); }
 
@@ -40,11 +47,10 @@ Any object_value_hash_set::clone() const {
 }
 
 Result<None> object_value_hash_set::extend(const Any& iterable) {
-  const auto self = HashSet_Generic::unchecked(Any::share(this));
   std::vector<Any> items;
   TRY(internal::collect(iterable, items));
   for (const Any& item : items) {
-    TRY(self.insert(item));
+    TRY(insert_checked(item));
   }
   return None();
 }
@@ -55,11 +61,6 @@ bool HashSet_Generic::contains(const Any& value) const {
   const Result<Boolean> found = object().contains(value);
   internal::tolerate_error(found);
   return found && found.value().value();
-}
-
-Result<Boolean> HashSet_Generic::insert(const Any& value) const {
-  TRY(internal::check_type_argument(object().object_class(), 0, words.key, value));
-  return object().insert(value);
 }
 
 bool HashSet_Generic::remove(const Any& value) const {

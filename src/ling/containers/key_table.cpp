@@ -2,7 +2,7 @@
 #include "ling/containers/key_table.h"
 
 #include "ling/algorithms/equality.h"
-#include "ling/containers/container_errors.h"
+#include "ling/detail/container_errors.h"
 #include "ling/detail/try.h"
 #include "ling/interfaces.h"
 #include "ling/reflection.h"
@@ -160,6 +160,12 @@ key_lookup key_table::find(const Any& key) const {
     outcome.value = entries_.at(search.position()).value;
   }
   return outcome;
+}
+
+key_lookup key_table::contains(const Any& key) const {
+  key_search search(key);
+  std::unique_lock guard(lock_, std::defer_lock);
+  return search.run(names_.key, guard, entries_);
 }
 
 key_lookup key_table::store(const Any& key, Any value) {

@@ -25,6 +25,8 @@ class key_table {
 
   std::size_t length() const noexcept;
   key_lookup find(const Any& key) const;
+  // The same without the value.
+  key_lookup contains(const Any& key) const;
   // Puts the value under the key, after all others when it is new. Tells whether it was there, not what stood there.
   key_lookup store(const Any& key, Any value);
   // Takes out the key and the value.

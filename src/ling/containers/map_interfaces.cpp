@@ -1,5 +1,5 @@
 // The interfaces of maps and sets: the runtime's containers directly, other values through their members.
-#include "ling/containers/container_errors.h"
+#include "ling/detail/container_errors.h"
 #include "ling/detail/interface_call.h"
 #include "ling/detail/try.h"
 #include "ling/hash_set.h"
@@ -19,7 +19,7 @@ object_value_hash_set* as_hash_set(const Any& value) noexcept {
   return value.type() == ObjectType::HashSet ? static_cast<object_value_hash_set*>(value.get()) : nullptr;
 }
 
-Result<Any> value_or_missing(const Any& key, key_lookup outcome) {
+Result<Any> value_or_missing(const Any& key, internal::key_lookup outcome) {
   if (!outcome.error.empty()) {
     return Result<Any>::unchecked(std::move(outcome.error));
   }
@@ -65,7 +65,7 @@ Result<Any> I_Map_Generic::get(const Any& key, const Any& otherwise) const {
   if (map == nullptr) {
     return promised<Any>(call_member(*this, members::get, key, otherwise));
   }
-  key_lookup outcome = map->find(key);
+  internal::key_lookup outcome = map->find(key);
   return Result<Any>::unchecked(outcome.found           ? std::move(outcome.value)
                                 : outcome.error.empty() ? otherwise
                                                         : std::move(outcome.error));
@@ -119,8 +119,8 @@ Any I_Map_Generic::createInstance(const Type& key, const Type& value) {
 }
 
 Result<None> I_MutableMap_Generic::set(const Any& key, const Any& value) const {
-  if (as_hash_map(*this) != nullptr) {
-    return HashMap_Generic::unchecked(*this).setChecked(key, value);
+  if (auto* map = as_hash_map(*this)) {
+    return map->set_checked(key, value);
   }
   return done(call_member(*this, members::set, key, value));
 }
@@ -155,8 +155,8 @@ Class_Generic I_Set_Generic::genericInstance(const Type& element) {
 }
 
 Result<Boolean> I_MutableSet_Generic::insert(const Any& value) const {
-  if (as_hash_set(*this) != nullptr) {
-    return HashSet_Generic::unchecked(*this).insert(value);
+  if (auto* set = as_hash_set(*this)) {
+    return set->insert_checked(value);
   }
   return promised<Boolean>(call_member(*this, members::insert, value));
 }
