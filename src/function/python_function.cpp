@@ -124,9 +124,14 @@ String object_value_python_function::name() const {
     return {};
   }
   const GilGuard gil;
-  // The second one only where the first gives no text: either may be code that runs.
-  const String qualified = text_attribute(function(), "__qualname__");
-  return qualified.empty() ? text_attribute(function(), "__name__") : qualified;
+  // The second one only where there is no first: either may be code that runs.
+  const PyObjectPtr qualified(PyObject_GetAttrString(function(), "__qualname__"));
+  const bool is_missing = !qualified && PyErr_ExceptionMatches(PyExc_AttributeError) != 0;
+  drop_exception();
+  if (is_missing || (qualified && !PyUnicode_Check(qualified.get()))) {
+    return text_attribute(function(), "__name__");
+  }
+  return text_of(qualified.get(), surrogates::escape);
 }
 
 Result<Signature> object_value_python_function::signature() const {
