@@ -138,13 +138,27 @@ Error placed_error(const fetched_exception& exception, int line_shift, int colum
 
 // --- the host to Python ----------------------------------------------------------------------------------------------
 
-// Whether the error was made for an exception that ends more than an operation, which then is pending again.
-bool raise_interruption(const Error& error) {
-  const PyObjectPtr exception = error.isInterruption() ? python_object_of(error.object().value()) : PyObjectPtr();
-  if (exception) {
-    PyErr_SetObject(reinterpret_cast<PyObject*>(Py_TYPE(exception.get())), exception.get());
+// Whole texts, zero bytes included.
+void raise_text(PyObject* type, const String& message) {
+  const PyObjectPtr text = to_python_locked(message);
+  if (text) {
+    PyErr_SetObject(type, text.get());
   }
-  return static_cast<bool>(exception);
+}
+
+// Whether the error ends more than an operation. The exception that it was made for then is pending again; one that the
+// host has made itself is a KeyboardInterrupt.
+bool raise_interruption(const Error& error) {
+  if (!error.isInterruption()) {
+    return false;
+  }
+  const PyObjectPtr exception = python_object_of(error.object().value());
+  if (exception && PyExceptionInstance_Check(exception.get())) {
+    PyErr_SetObject(reinterpret_cast<PyObject*>(Py_TYPE(exception.get())), exception.get());
+  } else {
+    raise_text(PyExc_KeyboardInterrupt, error.message());
+  }
+  return true;
 }
 
 PyObject* exception_type_for(const Error& error) {
@@ -156,25 +170,19 @@ PyObject* exception_type_for(const Error& error) {
 template <class F>
 void raise_within_memory(const Error& error, const F& raise) noexcept {
   try {
-    if (!error.is_same(Error::outOfMemory())) {
-      raise();
-      return;
-    }
-  } catch (const Error& interruption) {
-    if (raise_interruption(interruption)) {
-      return;
+    try {
+      if (!error.is_same(Error::outOfMemory())) {
+        raise();
+        return;
+      }
+    } catch (const Error& interruption) {
+      if (raise_interruption(interruption)) {
+        return;
+      }
     }
   } catch (...) {
   }
   PyErr_NoMemory();
-}
-
-// Whole texts, zero bytes included.
-void raise_text(PyObject* type, const String& message) {
-  const PyObjectPtr text = to_python_locked(message);
-  if (text) {
-    PyErr_SetObject(type, text.get());
-  }
 }
 
 // An exception of the type with the error as its attribute "ling"; null when it cannot be made for another reason than
