@@ -47,6 +47,8 @@ def faults_of(path, included, files):
     if included in files and here != there:
         if FLOOR[there] >= FLOOR[here]:
             yield f"{path} includes {included}, which is not below"
+        if there.startswith("ling/") and there != "ling/detail" and not here.startswith("ling"):
+            yield f"{path} includes {included}, which only the runtime sees"
         if here in HOSTS and there != "ling":
             yield f"{path} includes {included}, which hosts do not see"
     for library, reader in LIBRARIES:

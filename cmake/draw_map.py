@@ -23,7 +23,6 @@ WAYS = {
         ("bridge/to_python.cpp", "to_python_locked"),
         ("python/function_body.cpp", "append_function_body"),
         ("bridge/python_source.cpp", "call_builtin"),
-        ("bridge/error_bridge.cpp", "exception_to_error"),
         ("bridge/from_python.cpp", "from_python_locked"),
     ]),
     "Python reads w.name": ("#1f6f9f", [

@@ -4,6 +4,7 @@
 #include "python/error_bridge.h"
 #include "python/instance_test.h"
 #include "python/module_attribute.h"
+#include "python/recursion_guard.h"
 
 namespace ling::cpython {
 
@@ -12,23 +13,6 @@ namespace {
 // Each direction keeps the class that it found first.
 constinit const module_attribute decimal_class_to_python("decimal", "Decimal");
 constinit const module_attribute decimal_class_from_python("decimal", "Decimal");
-
-// A text that claims to be a decimal, and is its own text besides, would be converted for ever.
-class [[nodiscard]] recursion_guard {
- public:
-  recursion_guard() noexcept : entered_(Py_EnterRecursiveCall(" while converting a decimal") == 0) {}
-  ~recursion_guard() {
-    if (entered_) {
-      Py_LeaveRecursiveCall();
-    }
-  }
-  recursion_guard(const recursion_guard&) = delete;
-  recursion_guard& operator=(const recursion_guard&) = delete;
-  bool entered() const noexcept { return entered_; }
-
- private:
-  const bool entered_;
-};
 
 }  // namespace
 
@@ -44,8 +28,9 @@ bool is_decimal(PyObject* object) {
 }
 
 Any decimal_from_python(PyObject* object) {
-  const recursion_guard guard;
-  const PyObjectPtr text(guard.entered() ? PyObject_Str(object) : nullptr);
+  // A text that claims to be a decimal, and is its own text besides, would be converted for ever.
+  const recursion_guard guard(" while converting a decimal");
+  const PyObjectPtr text(guard ? PyObject_Str(object) : nullptr);
   if (!text) {
     return capture_error_or("Unable to convert Python decimal to string.");
   }

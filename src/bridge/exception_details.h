@@ -1,5 +1,6 @@
 // What Python exceptions tell: their texts, and where in the source they say they happened. The lock must be held and
 // no exception be pending; none is left behind.
+// Defined in exception_text.cpp and error_position.cpp.
 #pragma once
 
 #include "ling/error.h"

@@ -40,7 +40,7 @@ PyObjectPtr make_exception_type(const Class_Generic& error_class) {
 
 // Making a class may run a garbage collection and so give the lock away: another thread may have been faster. Its class
 // is kept and this one released.
-PyObject* publish(object_value_class& error_class, PyObjectPtr exception_type) {
+PyObject* keep(object_value_class& error_class, PyObjectPtr exception_type) {
   auto pair = std::make_unique<class_pair>(class_pair{&error_class, exception_type.get(), nullptr});
   const class_pair* head = pairs.load(std::memory_order_acquire);
   do {
@@ -70,7 +70,7 @@ PyObject* exception_type_of(const Class_Generic& error_class) {
     tolerate_exception();
     return PyExc_RuntimeError;
   }
-  return publish(error_class.object(), std::move(made));
+  return keep(error_class.object(), std::move(made));
 }
 
 object_value_class* error_class_of(PyTypeObject* exception_type) noexcept {

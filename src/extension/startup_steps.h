@@ -1,4 +1,5 @@
 // The steps of the interpreter's start, in the order in which they are taken.
+// Defined in the files of their names: interpreter_library_….cpp, module_tree.cpp, importer.cpp.
 #pragma once
 
 namespace ling::cpython {

@@ -2,6 +2,7 @@
 // compares and hashes pointers, never text. Interned names live for the life of the process: names are interned where
 // something is declared, and looked up, whatever a script or its data asks for, without being interned
 // (`name_to_look_up`).
+//
 // Threads: any.
 #pragma once
 

@@ -5,6 +5,8 @@
 // A class that has the meta-method of an operation (`__property__`, `__removeMethod__`, …) answers for its instances.
 //
 // Threads: any. Foreign code (meta-methods, hooks, getters) runs on the calling thread without any lock of the runtime.
+//
+// Defined in classes/class_of.cpp, member_lookup.cpp and member_access.cpp, what works on any value in algorithms/.
 #pragma once
 
 #include "ling/boolean.h"

@@ -14,11 +14,11 @@ namespace ling::cpython {
 namespace {
 
 // The items of a Python tuple as a row of values.
-class argument_row {
+class converted_arguments {
  public:
-  explicit argument_row(PyObject* tuple);
-  argument_row(const argument_row&) = delete;
-  argument_row& operator=(const argument_row&) = delete;
+  explicit converted_arguments(PyObject* tuple);
+  converted_arguments(const converted_arguments&) = delete;
+  converted_arguments& operator=(const converted_arguments&) = delete;
 
   // The Error of an item that does not fit into a value; null when all do.
   const Any* failure() const noexcept { return failure_; }
@@ -31,7 +31,7 @@ class argument_row {
   std::unique_ptr<Any[]> more_;
 };
 
-argument_row::argument_row(PyObject* tuple) : length_(static_cast<std::size_t>(PyTuple_Size(tuple))) {
+converted_arguments::converted_arguments(PyObject* tuple) : length_(static_cast<std::size_t>(PyTuple_Size(tuple))) {
   if (length_ > few_.size()) {
     more_ = std::make_unique<Any[]>(length_);
   }
@@ -78,7 +78,7 @@ slot_result call(const Any& value, PyObject* arguments, PyObject* keywords) {
     return slot_result(slot_exception::runtime_error, String("Non-callable object: {}").arg(display_text(value)));
   }
   const auto& callable = static_cast<const object_value_callable&>(*value.get());
-  const argument_row positional(arguments);
+  const converted_arguments positional(arguments);
   if (positional.failure() != nullptr) [[unlikely]] {
     return runtime_error(Error::unchecked(*positional.failure()));
   }

@@ -115,12 +115,13 @@ struct fnv1a_hash {
 
 // From a class to its type. Nothing is ever removed. Outlives all static objects, since wrappers are made until the
 // process ends.
-struct type_table {
+struct wrapper_types {
   spinlock lock;
-  std::unordered_map<const object_value_class*, PyTypeObject*, fnv1a_hash> types{8};  // with a load factor of 1
+  std::unordered_map<const object_value_class*, PyTypeObject*, fnv1a_hash> types{
+      8};  // at least, with a load factor of 1
 };
-type_table& class_types() {
-  static internal::immortal<type_table> table;
+wrapper_types& class_types() {
+  static internal::immortal<wrapper_types> table;
   return table.object;
 }
 

@@ -2,7 +2,6 @@
 #include "ling/published.h"
 #include "lingobject/dir_listing.h"
 #include "lingobject/slot_bodies.h"
-#include "lingobject/slot_tables.h"
 #include "lingobject/type_objects.h"
 
 #include <array>

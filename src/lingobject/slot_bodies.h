@@ -1,5 +1,6 @@
 // What wrappers do: a function for each slot. Most are bodies for the trampolines of slots.h; those that answer other
 // kinds of results are slots as they stand, which throw nothing and set an exception. The lock is held.
+// Defined in get_attribute.cpp, set_attribute.cpp, text_slots.cpp, iteration_slots.cpp, item_slots.cpp, call_slot.cpp.
 #pragma once
 
 #include "lingobject/slots.h"

@@ -1,8 +1,7 @@
 // Which slot holds what.
-#include "lingobject/slot_tables.h"
-
 #include "lingobject/operators.h"
 #include "lingobject/slot_bodies.h"
+#include "lingobject/type_objects.h"
 
 namespace ling::cpython {
 

@@ -10,6 +10,7 @@
 #include "python/convert.h"
 #include "python/error_bridge.h"
 #include "python/pyobject_ptr.h"
+#include "python/recursion_guard.h"
 
 namespace ling::cpython {
 
@@ -184,23 +185,5 @@ int setter_slot(PyObject* self, PyObject* value, void* closure) noexcept {
   return guarded<int>(-1,
                       [&] { return Body(value_in(self), static_cast<const name_entry*>(closure), value).to_status(); });
 }
-
-// Counts a call into the host against Python's recursion limit, so that recursion through both ends in RecursionError.
-class [[nodiscard]] recursion_guard {
- public:
-  recursion_guard() noexcept : entered_(Py_EnterRecursiveCall(" in a call of the host") == 0) {}
-  ~recursion_guard() {
-    if (entered_) {
-      Py_LeaveRecursiveCall();
-    }
-  }
-  recursion_guard(const recursion_guard&) = delete;
-  recursion_guard& operator=(const recursion_guard&) = delete;
-  // Whether there is room; otherwise the exception is set.
-  explicit operator bool() const noexcept { return entered_; }
-
- private:
-  const bool entered_;
-};
 
 }  // namespace ling::cpython

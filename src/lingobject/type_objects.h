@@ -16,4 +16,16 @@ PyTypeObject* shared_type_of(std::uint64_t class_flags);
 // The base of all types made for one class.
 PyTypeObject* shared_callable_type();
 
+// The tables of operator slots that they point to. Constant, shared by all types.
+
+// Of every wrapper type.
+extern number_methods wrapper_numbers;
+
+// Every wrapper type has one of these.
+extern sequence_methods minimal_sequence;     // + and +=
+extern sequence_methods membership_sequence;  // `in` as well
+extern sequence_methods full_sequence;
+// Of the types with one of the last two.
+extern mapping_methods wrapper_mapping;
+
 }  // namespace ling::cpython

@@ -1,5 +1,5 @@
 // Python's mappings.
-#include "ling/containers/container_errors.h"
+#include "ling/detail/container_errors.h"
 #include "ling/detail/try.h"
 #include "proxies/collection_proxies.h"
 #include "proxies/method_call.h"

@@ -120,7 +120,7 @@ String class_name(PyObject* type) {
 
 // From a type to its class, as long as there is one. The class keeps the type and leaves the table before it lets go of
 // it, so an address never means another type.
-class type_table {
+class class_table {
  public:
   // Empty when the type has no class.
   Any find(PyObject* type) noexcept {
@@ -158,8 +158,8 @@ class type_table {
   std::unordered_map<PyObject*, object_value_python_type*> classes_;
 };
 
-type_table& known_types() {
-  static internal::immortal<type_table> table;  // outlives all static objects
+class_table& known_types() {
+  static internal::immortal<class_table> table;  // outlives all static objects
   return table.object;
 }
 

@@ -1,6 +1,7 @@
 // The interpreter lock. The interpreter is entered from any host thread and the lock is never kept between calls:
 // whatever touches a Python object opens a GilGuard first. No lock is taken unless the interpreter runs
 // (`ensure_interpreter`).
+// Defined in thread_state.cpp.
 #pragma once
 
 #include "python/python_api.h"

@@ -1,5 +1,5 @@
 // Errors and checks of containers.
-#include "ling/containers/container_errors.h"
+#include "ling/detail/container_errors.h"
 
 #include "ling/reflection.h"
 

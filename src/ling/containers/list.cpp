@@ -4,8 +4,8 @@
 #include "ling/list.h"
 
 #include "ling/algorithms/equality.h"
-#include "ling/containers/container_errors.h"
 #include "ling/containers/merge_sort.h"
+#include "ling/detail/container_errors.h"
 #include "ling/detail/iterator.h"
 #include "ling/detail/slice.h"
 #include "ling/detail/try.h"

@@ -1,6 +1,6 @@
 // The interfaces of iteration and of sequences: the runtime's containers directly, other values through their members.
 #include "ling/algorithms/equality.h"
-#include "ling/containers/container_errors.h"
+#include "ling/detail/container_errors.h"
 #include "ling/detail/interface_call.h"
 #include "ling/detail/iterator.h"
 #include "ling/detail/try.h"

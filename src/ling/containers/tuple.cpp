@@ -2,7 +2,7 @@
 #include "ling/tuple.h"
 
 #include "ling/algorithms/equality.h"
-#include "ling/containers/container_errors.h"
+#include "ling/detail/container_errors.h"
 #include "ling/detail/slice.h"
 
 #include <cassert>

@@ -1,5 +1,5 @@
 // The class Tuple.
-#include "ling/containers/container_errors.h"
+#include "ling/detail/container_errors.h"
 #include "ling/detail/definitions.h"
 #include "ling/detail/iterator.h"
 #include "ling/detail/try.h"
