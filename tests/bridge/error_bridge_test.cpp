@@ -137,6 +137,10 @@ TEST_F(ErrorBridge, LetsARequestToStopTravelThroughTheHost) {
     EXPECT_FALSE(to_python(error));
     EXPECT_EQ(take_pending().get(), instance.get()) << raised;
   }
+  const Error of_the_host = Error::interruption("enough");
+  of_the_host.setValue(from_python(eval("object()").get()));
+  EXPECT_FALSE(to_python(of_the_host));
+  EXPECT_EQ(repr(take_pending()), "KeyboardInterrupt('enough')");
 }
 
 TEST_F(ErrorBridge, MirrorsAClassOfErrorsByOnePythonClass) {
