@@ -24,16 +24,16 @@ bool failed_in_python_code() noexcept;
 // From now on those do not fail: some versions of the interpreter do not survive it.
 void spare_python_code() noexcept;
 
-// Lets the plan rest for a scope.
-class [[nodiscard]] respite {
+// For a scope: whether the plan, which rests elsewhere meanwhile, is for this thread.
+class [[nodiscard]] exposure {
  public:
-  respite() noexcept;
-  ~respite();
-  respite(const respite&) = delete;
-  respite& operator=(const respite&) = delete;
+  explicit exposure(bool exposed) noexcept;
+  ~exposure();
+  exposure(const exposure&) = delete;
+  exposure& operator=(const exposure&) = delete;
 
  private:
-  const bool was_armed_;
+  const bool was_exposed_;
 };
 
 // Blocks of memory that the whole process holds.

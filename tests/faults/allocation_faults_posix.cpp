@@ -24,20 +24,20 @@ namespace faults {
 namespace {
 
 struct state {
-  bool armed = false;
-  plan what_fails{};
+  plan what_fails;
   std::size_t seen = 0;
   std::size_t failed = 0;
   bool in_python_code = false;
 };
-constinit thread_local state current;
+constinit state current{};
+constinit thread_local bool exposed = false;
 
 constinit std::atomic<long long> blocks{0};
 constinit std::atomic<bool> shown{false};
 constinit std::atomic<bool> spared{false};
 
 void look_at_stack() noexcept {
-  const respite unarmed;
+  const exposure rest(false);
   void* frames[64];
   const int count = backtrace(frames, 64);
   current.in_python_code = false;
@@ -56,7 +56,7 @@ void look_at_stack() noexcept {
 }
 
 bool must_fail() noexcept {
-  if (!current.armed) [[likely]] {
+  if (!exposed) [[likely]] {
     return false;
   }
   const plan& what_fails = current.what_fails;
@@ -83,14 +83,17 @@ void* counted(void* block) noexcept {
 
 }  // namespace
 
-void arm(const plan& what_fails) noexcept { current = {true, what_fails, 0, 0, false}; }
+void arm(const plan& what_fails) noexcept {
+  current = {what_fails};
+  exposed = true;
+}
 std::size_t disarm() noexcept {
-  current.armed = false;
+  exposed = false;
   return current.failed;
 }
 bool failed_in_python_code() noexcept { return current.in_python_code; }
-respite::respite() noexcept : was_armed_(std::exchange(current.armed, false)) {}
-respite::~respite() { current.armed = was_armed_; }
+exposure::exposure(bool is_exposed) noexcept : was_exposed_(std::exchange(exposed, is_exposed)) {}
+exposure::~exposure() { exposed = was_exposed_; }
 long long live_blocks() noexcept { return blocks.load(std::memory_order_relaxed); }
 void spare_python_code() noexcept { spared.store(true, std::memory_order_relaxed); }
 void show_failures(bool is_shown) noexcept { shown.store(is_shown, std::memory_order_relaxed); }
@@ -108,10 +111,6 @@ void* calloc(std::size_t count, std::size_t size) noexcept {
 void* realloc(void* block, std::size_t size) noexcept {
   if (block == nullptr) {
     return malloc(size);
-  }
-  if (size == 0) {
-    free(block);
-    return nullptr;
   }
   return faults::must_fail() ? nullptr : __libc_realloc(block, size);
 }

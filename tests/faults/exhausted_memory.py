@@ -10,9 +10,7 @@ import sys
 
 # What fills memory, as the body of a function.
 FILLING = {
-    "append": "l = ling.List()\nwhile True: l.append('x' * 100_000)",
     "map": "m = ling.HashMap()\nfor i in count(): m[i] = 'x' * 100_000",
-    "text": "s = ling.String('x')\nwhile True: s = ling.String(str(s) * 2)",
     "nested": "l = ling.List()\nwhile True: l = ling.List([l, l.deepClone()])",
     "evaluate": "ling.cpython.evaluate('l = []\\nwhile True: l.append(\"x\" * 100_000)')",
     "callback": "def f(x): return f(ling.List([x] * 200_000))\nling.cpython.CPythonFunction(f)(1)",
@@ -40,17 +38,13 @@ print('caught', str(ling.List(range(3)) + [4]), ling.cpython.evaluate_expr('6 * 
 LIMIT = 400_000_000  # bytes of address space
 
 
-def run(ling: str, filling: str, ending: str) -> subprocess.CompletedProcess:
-    code = PROGRAM.format(filling=filling.replace("\n", "\n    "), ending=ending)
-    return subprocess.run([ling, "run", "/dev/stdin"], input=code, text=True, capture_output=True, timeout=120,
-                          preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (LIMIT, LIMIT)))
-
-
 def main(ling: str) -> int:
     failed = 0
     for name, filling in FILLING.items():
         for ending, status in (("sys.exit(7)", 7), ("fill()", 1)):
-            done = run(ling, filling, ending)
+            code = PROGRAM.format(filling=filling.replace("\n", "\n    "), ending=ending)
+            done = subprocess.run([ling, "run", "/dev/stdin"], input=code, text=True, capture_output=True, timeout=120,
+                                  preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (LIMIT, LIMIT)))
             output = "begun\ncaught [0, 1, 2, 4] 42\nhandler\nfinalised\n"
             told = status == 7 or done.stderr.rstrip().endswith("MemoryError")
             if (done.stdout, done.returncode) != (output, status) or not told:

@@ -4,10 +4,9 @@
 #include "faults/run.h"
 
 #include "faults/attempt.h"
-#include "faults/spared.h"
 #include "language/evaluation.h"
 #include "ling/ling.h"
-#include "python/convert.h"
+#include "python/interpreter.h"
 
 #include <sys/mman.h>
 #include <sys/wait.h>
@@ -18,7 +17,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <functional>
-#include <optional>
 #include <regex>
 #include <string>
 
@@ -29,7 +27,6 @@ namespace {
 using namespace ling;
 using namespace ling::cpython;
 
-constexpr std::size_t most_of_start = 1'000'000;
 constexpr unsigned patience = 60;  // seconds, for what takes milliseconds
 constexpr plan nothing_fails{1, 1, 0};
 
@@ -63,11 +60,9 @@ struct progress {
     n = 1;
   }
   void complain(const char* name, const std::string& what) {
-    constexpr std::size_t enough = 40;
-    if (++complaints <= enough) {
-      std::printf("%s: %s %zu: %s\n", name, modes[mode].text, n, what.c_str());
-      std::fflush(stdout);
-    }
+    ++complaints;
+    std::printf("%s: %s %zu: %s\n", name, modes[mode].text, n, what.c_str());
+    std::fflush(stdout);
   }
 };
 
@@ -109,21 +104,8 @@ bool apart(const std::function<bool()>& work) {
 
 class trials {
  public:
-  trials(attempt& what, const options& chosen, progress& shared) : what_(what), chosen_(chosen), shared_(shared) {
-    // What there is so far is not looked at again and again.
-    collect_ =
-        to_python(made_by_python("import gc, sys\n"
-                                 "sys.unraisablehook = lambda *all: None\n"
-                                 "gc.disable()\n"
-                                 "gc.collect()\n"
-                                 "gc.freeze()\n"
-                                 "return gc.collect"));
-    dig_ =
-        to_python(made_by_python("def dig():\n"
-                                 "  try: return 1 + dig()\n"
-                                 "  except RecursionError: return 0\n"
-                                 "return dig"));
-  }
+  trials(const scenario& row, const options& chosen, progress& shared)
+      : row_(row), what_(row), chosen_(chosen), shared_(shared) {}
 
   void run() {
     if (modes[shared_.mode].first_time) {
@@ -149,16 +131,16 @@ class trials {
     };
     act(nothing_fails);
     note(shared_.outcome, what_.outcome);
-    note(shared_.after, what_.state());
+    note(shared_.after, what_.value(row_.state));
     what_.before();
-    note(shared_.before, what_.state());
-    depth_ = depth();
+    note(shared_.before, what_.value(row_.state));
+    depth_ = what_.value("dig()");
   }
 
   // Each number in a process of its own.
   void run_first_time() {
     apart([&] { return find_expectations(), true; });
-    depth_ = depth();
+    depth_ = what_.value("dig()");
     // Making types for all there is takes very many allocations, one much like the other.
     while (is_wanted() && apart([&] { return try_once(); })) {
       shared_.n += 1 + shared_.n / 100;
@@ -183,55 +165,44 @@ class trials {
     }
     ++shared_.trials;
     const bool is_refused = what_.outcome == memory_error ||
-                            (*what_.also != '\0' && std::regex_search(what_.outcome, std::regex(what_.also)));
+                            (*row_.also != '\0' && std::regex_search(what_.outcome, std::regex(row_.also)));
     if (!is_refused && what_.outcome != shared_.outcome) {
       complain("gives " + what_.outcome);
     }
-    const std::string state = what_.state();
+    const std::string state = what_.value(row_.state);
     if (state != shared_.after && (state != shared_.before || !is_refused)) {
       complain("leaves " + state);
     }
-    check_world();
-    act(nothing_fails);
-    if (what_.outcome != shared_.outcome) {
-      complain("gives afterwards " + what_.outcome);
-    }
-    if (const std::string again = what_.state(); again != shared_.after) {
-      complain("leaves afterwards " + again);
-    }
-    if (shared_.mode == 1 && (what_.traits & keeps_memory) == 0) {
-      check_leaks(what_fails);
-    }
-    return true;
-  }
-
-  void check_world() {
-    const PyGILState_STATE lock = PyGILState_Ensure();
-    PyGILState_Release(lock);
-    if (lock != what_.lock) {
-      complain(lock == PyGILState_LOCKED ? "the lock was kept" : "the lock was given away");
-    }
-    const GilGuard held;
     if (PyErr_Occurred() != nullptr) {
       PyErr_Clear();
       complain("leaves an exception pending");
     }
-    if (const long now = depth(); now != depth_) {
-      complain("leaves a depth of " + std::to_string(now) + ", not " + std::to_string(depth_));
-      depth_ = now;
+    if (const std::string now = what_.value("dig()"); now != depth_) {
+      complain("leaves a depth of " + std::exchange(depth_, now) + " for " + now);
     }
+    act(nothing_fails);
+    if (what_.outcome != shared_.outcome) {
+      complain("gives afterwards " + what_.outcome);
+    }
+    if (const std::string again = what_.value(row_.state); again != shared_.after) {
+      complain("leaves afterwards " + again);
+    }
+    if (shared_.mode == 1) {
+      check_leaks(what_fails);
+    }
+    return true;
   }
 
   // The same fault again and again must not need more and more memory. Caches fill up; what grows a few times must keep
   // on growing. What fails may be another allocation from then on.
   void check_leaks(const plan& what_fails) {
     constexpr int few = 4, many = 200;
-    if (growth(what_fails, few) < few || growth(what_fails, many) < many) {
-      return;
+    for (const int times : {few, many, many}) {
+      if (growth(what_fails, times) < times) {
+        return;
+      }
     }
-    if (const long long grown = growth(what_fails, many); grown >= many) {
-      complain("leaks " + std::to_string(grown / many) + " blocks");
-    }
+    complain("leaks");
   }
   long long growth(const plan& what_fails, int times) {
     long long held = 0;
@@ -249,40 +220,27 @@ class trials {
   }
   long long live_blocks_in_use() {
     what_.before();
-    const GilGuard lock;
-    const PyObjectPtr done(PyObject_CallObject(collect_.get(), nullptr));
+    what_.value("gc.collect()");
     return live_blocks();
   }
 
-  // How deep Python can call from here.
-  long depth() const {
-    const GilGuard lock;
-    const PyObjectPtr reached(PyObject_CallObject(dig_.get(), nullptr));
-    return reached ? PyLong_AsLong(reached.get()) : -1;
-  }
+  void complain(const std::string& what) { shared_.complain(row_.name, what); }
 
-  void complain(const std::string& what) { shared_.complain(what_.name, what); }
-
-  attempt& what_;
+  const scenario& row_;
+  attempt what_;
   const options& chosen_;
   progress& shared_;
-  PyObjectPtr collect_, dig_;
-  long depth_ = 0;
+  std::string depth_;
 };
 
-template <class Row>
-void try_row(const Row& row, const options& chosen, progress& shared) {
+void try_scenario(const scenario& row, const options& chosen, progress& shared) {
   if (initialize().is_error() || ensure_interpreter().is_error()) {
     give_up("The runtime does not start.");
   }
   spare_what_breaks();
   get_logger().setSink([](const LogRecord&) {});
-  std::optional<GilGuard> lock;
-  if constexpr (std::same_as<Row, python_row>) {
-    lock.emplace();
-  }
-  const std::unique_ptr<attempt> what = prepared(row);
-  trials(*what, chosen, shared).run();
+  const GilGuard lock;
+  trials(row, chosen, shared).run();
 }
 
 // The start of the runtime and the interpreter, which a process sees once. What it lacks then may be missing for ever,
@@ -305,11 +263,10 @@ bool start_once(progress& shared) {
   return failed != 0;
 }
 void try_start(const options& chosen, progress& shared) {
-  for (; shared.mode < std::size(modes); shared.next_mode()) {
-    while (!modes[shared.mode].first_time && chosen.wants_mode(shared.mode) && shared.n <= most_of_start &&
-           apart([&] { return start_once(shared); })) {
-      shared.n += 1 + shared.n / 10;
-    }
+  if (!modes[shared.mode].first_time && chosen.wants_mode(shared.mode) && start_once(shared)) {
+    shared.n += 1 + shared.n / 10;
+  } else {
+    shared.next_mode();
   }
 }
 
@@ -325,11 +282,9 @@ bool watch(const char* name, const options& chosen, const std::function<void(pro
   int deaths = 0;
   for (bool ended = false; !ended && deaths < most_deaths;) {
     const int status = status_of([&] { return work(shared), 0; });
-    ended = WIFEXITED(status) && (shared.mode == std::size(modes) || WEXITSTATUS(status) == unusable);
+    ended = WIFEXITED(status) && shared.mode == std::size(modes);
     if (status != 0) {
-      const char* const how = !WIFSIGNALED(status)          ? "ends the process"
-                              : WTERMSIG(status) == SIGALRM ? "hangs"
-                                                            : strsignal(WTERMSIG(status));
+      const char* const how = WIFSIGNALED(status) ? strsignal(WTERMSIG(status)) : "ends the process";
       std::printf("%s: %s %zu: %s\n", name, modes[shared.mode].text, shared.n, how);
       ++deaths;
       ++shared.n;
@@ -337,15 +292,6 @@ bool watch(const char* name, const options& chosen, const std::function<void(pro
   }
   std::printf("%s: %zu trials, %zu complaints, %d deaths\n", name, shared.trials, shared.complaints, deaths);
   return deaths == 0 && shared.complaints == 0;
-}
-
-template <class Rows>
-bool watch_all(const Rows& rows, const options& chosen) {
-  bool well = true;
-  for (const auto& row : rows) {
-    well &= watch(row.name, chosen, [&](progress& shared) { try_row(row, chosen, shared); });
-  }
-  return well;
 }
 
 }  // namespace
@@ -367,8 +313,9 @@ int run_scenarios(int count, char** arguments) {
     }
   }
   bool well = watch("start", chosen, [&](progress& shared) { try_start(chosen, shared); });
-  well &= watch_all(python_rows(), chosen);
-  well &= watch_all(host_rows(), chosen);
+  for (const scenario& row : scenarios()) {
+    well &= watch(row.name, chosen, [&](progress& shared) { try_scenario(row, chosen, shared); });
+  }
   return well ? 0 : 1;
 }
 

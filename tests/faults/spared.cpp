@@ -1,6 +1,4 @@
-#include "faults/spared.h"
-
-#include "faults/allocation_faults.h"
+#include "faults/attempt.h"
 #include "python/pyobject_ptr.h"
 
 #include <dlfcn.h>
@@ -16,7 +14,7 @@ using namespace ling::cpython;
 PyObject* compile_function = nullptr;
 
 PyObject* spared_compile(PyObject*, PyObject* arguments, PyObject* keywords) noexcept {
-  const respite unarmed;
+  const exposure spared_now(false);
   return PyObject_Call(compile_function, arguments, keywords);
 }
 
@@ -24,7 +22,7 @@ PyObject* spared_compile(PyObject*, PyObject* arguments, PyObject* keywords) noe
 PyObject* spared_run(PyObject* self, PyObject* arguments) noexcept {
   PyObjectPtr compiled;
   {
-    const respite unarmed;
+    const exposure spared_now(false);
     PyObject* const source = PyTuple_GetItem(arguments, 0);
     const PyObjectPtr code(PyUnicode_Check(source) == 0 ? PyObjectPtr::share(source).release()
                                                         : PyObject_CallFunction(compile_function, "OsO", source,
@@ -43,11 +41,11 @@ PyMethodDef spared_functions[] = {
     {"eval",    &spared_run,                                                                  METH_VARARGS, nullptr},
 };
 
-// So are functions that end the process, or crash, when there is no memory for the state of a thread.
+// So are functions that end the process, or crash, when there is no memory for the state of a thread or an iterator.
 template <auto Function, class... Arguments>
 auto call_spared(const char* name, Arguments... arguments) {
   static const auto original = reinterpret_cast<decltype(Function)>(dlsym(RTLD_NEXT, name));
-  const respite unarmed;
+  const exposure spared_now(false);
   return original(arguments...);
 }
 
@@ -73,6 +71,9 @@ void spare_what_breaks() {
 extern "C" PyGILState_STATE PyGILState_Ensure() { return faults::call_spared<&PyGILState_Ensure>("PyGILState_Ensure"); }
 extern "C" PyThreadState* PyThreadState_New(PyInterpreterState* interpreter) {
   return faults::call_spared<&PyThreadState_New>("PyThreadState_New", interpreter);
+}
+extern "C" PyObject* PyMapping_Items(PyObject* mapping) {
+  return faults::call_spared<&PyMapping_Items>("PyMapping_Items", mapping);
 }
 extern "C" PyObject* Py_CompileString(const char* source, const char* file, int start) {
   return faults::call_spared<&Py_CompileString>("Py_CompileString", source, file, start);
