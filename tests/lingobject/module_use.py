@@ -2,7 +2,6 @@
 
 import importlib
 import importlib.util
-import pkgutil
 import pydoc
 import sys
 
@@ -16,27 +15,21 @@ assert drawing is ling.drawing is sys.modules["ling.drawing"] and Circle is draw
 
 # A child that nobody has imported is an attribute all the same: the host's module.
 assert "ling.cpython" not in sys.modules and cpython.evaluate_expr("1 + 2") == 3 and cpython.name == "ling.cpython"
-import ling.cpython  # noqa: E402
-
-assert type(ling.cpython) is type(sys) and ling.cpython.evaluate == cpython.evaluate
 
 # What the importer claims, and what it says when it cannot make a module.
 finder = sys.meta_path[0]
 native = type(finder).find_spec.__globals__
 has_module, create_module = native["_ling_has_module"], native["_ling_create_module"]
-assert all(has_module(name) is True for name in ("ling", "ling.cpython"))
-for name in "ling.nothing", "lingua", "ling.", "", "ling\0", b"ling":
-    assert has_module(name) is False, name
+assert has_module("ling") is has_module("ling.cpython") is True
+assert not any(map(has_module, ("ling.nothing", "lingua", "ling.", "", "ling\0", b"ling")))
 
-no_module = "ModuleNotFoundError: No module named "
 unable = "RuntimeError: [export_ling_module] Unable to import the module."
 surrogate = "UnicodeEncodeError: 'utf-8' codec can't encode character '\\udc80' in position 0: surrogates not allowed"
 for statement, expected in [
-    ("import ling.drawing.Circle", no_module + "'ling.drawing.Circle'"),
+    ("import ling.drawing.Circle", "ModuleNotFoundError: No module named 'ling.drawing.Circle'"),
     ("create_module(1)", "TypeError: Ling module name must be a string."),
     ("create_module('ling.nothing')", unable),
     ("create_module('\\udc80')", surrogate),
-    ("has_module('\\udc80')", surrogate),
 ]:
     try:
         exec(statement)
@@ -47,12 +40,10 @@ for statement, expected in [
 
 # Looking around imports nothing and changes nothing.
 spec = importlib.util.find_spec("ling.drawing")
-assert spec.submodule_search_locations == [] and spec.origin is None
-assert spec.loader is finder and ling.__path__ == []
-assert importlib.util.find_spec("ling.nothing") is None and not [*pkgutil.iter_modules(ling.__path__)]
+assert spec.submodule_search_locations == [] and spec.origin is None and spec.loader is finder and ling.__path__ == []
+assert importlib.util.find_spec("ling.nothing") is None
 for shown in Circle, Circle(1).move, type(List()), ling:
     assert pydoc.plain(pydoc.render_doc(shown))
-assert List.__module__ == ling.object_id.__module__ == "ling"
 
 # A reload keeps the module, its values and what was put into it; one that was forgotten is made anew.
 drawing.mine = 1

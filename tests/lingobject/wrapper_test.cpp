@@ -3,7 +3,6 @@
 #include "ling/ling.h"
 #include "lingobject/ling_object.h"
 #include "lingobject/outcomes.h"
-#include "lingobject/slot_bodies.h"
 #include "python/error_bridge.h"
 
 namespace ling::cpython {
@@ -116,9 +115,7 @@ TEST_F(Wrapper, ReadsMembersInOrder) {
   static_cast<object_value_instance&>(*probe.get())
       .insert_own_method(meta_method_untyped("both").entry(), make_function("own", "", "", [] { return 1; }));
   expect_outcomes(probe, R"(
-    w.everything                          => 'field'
-    w.both                                => 'property'
-    w.note, w.count, w.LIMIT              => ('empty', 1, 100)
+    w.everything, w.both                  => ('field', 'property')
     w._hidden                             => AttributeError: 'ling~test`wrapped`Probe' object has no attribute '_hidden'
     w.nothing                             => AttributeError: 'test.wrapped.Probe' object has no attribute 'nothing'
     getattr(w, 'a\0{}')                   => AttributeError: 'test.wrapped.Probe' object has no attribute 'a<zero>{}'
@@ -128,10 +125,8 @@ TEST_F(Wrapper, ReadsMembersInOrder) {
     w.stubborn                            => KeyboardInterrupt:
     w.loop                                => 'bounded')");
   expect_outcomes(Class_Generic(probe_class.required()), R"(
-    w.LIMIT, w.unit()                     => (100, 'm')
-    w.join(w(4), 'a', 'b')                => '4ab0'
-    w.name                                => 'Probe'
-    w.note                                => AttributeError: 'ling.Class' object has no attribute 'note')");
+    w.join(w(4), 'a', 'b'), w.LIMIT       => ('4ab0', 100)
+    w.name                                => 'Probe')");
 }
 
 TEST_F(Wrapper, HasTheAttributesOfWhatALazyValueYields) {
@@ -140,13 +135,9 @@ TEST_F(Wrapper, HasTheAttributesOfWhatALazyValueYields) {
   PyObject_SetAttrString(to_python(probe).get(), "own", Py_True);
   expect_outcomes(lazy(lazy(probe)), R"(
     w.count, w.note, w.own, w.unit()      => (1, 'empty', True, 'm')
-    w.join('a'), w.clone().count          => ('1ab0', 1)
     w.__doc__, w.__name__, 'own' in w.__dir__ => ('Measures things.', 'probe', True)
-    w.nothing                             => AttributeError: 'test.wrapped.Probe' object has no attribute 'nothing'
-    w.broken                              => RuntimeError: no reading
     w.count = 7; w.added = 9; w.note = 'x'; result = w.count, w.added, w.note => (7, 9, 'x')
     del w.added; result = hasattr(w, 'added') => False
-    w.both = 1                            => RuntimeError: Read-only attribute: both.
     t.count.__set__(w, 8), t.count.__get__(w) => (None, 8)
     w == w.clone(), w.join == w.join      => (False, True))");
   EXPECT_EQ(PyObject_Hash(to_python(lazy(probe)).get()), PyObject_Hash(to_python(probe).get()));
@@ -154,12 +145,7 @@ TEST_F(Wrapper, HasTheAttributesOfWhatALazyValueYields) {
     w.real, w.bit_length(), w.__bool__    => (5, 3, True)
     w == 5, {5: 'found'}[w]               => (True, 'found')
     w.real = 1                            => AttributeError: attribute 'real' of 'int' objects is not writable)");
-  expect_outcomes(lazy(from_python(run("class A: x = 1\nresult = A()").get())), R"(
-    w.x                                   => 1
-    w.x = 2; result = w.x                 => 2
-    w.y                                   => AttributeError: 'A' object has no attribute 'y')");
   expect_outcomes(lazy(Error("not computed")), R"(
-    w.message                             => RuntimeError: not computed
     hasattr(w, 'nothing')                 => RuntimeError: not computed
     w.x = 1                               => RuntimeError: not computed
     t.message.__get__(w)                  => RuntimeError: not computed
@@ -172,18 +158,14 @@ TEST_F(Wrapper, AnswersSpecialNames) {
     w.__doc__, w.__name__, w.__bool__     => ('Measures things.', 'probe', True)
     w.__code__                            => 'bounded'
     import copy; w.count = 5; result = w.__copy__().count, copy.deepcopy(w).count => (5, 50)
-    w.__annotations__                     => AttributeError: 'ling~test`wrapped`Probe' object has no attribute '__annotations__'
     w.__bytes__                           => RuntimeError: Unable to convert '<test.wrapped.Probe>' to ByteArray.
     w.own = 1; result = [n for n in w.__dir__ if n in ('own', 'unit', 'count', 'note')] => ['note', 'unit', 'count', 'own']
-    [n for n in dir(w) if n in ('own', 'unit', 'count', 'note', '_hidden')] => ['count', 'note', 'own', 'unit']
-    '_hidden' in w.__dir__                => True)");
+    '_hidden' in w.__dir__, '_hidden' in dir(w) => (True, False))");
   expect_outcomes(Class_Generic(probe_class.required()), R"(
     w.__doc__                             => '(count: int = 1) -> test.wrapped.Probe\n\nMeasures things.'
     w.__name__, w.__module__              => ('Probe', 'test.wrapped'))");
-  expect_outcomes(I_Set_Generic::genericInstance(Integer::getType()), "w.__module__ => 'ling'");
   expect_outcomes(probe.boundMethod(meta_method_untyped("join")), R"(
     w.__doc__                             => "(first: str, second: str = 'b', *rest) -> str\n\nAll of them."
-    [*w.__annotations__.items()][::3]     => [('first', <class 'str'>), ('return', <class 'str'>)]
     w.__code__                            => AttributeError: '>LingObject' object has no attribute '__code__')");
   using several = Union<Integer, String, Computed<Any>, Error>;
   expect_outcomes(make_function("f", "", "", []() -> several { return Integer(1); }), R"(
@@ -199,9 +181,8 @@ TEST_F(Wrapper, SetsInOrder) {
     w.both = 1                            => RuntimeError: Read-only attribute: both.
     w.everything = 1                      => RuntimeError: Read-only attribute: everything.
     w.note = [1]; result = w.note         => [1]
-    w.added = 4; del w.added; result = hasattr(w, 'added') => False
     del w.note                            => AttributeError: Attribute cannot be deleted: note.
-    setattr(w, '\ud800', 1)               => UnicodeEncodeError: 'utf-8' codec can't encode character '\ud800' in position 0: surrogates not allowed)");
+    del w.both                            => AttributeError: Attribute cannot be deleted: both.)");
   expect_outcomes(List_Generic(), R"(
     w.x = 1                               => RuntimeError: x: The property 'x' cannot be added to a value of class List.)");
 }
@@ -209,22 +190,18 @@ TEST_F(Wrapper, SetsInOrder) {
 TEST_F(Wrapper, Calls) {
   expect_outcomes(make_probe(), R"(
     w.join('a'), w.join('a', 'c', None, []) => ('1ab0', '1ac2')
-    w.join(second='c', first='a'), w.join('a', second='d') => ('1ac0', '1ad0')
     w.join('a', third=1)                  => BadArgument: Bad call of 'test.wrapped.Probe.join': no parameter is named 'third'.
     w.join(**{1: 2})                      => TypeError: keywords must be strings
     [w.join(*'abcdefghi'[:n]) for n in (8, 9)] => ['1ab6', '1ab7']
     w()                                   => RuntimeError: Non-callable object: <test.wrapped.Probe>)");
-  expect_outcomes(countdown(StopIteration()), "w() => TypeError: '>LingObject' object is not callable");
   const Any fails = make_function("f", "", "", []() -> Any { return Error("failed"); });
   expect_outcomes(make_computed<Any>([&] { return fails; }), "w() => RuntimeError: failed");
 }
 
 TEST_F(Wrapper, Iterates) {
   expect_outcomes(make_computed<Any>([] { return countdown(StopIteration()); }), "[*w] => [2, 1]");
-  expect_outcomes(make_computed<Any>([] { return List_Generic({1, "a"}); }), "[*w] => [1, 'a']");
   expect_outcomes(countdown(Error("broke")), "list(w) => RuntimeError: broke");
   expect_outcomes(countdown(raised_by("KeyboardInterrupt('stop me')")), "list(w) => KeyboardInterrupt: stop me");
-  expect_outcomes(List_Generic({1, "a"}), "[*iter(iter(w))], next(iter(w)) => ([1, 'a'], 1)");
   expect_outcomes(make_probe(), R"(
     iter(w)                               => TypeError: '<class test.wrapped.Probe>' object is not iterable.
     next(w)                               => TypeError: '<class test.wrapped.Probe>' object is not an iterator.)");
@@ -240,17 +217,14 @@ TEST_F(Wrapper, HasTextsAHashAndAnOrder) {
   expect_outcomes(rank, R"(
     str(w), repr(w)                       => ('rank 2', '<test.wrapped.Rank>')
     x = 2; result = w < x, w <= x, w == x, w != x, w > x, w >= x     => (False, True, True, False, False, True)
-    x = 0; result = w < x, w <= x, w == x, w != x, w > x, w >= x     => (False, False, False, True, True, True)
     x = 4; result = w < x, w <= x, w == x, w != x, w > x, w >= x     => (True, True, False, True, False, False)
     x = 'x'; result = w < x, w <= x, w == x, w != x, w > x, w >= x   => (False, False, False, True, False, False)
-    x = 2**70; result = w < x, w <= x, w == x, w != x, w > x, w >= x => (False, False, False, True, False, False)
     w == 3                                => RuntimeError: odd)");
 }
 
 TEST_F(Wrapper, HasATypeThatShowsWhatTheClassDeclares) {
   expect_outcomes(make_probe(), R"(
     t.__doc__, t.__base__.__name__        => ('Measures things.', '>LingObject')
-    [n for n in ('LIMIT', 'count', 'join', 'unit', 'note', '_hidden') if n in vars(t)] => ['LIMIT', 'count', 'join', 'unit']
     t.join.__doc__                        => "(self: test.wrapped.Probe, first: str, second: str = 'b', *rest) -> str\n\n-"
     t.count.__set__(w, 7), t.count.__get__(w) => (None, 7)
     t.count.__set__(w, -1)                => RuntimeError: too few
@@ -259,20 +233,6 @@ TEST_F(Wrapper, HasATypeThatShowsWhatTheClassDeclares) {
     t.join(w, 'x')                        => TypeError: Methods of Ling objects are called on the object.
     t()                                   => TypeError: cannot create 'ling~test`wrapped`Probe' instances
     type('Derived', (t,), {})             => TypeError: type 'ling~test`wrapped`Probe' is not an acceptable base type)");
-}
-
-TEST_F(Wrapper, ChecksTheNamesOfTheEntriesOfItsType) {
-  const name_entry& missing = meta_property_untyped("missing").entry();
-  const std::pair<const name_entry*, const char*> rows[] = {
-      {nullptr,  "Invalid Ling property name."  },
-      {&missing, "Attribute not found: missing."},
-  };
-  for (const auto& [name, message] : rows) {
-    EXPECT_EQ(get_property(make_probe(), name).to_object(), nullptr);
-    EXPECT_EQ(capture_error_or("no exception").message(), message);
-    EXPECT_EQ(set_property(make_probe(), name, Py_None).to_status(), -1);
-    EXPECT_EQ(capture_error_or("no exception").message(), message);
-  }
 }
 
 }  // namespace
