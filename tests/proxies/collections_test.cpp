@@ -12,7 +12,6 @@ constexpr const char* by_zero = "Error: integer division or modulo by zero";
 Any python(const char* expression) { return from_python(eval(expression).get()); }
 
 TEST_F(Collections, SequencesAnswerAsPythonDoes) {
-  const List_Generic more = {4, 5};
   const char* const list = "[10, 20, 30]";
   const auto list_with = [](const std::string& method, const std::string& answer) {
     return "type('L', (list,), {'" + method + "': lambda s, *a: " + answer + "})([1])";
@@ -23,13 +22,8 @@ TEST_F(Collections, SequencesAnswerAsPythonDoes) {
       {list, "indexOf", {20, 2}, "-1"},
       {list, "set", {0, "x"}, "None", "['x', 20, 30]"},
       {list, "appendAt", {1, 15}, "None", "[10, 15, 20, 30]"},
-      {list, "extend", {more}, "None", "[10, 20, 30, 4, 5]"},
-      {list, "removeAt", {2, 2}, "Error: list assignment index out of range", "[10, 20]"},
-      {list, "removeOne", {20}, "true", "[10, 30]"},
-      {list, "pop", {}, "30", "[10, 20]"},
       {"(1, 2)", "sliced", {0, -1}, "(1,)"},
       {"(1, 2)", "append", {3}, "Error: The method is missing: append, target object: (1, 2)."},
-      {"range(5)", "indexOf", {3}, "3"},
       {list_with("__len__", "'many'"), ".__length__", {}, "BadArgument: Expected Integer, got String: many"},
       {list_with("__len__", "-1"), ".__length__", {}, "Error: The length of [1] is negative: -1."},
       {list_with("remove", "1 // 0"), "removeOne", {1}, by_zero},
@@ -42,11 +36,8 @@ TEST_F(Collections, MappingsAnswerAsPythonDoes) {
   const char* const vague = "type('D', (dict,), {'__contains__': lambda s, k: 'perhaps'})()";
   expect_answers({
       {dict, ".keys", {}, "[\"a\", 2]"},
-      {dict, ".values", {}, "[1, None]"},
       {dict, "get", {2, "none"}, "None"},
       {dict, "get", {"z", "none"}, "none"},
-      {dict, "get", {"z"}, "Undefined"},
-      {dict, "set", {"a", 5}, "None", "{'a': 5, 2: None}"},
       {dict, "remove", {"a"}, "1", "{2: None}"},
       {"type('D', (dict,), {'keys': lambda s: (1 // n for n in (1, 0))})()", ".keys", {}, by_zero},
       {vague, "get", {1, 2}, "BadArgument: Expected Boolean, got String: perhaps"},
@@ -63,13 +54,8 @@ TEST_F(Collections, SetsAndIterablesAnswerAsPythonDoes) {
   };
   expect_answers({
       {set, "insert", {3}, "true", "{1, 2, 3}"},
-      {set, "insert", {1}, "false"},
-      {set, "remove", {1}, "true", "{2}"},
       {set, "remove", {python("[1]")}, "false"},
-      {"type('S', (set,), {'remove': None})()", "remove", {1}, "Error: The method is missing in S()."},
       {set, "extend", {python("(4 // n for n in (1, 0))")}, by_zero, "{1, 2, 4}"},
-      {set, "clear", {}, "None", "set()"},
-      {"frozenset({1})", "contains", {1}, "true"},
       {turning("5, "), "iter", {}, "Error: The method '__iter__' returned 5, which is no iterator."},
       {unmade, "iter", {}, "Error: Missing '__iter__' method."},
   });
@@ -78,11 +64,9 @@ TEST_F(Collections, SetsAndIterablesAnswerAsPythonDoes) {
 TEST_F(Collections, ServeTheRuntimesOwnAlgorithms) {
   const Class_Generic list = List_Generic::getClass();
   expect_outcomes({
-      {list(python("type('L', (list,), {'__len__': lambda s: 2**60})([1])")),    "[1]"           },
-      {list(python("type('Old', (), {'__getitem__': lambda s, i: 'ab'[i]})()")), "[\"a\", \"b\"]"},
-      {list(python("(exec('raise SystemExit(7)') for n in (1,))")),              "Error: 7"      },
-      {HashSet_Generic::getClass()(python("frozenset({3})")),                    "{3}"           },
-      {HashMap_Generic::getClass()(python("{'a': [1]}")),                        "{\"a\": [1]}"  },
+      {list(python("type('L', (list,), {'__len__': lambda s: 2**60})([1])")), "[1]"         },
+      {list(python("(exec('raise SystemExit(7)') for n in (1,))")),           "Error: 7"    },
+      {HashMap_Generic::getClass()(python("{'a': [1]}")),                     "{\"a\": [1]}"},
   });
   const I_Iterator_Generic spent = I_Iterable_Generic::cast(python("[]")).value().iter().value();
   EXPECT_TRUE(StopIteration::matches(spent.next().get()) && StopIteration::matches(spent.next().get()));

@@ -17,9 +17,8 @@ Result<Module> exported(const std::string& name, const std::string& statements) 
 
 TEST_F(PythonModule, ShowsWhatItHoldsUnderPublicNames) {
   const auto module = exported("shop", R"(
-import datetime
 class Item: pass
-Alias, Day, _Hidden = Item, datetime.date, Item
+Alias, _Hidden = Item, Item
 def open(door=1): return door
 rate, _secret = 2.5, 3
 globals()[""] = globals()[5] = huge = 1 << 80)");
@@ -28,12 +27,11 @@ globals()[""] = globals()[5] = huge = 1 << 80)");
   const Any item = module->classes().get(String("Item"));
   expect_outcomes({
       {module->doc(), "Its doc."},
-      {I_Map_Generic::unchecked(module->classes()).keys(), "[\"Item\", \"Alias\", \"Day\"]"},
+      {I_Map_Generic::unchecked(module->classes()).keys(), "[\"Item\", \"Alias\"]"},
       {I_Map_Generic::unchecked(module->callables()).keys(), "[\"open\"]"},
       {ask(*module, ".rate"), "2.5"},
       {ask(*module, ".huge"), "Error: int too big to convert"},
       {qualname(item), "test.shop.Item"},
-      {qualname(ask(*module, ".Day")), "ling.Date"}, // a class that has a home keeps it
       {open(), "1"},
   });
   EXPECT_TRUE(item.is_same(ask(*module, ".Alias")));
@@ -58,21 +56,12 @@ TEST_F(PythonModule, IsMadeOnceAndLinkedToTheModuleAroundIt) {
   EXPECT_TRUE(exported("taken", "").is_error());
   expect_outcome(export_python_module("test.none", "no_such_module"), "Error: No module named 'no_such_module'");
   EXPECT_FALSE(find_module("test.none"));
-
-  Any made[8];
-  on_eight_threads([&](int thread) {
-    const GilGuard gil;
-    made[thread] = export_python_module("test.json", "json");
-  });
-  for (const Any& each : made) {
-    EXPECT_TRUE(CPythonModule::matches(each.get()) && each.is_same(made[0]));
-  }
 }
 
 TEST_F(PythonModule, TreeIsThereFromTheStart) {
   const auto python = find_module("python").value();
-  EXPECT_TRUE(ask(python, ".collections").is_same(find_module("python.collections").value()));
-  EXPECT_TRUE(find_module("python.collections.abc"));
+  EXPECT_TRUE(
+      ask(find_module("python.collections").value(), ".abc").is_same(find_module("python.collections.abc").value()));
   expect_outcome(ask(python, ".icon"), ":/ling/icons/py.svg");
   EXPECT_TRUE(python.doc().contains("Python\xC3\xA2\xE2\x82\xAC\xE2\x84\xA2s elegant syntax"));
 }

@@ -1,5 +1,4 @@
 // Python objects in the host: members, order, identity and lives.
-#include "proxies/collection_proxies.h"
 #include "proxies/object_members.h"
 #include "proxies/outcomes.h"
 #include "python/error_bridge.h"
@@ -32,12 +31,8 @@ TEST_F(Objects, AnswerForTheirAttributes) {
       {object.setPropertyValue(balance, 6), "None"},
       {object.setPropertyValue(balance, Error("refused")), "Error: refused"},
       {ask(object, "add", {10}), "16"},
-      {display(object), "account 16"},
-      {setter_hook(object, balance.entry(), 17), "None"},
-      {getter_hook(object, balance.entry()), "17"},
-      {I_Callable_Generic::cast(method_hook(object, internal::intern("add"))).value()(1), "18"},
+      {I_Callable_Generic::cast(method_hook(object, internal::intern("add"))).value()(1), "17"},
       {ask(null, ".balance"), "Error: The object is null."},
-      {ask(Class_Generic(cpython_proxy_iterable_class.required())(), "iter"), "Error: Invalid object."},
   });
 }
 
@@ -48,10 +43,9 @@ TEST_F(Objects, DescribePropertiesTheyHold) {
     EXPECT_FALSE(described(name)) << name;
   }
   EXPECT_FALSE(described("read_only").value().hasSetter());
-  const Any other = from_python(run("class Other: x = 2\nresult = Other()").get());
   const Property full = described("full").value();
-  expect_outcome(full.write(other, 4), "None");
-  expect_outcome(full.read(other), "4");
+  expect_outcome(full.write(object, 4), "None");
+  expect_outcome(full.read(object), "4");
 }
 
 TEST_F(Objects, TakeInsertedMembers) {
@@ -61,15 +55,9 @@ TEST_F(Objects, TakeInsertedMembers) {
   expect_outcome(insert_method(object, meta_method_untyped("free"), method), "None");
   method.setIndependent(false);
   expect_outcome(insert_method(object, meta_method_untyped("bound"), method), "None");
-  const I_Callable_Generic bare = make_function("bare", "", "", [] { return 1; });
-  bare.setIndependent(false);
-  expect_outcome(insert_method(object, meta_method_untyped("bare"), bare), "None");
   expect_outcome(insert_property_value(object, meta_property_untyped("note"), "text"), "None");
   EXPECT_EQ(repr(PyObjectPtr(PyObject_CallMethod(owner.get(), "free", "s", "you"))), "'you'");
   EXPECT_EQ(repr(PyObjectPtr(PyObject_CallMethod(owner.get(), "bound", nullptr))), "'account 5'");
-  EXPECT_EQ(repr(PyObjectPtr(PyObject_CallMethod(owner.get(), "bare", nullptr))), "1");
-  EXPECT_TRUE(I_Callable_Generic::unchecked(method_hook(object, internal::intern("free"))).isIndependent());
-  expect_outcome(ask(object, ".note"), "text");
   const Property computed(make_function("", "", "", [] { return 1; }), String());
   expect_outcome(insert_object_property(CPythonObject::unchecked(object), "n", computed),
                  "Error: Unable to insert non-value property to a python object, use 'raw_insert_property' instead.");
@@ -83,10 +71,9 @@ TEST_F(Objects, HaveMembersOfTheHostsPastTheObject) {
                                 .setter([&](const Any&, std::int64_t value) { level = value; })
                                 .build()
                                 .value();
-  const meta_property_untyped level_name("level"), balance("balance");
+  const meta_property_untyped level_name("level");
   const meta_method_untyped add("add");
   expect_outcome(raw_insert_property(object, level_name, computed), "None");
-  expect_outcome(raw_insert_property(object, balance, Property::constant("hidden")), "None");
   const I_Callable_Generic twice = make_function("twice", "self, text", "", [](const Any& self, const String& text) {
     return String("{}{}{}").arg(text, text, display_text(self));
   });
@@ -96,8 +83,6 @@ TEST_F(Objects, HaveMembersOfTheHostsPastTheObject) {
       {property_of(object, level_name).value().read(object), "1"},
       {object.setPropertyValue(level_name, 2), "None"},
       {ask(object, ".level"), "2"},
-      {ask(object, ".balance"), "hidden"},
-      {object.setPropertyValue(balance, 6), "Error: The property 'balance' is read-only for 'account 5'."},
       {object.boundMethod(add).value()("y"), "yyaccount 5"},
       {ask(object, "add", {"z"}), "zzaccount 5"},
       {own_properties_of(object), "{}"},
@@ -123,7 +108,6 @@ def result(answers):
       {"{'<': True}",                          "Less",                                                             "<"    },
       {"{'=': True}",                          "Equal",                                                            "<>="  },
       {"{'<': False, '>': False, '=': False}", "Equal",                                                            "<>=><"},
-      {"{'<': 1, '>': False}",                 "Less",                                                             "<>=><"},
       {"{}",                                   "Error: '>' not supported between instances of 'Spy' and 'object'", "<>=>" },
       {"{'<': KeyboardInterrupt}",             "Error: <",                                                         "<"    },
   };
@@ -162,55 +146,35 @@ result = [unittest.mock.ANY, Broken(), Interrupted(), {1}, {1}, frozenset({1}), 
       const std::string expected = says < 0 ? outcome_text(capture_error_or("")) : says > 0 ? "true" : "false";
       const Any a = object(i), b = object(j);
       expect_outcome(equal_objects(a, b), expected);
-      expect_outcome(equal_objects(Tuple_Generic{List_Generic{a}}, Tuple_Generic{List_Generic{b}}), expected);
       expect_outcome(ask(List_Generic{a}, "contains", {b}), expected);
     }
   }
   EXPECT_EQ(hash_of(object(7)), hash_of(object(8)));
-  for (const Any& other : {Any(1), Any(), Any(Tuple_Generic{1}), Any(List_Generic{1})}) {
-    expect_outcome(equal_objects(object(0), other), "false", "it is asked about Python objects only");
-    expect_outcome(equal_objects(other, object(1)), "false");
-  }
+  expect_outcome(equal_objects(object(0), 1), "false", "it is asked about Python objects only");
 }
 
-TEST_F(Objects, AreTheSameWhateverCarriesThem) {
-  const PyObjectPtr objects = run("class A: pass\nresult = [A(), [], {}, set(), iter(()), len, A]");
-  const Any number = 5, null = Class_Generic(cpython_object_class.required())();
-  for (Py_ssize_t i = 0; i < PyList_Size(objects.get()); ++i) {
-    PyObject* const object = PyList_GetItem(objects.get(), i);
-    const Any one = from_python(object), other = from_python(object);
-    EXPECT_EQ(object_id(one), reinterpret_cast<std::uintptr_t>(object));
-    EXPECT_EQ(object_id(one), object_id(other));
-    EXPECT_EQ(hash_of(one), hash_of(other));
-  }
-  const Any object = from_python(PyList_GetItem(objects.get(), 0));
+TEST_F(Objects, AreOrderedAmongValuesByTheirIdentity) {
+  const PyObjectPtr made = run("class A: pass\nresult = A()");
+  const Any object = from_python(made.get()), number = 5;
+  EXPECT_EQ(object_id(object), reinterpret_cast<std::uintptr_t>(made.get()));
+  EXPECT_EQ(hash_of(object), hash_of(from_python(made.get())));
   const bool is_below = object_id(object) < object_id(number);
   expect_outcome(compare_objects(object, number), is_below ? "Less" : "Greater");
   expect_outcome(compare_objects(number, object), is_below ? "Greater" : "Less");
-  expect_outcome(equal_objects(null, object), "false");
 }
 
 TEST_F(Objects, ComeHomeAsTheVeryObject) {
   const PyObjectPtr objects = run(R"(
-import enum, sys
 class Class: method = lambda self: None
 one = Class()
-result = [object(), [], (), (1,), {}, {1}, frozenset(), iter([]), range(3), ..., len, lambda: 1, one, one.method,
-          [].append, Class, enum.Enum('E', 'a').a, LookupError, KeyboardInterrupt(), object, list, sys, property()])");
-  std::vector<PyObject*> items;
-  std::vector<Py_ssize_t> references;
+result = [object(), [], (1,), {}, {1}, iter([]), range(3), ..., len, lambda: 1, one, one.method, [].append, Class,
+          KeyboardInterrupt(), __import__('sys'), property()])");
   for (Py_ssize_t i = 0; i < PyList_Size(objects.get()); ++i) {
-    items.push_back(PyList_GetItem(objects.get(), i));
-    from_python(items.back());  // classes are made and kept on first sight
-    references.push_back(Py_REFCNT(items.back()));
-  }
-  on_eight_threads([&](int) {
-    for (PyObject* item : items) {
-      EXPECT_EQ(to_python(from_python(item)).get(), item);
-    }
-  });
-  for (std::size_t i = 0; i < items.size(); ++i) {
-    EXPECT_EQ(Py_REFCNT(items[i]), references[i]) << i;
+    PyObject* const item = PyList_GetItem(objects.get(), i);
+    from_python(item);  // classes are made and kept on first sight
+    const Py_ssize_t references = Py_REFCNT(item);
+    EXPECT_EQ(to_python(from_python(item)).get(), item) << i;
+    EXPECT_EQ(Py_REFCNT(item), references) << i;
   }
 }
 
