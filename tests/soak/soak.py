@@ -13,25 +13,20 @@ import gc
 import random
 import sys
 import threading
-import time
 import traceback
 
 import ling
-from ling.cpython import CPythonFunction, evaluate, evaluate_expr
+from ling.cpython import CPythonFunction, evaluate
 from ling.drawing import Circle, Drawing, Vector
 
 shared = ling.List([0] * 64)
 shared_map = ling.HashMap()
 
 
-def scope(values, outs=None):
-    return ling.EvaluationScope(None, None, ling.HashMap(values), ling.HashMap(outs or {}))
-
-
-def fails(action, *kinds):
+def fails(action):
     try:
         action()
-    except kinds or Exception as failure:
+    except Exception as failure:
         return failure
     raise AssertionError("nothing failed")
 
@@ -40,10 +35,9 @@ def fails(action, *kinds):
 
 
 def evaluations(r, unique):
-    given = scope({"y": unique}, {"x": None, "z": "kept"})
+    given = ling.EvaluationScope(None, None, {"y": unique}, ling.HashMap({"x": None, "z": "kept"}))
     assert evaluate("x = y + 1\nz += '!'\nreturn [x] * 3", given)[2] == unique + 1
     assert given.outLocals["x"] == unique + 1 and given.outLocals["z"] == "kept!"
-    assert evaluate_expr("{'a': (x, str(x))}", scope({"x": unique}))["a"] == (unique, str(unique))
     function = CPythonFunction(f"lambda x, y=2: x + y + {unique}")
     assert function(1) == 3 + unique and ling.display(ling.List([function]))
 
@@ -57,16 +51,15 @@ def failures_of_evaluations(r, unique):
 
 def classes_of_scripts(r, unique):
     code = f"""
-class Base(Exception):
+class Made(Exception):
     data = 'x' * 1000
-    def method(self, other: 'Base' = None): return {unique}
+    def method(self, other: 'Made' = None): return {unique}
     label = property(lambda self: self.data)
-class Made(Base): pass
 Made.itself = Made
-def function(one: Made, two: Base = None) -> Made: return one
+def function(one: Made) -> Made: return one
 """
     assert fails(lambda: evaluate(code + "raise Made('thrown')")).ling.value.__name__ == "Made"
-    made = evaluate(code + r.choice(["return Made", "return [Made(), function, Base]"]))
+    made = evaluate(code + r.choice(["return Made", "return [Made(), function]"]))
     if type(made) is type:
         assert made.itself is made and ling.HashMap({"class": made})["class"] is made
 
@@ -76,14 +69,10 @@ def containers(r, unique):
              for _ in range(r.randrange(12))]
     host = ling.List(items)
     host.extend(items)
-    assert len(host) == 2 * len(items) and list(host[: len(items)]) == items
-    for item in items:
-        assert item in host and host.indexOf(item) >= 0 and host.removeOne(item)
+    assert list(host[: len(items)]) == items and all(host.removeOne(item) for item in items)
     assert list(host) == items and str(host) and repr(host)
-    keyed = ling.HashMap({unique: items, str(unique): host})
-    assert keyed[unique] is items and keyed[str(unique)] == host and len(keyed) == 2
-    del host[:], keyed[unique]
-    assert ling.HashSet([unique, unique, str(unique)]).remove(unique)
+    keyed = ling.HashMap({unique: items})
+    assert keyed[unique] is items and ling.HashSet([unique, str(unique)]).remove(unique)
     moment = datetime.datetime(2020, 1, 1) + datetime.timedelta(seconds=unique % 10**9)
     for value in (moment, moment.date(), moment.time(), decimal.Decimal(unique) / 8, object(), len, {}, iter([])):
         assert ling.List([value])[0] == value
@@ -95,9 +84,8 @@ def host_objects(r, unique):
     house[0].tag("a", unique)
     setattr(house[0], f"note_{unique}", unique)
     assert getattr(house[0], f"note_{unique}") == unique and not hasattr(house[0], f"missing_{unique}")
-    fails(lambda: setattr(ling.List(), f"refused_{unique}", 1))
-    assert (Vector(unique, 1) + Vector(y=2) - Vector(unique, 3)) == Vector() and hash(Vector(1, 2)) == hash(Vector(1, 2))
-    assert ling.class_of(fails(lambda: Circle(-unique - 1), RuntimeError).ling).name == "DrawingError"
+    assert Vector(unique, 1) - Vector(unique, 1) == Vector() and hash(Vector(1, 2)) == hash(Vector(1, 2))
+    assert ling.class_of(fails(lambda: Circle(-unique - 1)).ling).name == "DrawingError"
 
 
 def exchanges_with_other_threads(r, unique):
@@ -137,7 +125,7 @@ def work(thread, first, count, seed, failures):
 def main(total=1_000_000, threads=4, seed=1):
     rounds = 20
     per_thread = total // rounds // threads
-    failures, measured, start = [], [], time.monotonic()
+    failures, measured = [], []
     for number in range(rounds):
         workers = [threading.Thread(target=work, args=(t, (number * threads + t) * per_thread, per_thread, seed, failures))
                    for t in range(threads)]
@@ -149,8 +137,7 @@ def main(total=1_000_000, threads=4, seed=1):
             shared[i] = 0
         shared_map.clear()
         measured.append(resident_kilobytes())
-        print(f"{(number + 1) * per_thread * threads:>9} operations  {measured[-1]:>8} KB  "
-              f"{sys.getallocatedblocks():>8} blocks of Python  {time.monotonic() - start:6.0f} s", flush=True)
+        print(f"{(number + 1) * per_thread * threads:>9} operations  {measured[-1]:>8} KB", flush=True)
         if failures:
             return "\n".join(failures)
     # The first rounds fill caches; from the middle on nothing may be added but what one round leaves by chance.
