@@ -1,4 +1,5 @@
 // Requests to stop that come while the host asks a Python object something: they reach whoever asked.
+#include "extension/search_paths.h"
 #include "function/python_function.h"
 #include "proxies/outcomes.h"
 #include "python/error_bridge.h"
@@ -43,6 +44,7 @@ TEST_P(Interruptions, TravelThroughCollections) {
       {late_iterator, "iter", {}},
       {stopping_at("remove", "set"), "remove", {1}},
       {"type('L', (list,), {'__getitem__': stop})([1])", "atOr", {0, 5}},
+      {"type('L', (list,), {'index': stop})([1])", "indexOf", {1}},
   };
   for (const auto& [expression, member, arguments] : rows) {
     expect_stop(ask(presented(expression), member, arguments), expression);
@@ -62,6 +64,10 @@ TEST_P(Interruptions, TravelThroughConversions) {
   PyDict_SetItemString(modules.get(), "stopping_module", module.get());
   expect_stop(export_python_module("test.stopping", "stopping_module"), "export");
   EXPECT_FALSE(find_module("test.stopping"));
+
+  const PyObjectPtr path = eval("__import__('sys').path");
+  PyList_Append(path.get(), made("type('P', (), {'__eq__': stop})()").get());
+  expect_stop(cpython_add_sys_path("/never/there"), "sys.path");
 }
 
 // Where an answer has no room for it, an interrupt comes once more.

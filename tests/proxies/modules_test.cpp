@@ -54,6 +54,11 @@ TEST_F(PythonModule, IsMadeOnceAndLinkedToTheModuleAroundIt) {
   expect_outcome(ask(*inner, ".x"), "1");
   ASSERT_FALSE(insert_module(Module("test.taken")).is_error());
   EXPECT_TRUE(exported("taken", "").is_error());
+  on_eight_threads([&](int) {
+    const GilGuard gil;
+    static_cast<void>(export_python_module("test.json", "json"));
+    EXPECT_TRUE(export_python_module("test.json", "json").value().is_same(*find_module("test.json")));
+  });
   expect_outcome(export_python_module("test.none", "no_such_module"), "Error: No module named 'no_such_module'");
   EXPECT_FALSE(find_module("test.none"));
 }
