@@ -26,28 +26,17 @@ void raise(const std::string& code) { EXPECT_FALSE(run(code)) << code; }
 
 Error captured(const std::string& code) {
   raise(code);
-  const auto error = capture_error();
-  EXPECT_TRUE(error) << code;
-  EXPECT_EQ(PyErr_Occurred(), nullptr) << code;
-  return error ? error.value() : Error::unknown();
-}
-
-TEST_F(ErrorBridge, HasNothingToSayWithoutAnException) {
-  EXPECT_FALSE(capture_error());
-  EXPECT_EQ(capture_error_or("fixed").message(), "fixed");
-  EXPECT_EQ(exception_to_error(0, 0).message(), Error::unknown().message());
+  return capture_error_or("no exception");
 }
 
 TEST_F(ErrorBridge, KeepsTheTextsOfAnException) {
   const std::tuple<const char*, const char*, const char*> rows[] = {
-      {"raise ValueError('bad')",                                           "bad",                                "ValueError: bad"  },
-      {"def f(): 1 // 0\nf()",                                              "integer division or modulo by zero", "line 1, in f"     },
-      {"raise ValueError('\\ud800')",                                       "\\ud800",                            "\\ud800"          },
-      {"try: 1 // 0\nexcept Exception as e: raise OSError('outer') from e", "outer",                              "ZeroDivisionError"},
-      {"class E(Exception):\n  def __str__(self): return 1 // 0\nraise E",  "E",                                  "E"                },
-      {"class E(Exception): ling = 'mine'\nraise E('text')",                "text",                               "E: text"          },
-      {"class E(Exception): ling = property(len)\nraise E('text')",         "text",                               "E: text"          },
-      {"raise KeyboardInterrupt",                                           "KeyboardInterrupt",                  "KeyboardInterrupt"},
+      {"raise ValueError('bad')",                                          "bad",                                "ValueError: bad"  },
+      {"def f(): 1 // 0\nf()",                                             "integer division or modulo by zero", "line 1, in f"     },
+      {"raise ValueError('\\ud800')",                                      "\\ud800",                            "\\ud800"          },
+      {"class E(Exception):\n  def __str__(self): return 1 // 0\nraise E", "E",                                  "E"                },
+      {"class E(Exception): ling = property(len)\nraise E('text')",        "text",                               "E: text"          },
+      {"raise KeyboardInterrupt",                                          "KeyboardInterrupt",                  "KeyboardInterrupt"},
   };
   for (const auto& [code, message, in_stack] : rows) {
     const Error error = captured(code);
@@ -55,28 +44,20 @@ TEST_F(ErrorBridge, KeepsTheTextsOfAnException) {
     EXPECT_TRUE(error.stack().contains(in_stack)) << error.stack().view();
     EXPECT_TRUE(raw_class_of(error) == Error::getClass());
   }
-}
-
-TEST_F(ErrorBridge, PutsTheTracebackTextIntoTheMessageOfASyntaxError) {
-  const Error error = captured("compile('a = 1 +* 2', 'shop.py', 'exec')");
-  EXPECT_TRUE(error.message().contains("File \"shop.py\", line 1")) << error.message().view();
-  EXPECT_TRUE(error.message().contains("SyntaxError: invalid syntax"));
-  EXPECT_EQ(error.message(), error.stack());
+  const Error of_syntax = captured("compile('a = 1 +* 2', 'shop.py', 'exec')");
+  EXPECT_TRUE(of_syntax.message().contains("SyntaxError: invalid syntax")) << of_syntax.message().view();
+  EXPECT_EQ(of_syntax.message(), of_syntax.stack());
 }
 
 TEST_F(ErrorBridge, PlacesErrorsInTheSource) {
   const std::string placed = R"(
 class E(Exception):
-    def __init__(self, lineno=None, offset=None, end_lineno=None, end_offset=None):
-        self.__dict__.update(locals())
+    def __init__(self, lineno, offset, end_lineno, end_offset): self.__dict__.update(locals())
     def __str__(self): return 'text'
-class Hostile(Exception):
-    @property
-    def lineno(self): raise SystemExit
-    @property
-    def offset(self): return object()
-    def __str__(self): return 'text'
-)";  // the next line is 12
+class Hostile(E):
+    lineno = property(lambda self: sys.exit())
+import sys
+)";  // the next line is 8
   using expected = std::optional<std::int64_t>;
   const std::tuple<const char*, int, int, expected, expected, expected> rows[] = {
       {"E(3, 4, 3, 9)",                        0,  0,  3,  4,  5 },
@@ -84,24 +65,20 @@ class Hostile(Exception):
       {"E(3, 9, 3, 4)",                        0,  0,  3,  9,  {}},
       {"E(3, 4, 3, 9)",                        -2, -3, 1,  1,  5 },
       {"E(3, 4, 3, 9)",                        -3, -4, {}, {}, {}},
-      {"E('3', [], 2**70, 1.5)",               0,  0,  12, {}, {}},
+      {"E('3', [], 2**70, 1.5)",               0,  0,  8,  {}, {}},
       {"E(-2**63, -2**63, -2**63, 2**63 - 1)", -1, -1, {}, {}, {}},
-      {"E()",                                  0,  0,  12, {}, {}},
-      {"Hostile()",                            0,  0,  12, {}, {}},
+      {"Hostile(3, 4, 3, 9)",                  0,  0,  8,  4,  {}},
   };
   for (const auto& [raised, line_shift, column_shift, line, column, length] : rows) {
     raise(placed + "raise " + raised);
     const Error error = exception_to_error(line_shift, column_shift);
     EXPECT_EQ(error.message(), "text") << raised;
-    EXPECT_TRUE(error.stack().contains("line 12")) << error.stack().view();
+    EXPECT_TRUE(error.stack().contains("line 8")) << error.stack().view();
     const auto at = EvaluationError::cast(error);
     ASSERT_EQ(at.has_value(), line || column) << raised;
-    if (at) {
-      EXPECT_EQ(at->line(), line) << raised;
-      EXPECT_EQ(at->column(), column) << raised;
-      EXPECT_EQ(at->length(), length) << raised;
-      EXPECT_FALSE(at->offset());
-    }
+    EXPECT_EQ(at ? at->line() : expected(), line) << raised;
+    EXPECT_EQ(at ? at->column() : expected(), column) << raised;
+    EXPECT_EQ(at ? at->length() : expected(), length) << raised;
   }
   // Whoever raised an error of the host's finds that very error again.
   raise("import ling\nling.Date.fromString('no date')");
@@ -111,10 +88,7 @@ class Hostile(Exception):
 }
 
 TEST_F(ErrorBridge, RaisesAnErrorThatComesBackAsTheSameObject) {
-  const Error with_cause("wrapped");
-  with_cause.setCause(std::make_exception_ptr(std::runtime_error("cause")));
   const std::pair<Error, const char*> rows[] = {
-      {with_cause, "<class 'RuntimeError'>"},
       {Error(String(std::string_view("a\0b", 3))), "<class 'RuntimeError'>"},
       {StopIteration(), "<class 'StopIteration'>"},
       {Error(stock_error(), "none left"), "<class 'ling.shop.StockError'>"},
@@ -145,7 +119,6 @@ TEST_F(ErrorBridge, LetsARequestToStopTravelThroughTheHost) {
 
 TEST_F(ErrorBridge, MirrorsAClassOfErrorsByOnePythonClass) {
   PyObject* const type = exception_type_of(stock_error());
-  EXPECT_EQ(exception_type_of(stock_error()), type);
   EXPECT_EQ(PyObject_IsSubclass(type, PyExc_RuntimeError), 1);
   // Python code raises it by itself, too.
   const Any error = from_python(PyObjectPtr(PyObject_CallFunction(type, "s", "sold out")).get());
@@ -154,11 +127,9 @@ TEST_F(ErrorBridge, MirrorsAClassOfErrorsByOnePythonClass) {
 }
 
 TEST_F(ErrorBridge, FollowsExceptionsThatCarryEachOtherOnlySoFar) {
-  for (const char* circle :
-       {"e = ValueError('self')\ne.ling = result = e",
-        "a, b, c = ValueError('self'), OSError(), OSError()\na.ling, b.ling, c.ling = b, c, a\nresult = a"}) {
-    EXPECT_EQ(Error::unchecked(from_python(run(circle).get())).message(), "self");
-  }
+  const Any first = from_python(
+      run("a, b, c = KeyError('a'), OSError(), OSError()\na.ling, b.ling, c.ling = b, c, a\nresult = a").get());
+  EXPECT_EQ(Error::unchecked(first).message(), "'a'");
   const Any last = from_python(run("a, b = ValueError('a'), OSError('b')\na.ling = b\nresult = a").get());
   EXPECT_EQ(Error::unchecked(last).message(), "b");
 }
@@ -172,6 +143,8 @@ TEST_F(ErrorBridge, LeaksNothing) {
     exception_to_error(0, 0);
     raise_error(error);
     static_cast<void>(capture_error());
+    EXPECT_FALSE(to_python_locked(Tuple_Generic({1000, error})));
+    PyErr_Clear();
   });
   EXPECT_EQ(error.get()->reference_count(), 1u);
 }

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <barrier>
+#include <cstdlib>
 #include <functional>
 #include <optional>
 #include <string>
@@ -63,8 +64,15 @@ void expect_no_leak(const char* what, const F& work) {
   EXPECT_LT(allocated_blocks() - blocks, rounds / 2) << what;
 }
 
+// Does something in a process of its own, which ends well when no expectation has failed.
+template <class F>
+void expect_passes_alone(const F& work) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT((work(), std::exit(::testing::Test::HasFailure() ? 1 : 3)), ::testing::ExitedWithCode(3), "");
+}
+
 // A case that holds the lock throughout.
-class PythonTest : public testing::Test {
+class PythonTest : public ::testing::Test {
  protected:
   PythonTest() {
     EXPECT_FALSE(initialize().is_error());
@@ -80,15 +88,14 @@ class PythonTest : public testing::Test {
   void on_eight_threads(const std::function<void(int)>& work) {
     lock_.reset();
     std::barrier start(8);
-    {
-      std::vector<std::jthread> threads;
-      for (int i = 0; i < 8; ++i) {
-        threads.emplace_back([&, i] {
-          start.arrive_and_wait();
-          work(i);
-        });
-      }
+    std::vector<std::jthread> threads;
+    for (int i = 0; i < 8; ++i) {
+      threads.emplace_back([&, i] {
+        start.arrive_and_wait();
+        work(i);
+      });
     }
+    threads.clear();
     lock_.emplace();
   }
 
