@@ -6,6 +6,7 @@
 #include <pthread.h>
 
 #include <chrono>
+#include <cstdint>
 #include <semaphore>
 
 namespace ling::cpython {
@@ -15,16 +16,17 @@ using References = PythonTest;
 
 // Counts thread states: each value lives as long as the one that it was stored with.
 constexpr const char* values_of_threads = R"(
-import threading
-local = threading.local()
-class Value:
-    alive = 0
-    def __init__(self): Value.alive += 1
-    def __del__(self): Value.alive -= 1
-def remember(): local.value = Value()
-def recall(): return local.value is not None
-result = (remember, recall, lambda: Value.alive)
+import threading, weakref
+local, alive = threading.local(), weakref.WeakSet()
+class Value: pass
+def remember():
+    local.value = Value()
+    alive.add(local.value)
+result = (remember, lambda: local.value, lambda: len(alive))
 )";
+PyObjectPtr call(const PyObjectPtr& functions, Py_ssize_t index) {
+  return PyObjectPtr(PyObject_CallObject(PyTuple_GetItem(functions.get(), index), nullptr));
+}
 
 TEST_F(References, DieOnThreadsThatHoldNoLock) {
   const PyObjectPtr object = eval("[]");
@@ -43,20 +45,17 @@ TEST_F(References, DieOnThreadsThatHoldNoLock) {
 
 TEST_F(References, LeaveThreadsTheirStateUntilTheyEnd) {
   const PyObjectPtr functions = run(values_of_threads);
-  const auto call = [&](Py_ssize_t index) {
-    return PyObjectPtr(PyObject_CallObject(PyTuple_GetItem(functions.get(), index), nullptr));
-  };
   on_eight_threads([&](int) {
     {
       const GilGuard lock;
-      EXPECT_TRUE(call(0));
+      EXPECT_TRUE(call(functions, 0));
     }
     PyThreadState* kept = PyGILState_GetThisThreadState();
     const GilGuard lock;
-    EXPECT_TRUE(call(1)) << "the thread came back with another state";
+    EXPECT_TRUE(call(functions, 1)) << "the thread came back with another state";
     EXPECT_EQ(PyGILState_GetThisThreadState(), kept);
   });
-  EXPECT_EQ(repr(call(2)), "0") << "states of ended threads are deleted with the next lock that is taken";
+  EXPECT_EQ(repr(call(functions, 2)), "0") << "states of ended threads are deleted with the next lock that is taken";
 }
 
 TEST_F(References, LetAThreadBeJoinedUnderTheLock) {
@@ -75,105 +74,71 @@ TEST_F(References, LetAThreadBeJoinedUnderTheLock) {
 
 // --- the end of a thread ---------------------------------------------------------------------------------------------
 
+pthread_key_t before_python, behind_python;
+PyObjectPtr late_functions;
+
 // A host's own use of the end of a thread: with Python, and in so many rounds.
-struct late_use {
-  pthread_key_t key;
-  int rounds;
-  PyObject* function;
-};
-void use_late(void* value) {
-  auto* use = static_cast<late_use*>(value);
+template <pthread_key_t& key>
+void use_late(void* rounds) {
   std::thread([] { const GilGuard deletes_states_of_ended_threads; }).join();
   {
     const GilGuard lock;
-    EXPECT_TRUE(PyObjectPtr(PyObject_CallObject(use->function, nullptr)));
+    EXPECT_TRUE(call(late_functions, 0));
   }
-  if (--use->rounds > 0) {
-    pthread_setspecific(use->key, use);
-  }
+  pthread_setspecific(key, reinterpret_cast<void*>(reinterpret_cast<std::intptr_t>(rounds) - 1));
 }
 
-// Keys have their turns in the order of their numbers: the host's before and behind Python's and this module's.
-void end_threads_that_use_python(bool module_before_python) {
-  pthread_key_t lowest, keys[3];
+// Keys have their turns in the order of their numbers: this module's first, then the host's
+// before and behind Python's.
+void end_threads_that_use_python() {
+  pthread_key_t lowest;
   pthread_key_create(&lowest, nullptr);
-  pthread_key_create(&keys[0], &use_late);
-  Py_InitializeEx(0);
+  pthread_key_create(&before_python, &use_late<before_python>);
   start_python();
-  const PyObjectPtr functions = run(values_of_threads);
-  PyObject* const remember = PyTuple_GetItem(functions.get(), 0);
-  PyObject* const alive = PyTuple_GetItem(functions.get(), 2);
-  PyEval_SaveThread();
-  pthread_key_create(&keys[1], &use_late);
-  if (module_before_python) {
-    pthread_key_delete(lowest);
-  }
+  pthread_key_delete(lowest);
   std::thread([] { const GilGuard makes_the_key; }).join();
-  pthread_key_create(&keys[2], &use_late);
-  for (int rounds = 1; rounds <= PTHREAD_DESTRUCTOR_ITERATIONS; ++rounds) {
-    for (const bool used_before : {true, false}) {
-      late_use uses[] = {
-          {keys[0], rounds, remember},
-          {keys[1], rounds, remember},
-          {keys[2], rounds, remember}
-      };
-      std::thread([&] {
-        for (late_use& use : uses) {
-          pthread_setspecific(use.key, &use);
-        }
-        if (used_before) {
-          const GilGuard lock;
-          EXPECT_TRUE(PyObjectPtr(PyObject_CallObject(remember, nullptr)));
-        }
-      }).join();
-      const GilGuard lock;
-      EXPECT_EQ(repr(PyObjectPtr(PyObject_CallObject(alive, nullptr))), "0") << rounds << " " << used_before;
-    }
+  pthread_key_create(&behind_python, &use_late<behind_python>);
+  std::optional<GilGuard> lock(std::in_place);
+  late_functions = run(values_of_threads);
+  for (std::intptr_t rounds = 1; rounds <= PTHREAD_DESTRUCTOR_ITERATIONS; ++rounds) {
+    lock.reset();
+    std::thread([&] {
+      for (const pthread_key_t key : {before_python, behind_python}) {
+        pthread_setspecific(key, reinterpret_cast<void*>(rounds));
+      }
+      const GilGuard own;
+      EXPECT_TRUE(call(late_functions, 0));
+    }).join();
+    lock.emplace();
+    EXPECT_EQ(repr(call(late_functions, 2)), "0") << rounds;
   }
-  std::exit(testing::Test::HasFailure() ? 1 : 3);
 }
 
-TEST(ReferencesDeathTest, ServeThreadsToTheirVeryEnd) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  for (const bool module_before_python : {false, true}) {
-    EXPECT_EXIT(end_threads_that_use_python(module_before_python), ::testing::ExitedWithCode(3), "");
-  }
-}
+TEST(ReferencesDeathTest, ServeThreadsToTheirVeryEnd) { expect_passes_alone(&end_threads_that_use_python); }
 
 // --- the end of the process ------------------------------------------------------------------------------------------
 
-std::binary_semaphore lock_is_held(0);
-
-// Leaves the process by exit() while another thread holds the lock and never gives it back.
-void exit_while_lock_is_held() {
-  { const GilGuard lock; }
-  std::thread([] {
-    const GilGuard lock;
-    lock_is_held.release();
-    std::this_thread::sleep_for(std::chrono::hours(24));
-  }).detach();
-  lock_is_held.acquire();
-  std::exit(3);
-}
-
 TEST(ReferencesDeathTest, DoNotKeepTheProcessFromEnding) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  void (*const ways[])() = {
-      [] { std::thread(&exit_while_lock_is_held).join(); },
-      // A reference that dies behind main().
-      [] {
+  // A thread that has a state leaves by exit() while another one holds the lock and never gives it back.
+  expect_passes_alone([] {
+    start_python();
+    static std::binary_semaphore lock_is_held(0);
+    std::thread([] {
+      { const GilGuard lock; }
+      std::thread([] {
         const GilGuard lock;
-        static const PyObjectPtr last = eval("[]");
-        std::exit(3);
-      },
-  };
-  for (const auto& way : ways) {
-    const auto run_way = [&] {
-      start_python();
-      way();
-    };
-    EXPECT_EXIT(run_way(), ::testing::ExitedWithCode(3), "");
-  }
+        lock_is_held.release();
+        std::this_thread::sleep_for(std::chrono::hours(24));
+      }).detach();
+      lock_is_held.acquire();
+      std::exit(3);
+    }).join();
+  });
+  expect_passes_alone([] {
+    start_python();
+    const GilGuard lock;
+    static const PyObjectPtr last_dies_behind_main = eval("[]");
+  });
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 import os
 import subprocess
 import sys
-import unittest
 
 HOST = os.environ["LING_COMMAND"], "exec"
 PYTHON = os.path.join(sys.base_prefix, "bin", "python%d.%d" % sys.version_info[:2]), "-c"
@@ -15,20 +14,16 @@ print([name for name, module in sys.modules.items() if "__warningregistry__" in 
 print(warnings.filters)
 """
 
-class SilentStart(unittest.TestCase):
-    def outcome(self, code, *command, **settings):
-        """What a command prints for the code that is its last argument."""
-        environment = {k: v for k, v in os.environ.items() if k not in ("PYTHONWARNINGS", "PYTHONDEVMODE")}
-        done = subprocess.run([*command, code], env={**environment, **settings}, capture_output=True, text=True)
-        self.assertEqual((done.returncode, done.stderr), (0, ""))
-        return done.stdout.splitlines()
 
-    def test_members(self):
-        expected = self.outcome(MEMBERS, *HOST)[:-2]
-        for settings in {"PYTHONWARNINGS": "error"}, {"PYTHONDEVMODE": "1"}, {"PYTHONWARNINGS": "always"}:
-            with self.subTest(**settings):
-                filters = self.outcome("import warnings; print(warnings.filters)", *PYTHON, **settings)
-                self.assertEqual(self.outcome(MEMBERS, *HOST, **settings), [*expected, "[]", *filters])
+def outcome(code, *command, **settings):
+    """What a command prints for the code that is its last argument."""
+    environment = {k: v for k, v in os.environ.items() if k not in ("PYTHONWARNINGS", "PYTHONDEVMODE")}
+    done = subprocess.run([*command, code], env={**environment, **settings}, capture_output=True, text=True)
+    assert (done.returncode, done.stderr) == (0, ""), (settings, done)
+    return done.stdout.splitlines()
 
 
-unittest.main()
+expected = outcome(MEMBERS, *HOST)[:-2]
+for settings in {"PYTHONWARNINGS": "error"}, {"PYTHONDEVMODE": "1"}, {"PYTHONWARNINGS": "always"}:
+    filters = outcome("import warnings; print(warnings.filters)", *PYTHON, **settings)
+    assert outcome(MEMBERS, *HOST, **settings) == [*expected, "[]", *filters], settings

@@ -1,34 +1,27 @@
-// The start of the interpreter, each in a process of its own, and what stands in an interpreter that was started.
+// The start of the interpreter and what it makes of `sys.path`, each in a process of its own.
 #include "bridge/python.h"
 #include "extension/search_paths.h"
 #include "ling/loading.h"
 #include "ling/testing.h"
 
-#include <cstdlib>
 #include <semaphore>
-
-extern "C" void corvantis_extension_init() noexcept;
 
 namespace ling::cpython {
 namespace {
 
-// Ends the process with status 3 when the start left everything as it must be.
-[[noreturn]] void exit_with(bool passed) { std::exit(passed ? 3 : 1); }
-
-// Whether there is one importer, before all others.
-bool started() {
+// There is one importer, before all others.
+void expect_started() {
   const GilGuard lock;
-  const PyObjectPtr names = eval("[type(i).__name__ for i in __import__('sys').meta_path]");
-  return repr(names).starts_with("['_LingModuleImporter', ") && repr(names).rfind("_Ling") == 2;
+  const std::string names = repr(eval("[type(i).__name__ for i in __import__('sys').meta_path]"));
+  EXPECT_TRUE(names.starts_with("['_LingModuleImporter', ") && names.rfind("_Ling") == 2) << names;
 }
+void expect_locked() { EXPECT_EQ(PyGILState_Ensure(), PyGILState_LOCKED); }
 
 void start_on_eight_threads() {
-  std::atomic<int> passed = 0;
-  ling::testing::on_eight_threads([&](int) {
+  ling::testing::on_eight_threads([](int) {
     start_python();
-    passed += started() ? 1 : 0;
+    expect_started();
   });
-  exit_with(passed == 8);
 }
 
 // The test owns the interpreter, holds its lock and handles an exception.
@@ -38,10 +31,11 @@ void start_owned() {
   PyErr_SetString(PyExc_ValueError, "mine");
   start_python();
   start_python();
-  const bool kept = PyErr_ExceptionMatches(PyExc_ValueError) != 0;
+  EXPECT_TRUE(PyErr_ExceptionMatches(PyExc_ValueError));
   PyErr_Clear();
-  const bool queued = repr(eval("'/queued' in __import__('sys').path")) == "True";
-  exit_with(kept && !queued && PyGILState_Ensure() == PyGILState_LOCKED && started());
+  EXPECT_EQ(repr(eval("'/queued' in __import__('sys').path")), "False");
+  expect_locked();
+  expect_started();
 }
 
 // One thread holds the lock and wants the start, the other starts and wants the lock.
@@ -56,7 +50,8 @@ void start_while_another_thread_holds_the_lock() {
   // Whoever of the two is first, the start must end; this makes the other one the likely starter.
   std::this_thread::sleep_for(std::chrono::milliseconds(100));
   start_python();
-  exit_with(PyGILState_Ensure() == PyGILState_LOCKED && started());
+  expect_locked();
+  expect_started();
 }
 
 // One thread holds the lock and loads a plug-in, which another thread is loading that needs the lock for it.
@@ -65,20 +60,18 @@ void load_while_another_thread_holds_the_lock() {
   start_python();
   ling::testing::directed_extension extension;
   std::binary_semaphore loading(0);
-  bool initialised = false;
   extension.first = [&]() -> Any {
     loading.release();
     return {};
   };
   extension.second = [&]() -> Any {
     const GilGuard lock;
-    initialised = true;
     return {};
   };
   std::jthread other([&] { EXPECT_FALSE(extension.load().is_error()); });
   loading.acquire();
-  const bool loaded = !extension.load().is_error();
-  exit_with(loaded && initialised && PyGILState_Ensure() == PyGILState_LOCKED);
+  EXPECT_FALSE(extension.load().is_error());
+  expect_locked();
 }
 
 // Python code that the start runs needs the interpreter.
@@ -94,30 +87,32 @@ void start_from_within_the_start() {
   PySys_SetObject("ensure", function.get());
   static_cast<void>(run("import sys\nsys.addaudithook(lambda *_: sys.ensure())"));
   start_python();
-  exit_with(started());
+  expect_started();
 }
 
 TEST(StartupDeathTest, HappensOnceWhoeverComesFirst) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
   for (void (*start)() : {&start_on_eight_threads, &start_owned, &start_while_another_thread_holds_the_lock,
                           &load_while_another_thread_holds_the_lock, &start_from_within_the_start}) {
-    EXPECT_EXIT(start(), ::testing::ExitedWithCode(3), "");
+    expect_passes_alone(start);
   }
 }
 
-using Startup = PythonTest;
-
-TEST_F(Startup, GoesOnWithoutAUserFolderThatCannotBeMade) {
-  const std::string file = "/proc/self/exe";  // no folder
-  std::vector<std::string> messages;
-  get_logger().setSink([&](const LogRecord& record) { messages.emplace_back(record.message().view()); });
-  setenv("LOCALAPPDATA", file.c_str(), 1);
-  corvantis_extension_init();
-  get_logger().setSink({});
-  unsetenv("LOCALAPPDATA");
-  ASSERT_EQ(messages.size(), 1U);
-  EXPECT_NE(messages[0].find(file + "/Corvantis/Python313: "), std::string::npos) << messages[0];
-  EXPECT_EQ(repr(eval("any('/proc/self/exe' in p for p in __import__('sys').path)")), "False");
+TEST(StartupDeathTest, AddsEachPathOnceAndAtTheEnd) {
+  expect_passes_alone([] {
+    for (const char* path : {"/first", "/second", "/first"}) {
+      static_cast<void>(cpython_add_sys_path(path));
+      static_cast<void>(add_sys_path("/\xff"));  // spelled as Python spells file names
+    }
+    start_python();
+    const GilGuard lock;
+    EXPECT_EQ(repr(eval("__import__('sys').path[-3:]")), "['/first', '/\\udcff', '/second']");
+    EXPECT_FALSE(cpython_add_sys_path("/größe").is_error() || add_sys_path("/größe").is_error());
+    EXPECT_EQ(repr(eval("__import__('sys').path[-2:]")), "['/second', '/größe']");
+    // What a str that is no Unicode text is when it arrives is empty, and would be the current directory.
+    EXPECT_TRUE(cpython_add_sys_path(String::unchecked(from_python(eval("'/\\udcff'").get()))).is_error());
+    ASSERT_TRUE(run("import sys, traceback\nsys.path = ()\nresult = 1"));  // errors need what could not be found then
+    EXPECT_TRUE(cpython_add_sys_path("/one").is_error());
+  });
 }
 
 }  // namespace
