@@ -20,15 +20,21 @@ CPythonFunction function(const std::string& statements) {
 }
 
 TEST_F(PythonFunction, MapsAnnotationsToTypes) {
-  const std::string names = "import typing, collections.abc\nclass Own: pass\nresult = ";
+  const std::string names =
+      "import typing, collections.abc\nclass Own: pass\nclass String: pass\n"
+      "class Box(typing.Generic[typing.TypeVar('T')]): pass\nresult = ";
   const std::pair<const char*, const char*> rows[] = {
-      {"type(None)",                    "None"   },
-      {"' builtins.int '",              "Integer"},
-      {"collections.abc.Sequence[int]", "List"   },
-      {"typing.Optional[int]",          "Any"    },
-      {"'int | None'",                  "Integer"},
-      {"Own",                           "Own"    },
-      {"3",                             "Any"    },
+      {"type(None)",                    "None"      },
+      {"' builtins.int '",              "Integer"   },
+      {"collections.abc.Sequence[int]", "List"      },
+      {"typing.Optional[int]",          "Any"       },
+      {"'int | None'",                  "Integer"   },
+      {"typing.Callable[[int], str]",   "I_Callable"},
+      {"Own",                           "Own"       },
+      {"'Own'",                         "Any"       },
+      {"Box[int]",                      "Box"       },
+      {"String",                        "String"    }, // the host's, by its name
+      {"3",                             "Any"       },
   };
   for (const auto& [annotation, type] : rows) {
     expect_outcome(type_from_annotation(run(names + annotation).get()).name(), type, annotation);

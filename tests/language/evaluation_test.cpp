@@ -93,6 +93,8 @@ TEST_F(Evaluation, GivesOutLocalsBack) {
     EXPECT_EQ(text(evaluate(code, with_out_locals(out_locals))), result) << code;
     EXPECT_EQ(repr(to_python(out_locals.get(String("x")))), x) << code;
   }
+  EXPECT_FALSE(EvaluationError::cast(evaluate("del x", with_out_locals(make_map({"x", 1})))))
+      << "no line of the code's";
 }
 
 TEST_F(Evaluation, SeesTheHostsModules) {
