@@ -116,7 +116,7 @@ def check_type_table(rows):
     imported = {name: f"{module}.{of}" for name, module, of in re.findall(r'module_attribute (\w+)\("(\w+)", "(\w+)"\)', text)}
     pattern = r"\{&(\w+?)(?:_Generic)?::getClass,\s*(?:&Py(\w+)_Type|Py_TYPE\(Py_(\w+)\)|nullptr),\s*(?:&(\w+)|nullptr),\s*direction::(\w+)"
     actual = {
-        (imported[name] if name else PYTHON_NAMES[a or b], of_class, DIRECTIONS[direction])
+        (imported[name] if name else PYTHON_NAMES.get(a or b, f"{a or b} (not in PYTHON_NAMES)"), of_class, DIRECTIONS[direction])
         for of_class, a, b, name, direction in re.findall(pattern, text)
         if direction != "names"
     }

@@ -1,4 +1,4 @@
-// Source text and the names it finds.
+// Calling `exec` and `eval`, and the names that their code finds.
 #include "python/python_source.h"
 
 #include "ling/module.h"

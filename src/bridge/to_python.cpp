@@ -77,24 +77,25 @@ PyObjectPtr convert_as(const Any& value) {
   return Convert(H::unchecked(value));
 }
 
-// The first test that applies decides:
-// 1. A Python object comes home.
-// 2., 3. Dates and decimals are copied.
-// 4. An Error is raised.
-// 5., 6. Times are copied, alone and with their day.
-// 7. Everything else arrives as the object it is.
-// No test for text: a text is of a kind of its own here, never an Instance.
+// The first test that applies decides. No test for text: a text is of a kind of its own here, never an Instance.
 struct instance_row {
   bool (*matches)(const object_value* object);
   PyObjectPtr (*convert)(const Any& value);
 };
 const instance_row instance_rows[] = {
+  // 1. A Python object comes home.
     {&CPythonObject::matches, &convert_as<CPythonObject, python_object_to_python>},
+ // 2. Dates are copied.
     {&Date::matches,          &convert_as<Date,          date_to_python>         },
+ // 3. Decimals, too.
     {&Decimal::matches,       &convert_as<Decimal,       decimal_to_python>      },
+ // 4. An Error is raised.
     {&Error::matches,         &convert_as<Error,         error_to_python>        },
+ // 5. Times are copied.
     {&Time::matches,          &convert_as<Time,          time_to_python>         },
+ // 6. Times with their day, too.
     {&DateTime::matches,      &convert_as<DateTime,      date_time_to_python>    },
+ // 7. Everything else arrives as the object it is.
 };
 
 const instance_row* row_of(const Any& instance) {

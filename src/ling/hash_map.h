@@ -3,7 +3,8 @@
 // Keys are immutable values (`I_Immutable`): numbers, texts, byte arrays, tuples of those, classes, and instances whose
 // class says so. Equality is that of equal_objects, so 1 and 1.0 are one key.
 //
-// Threads: every operation is atomic. Iteration works on a snapshot taken when it starts.
+// Errors: a key that cannot be one counts as missing where no result can say so; exhausted memory and interruptions are
+// thrown. Threads: every operation is atomic. Iteration works on a snapshot taken when it starts.
 #pragma once
 
 #include "ling/class.h"
@@ -68,7 +69,8 @@ class LING_API HashMap_Generic : public Handle<HashMap_Generic, object_value_has
   bool contains(const Any& key) const;  // false for a key that is not immutable
   // The value, or `otherwise` when the key is not there.
   Any get(const Any& key, const Any& otherwise = {}) const;
-  void set(const Any& key, const Any& value) const;  // the key must be immutable
+  // The key must be immutable: anything else is a fault of the caller, which only an assertion tells.
+  void set(const Any& key, const Any& value) const;
   // None, or an Error when the key is not immutable or the key or value is not of the map's type.
   Any setChecked(const Any& key, const Any& value) const { return object().set_checked(key, value); }
   bool remove(const Any& key) const;

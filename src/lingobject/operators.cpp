@@ -5,6 +5,9 @@
 #include "ling/reflection.h"
 #include "lingobject/host_call.h"
 
+#include <cassert>
+#include <iterator>
+
 namespace ling::cpython {
 
 namespace {
@@ -35,6 +38,15 @@ const operator_row rows[] = {
     {inplace_repeat,   &Any::__imul__, nullptr,          "[ling_sequence_inplace_repeat] None method '__imul__' in: {}."},
 };
 
+static_assert(std::size(rows) == static_cast<std::size_t>(inplace_repeat) + 1);
+
+// The rows stand in the order of the enumeration.
+const operator_row& row_of(host_operator which) {
+  const operator_row& row = rows[static_cast<std::size_t>(which)];
+  assert(row.which == which);
+  return row;
+}
+
 slot_result error_missing(const operator_row& row, const Any& value) {
   const bool names_method = std::string_view(row.missing).find("{}") != std::string_view(row.missing).rfind("{}");
   const String text(row.missing);
@@ -55,12 +67,10 @@ slot_result apply(const operator_row& row, const Any& wrapped, std::span<const A
 
 }  // namespace
 
-slot_result apply_operator(host_operator which, const Any& value) {
-  return apply(rows[static_cast<std::size_t>(which)], value, {});
-}
+slot_result apply_operator(host_operator which, const Any& value) { return apply(row_of(which), value, {}); }
 
 slot_result apply_operator(host_operator which, const Any& value, const Any& operand) {
-  return apply(rows[static_cast<std::size_t>(which)], value, std::span<const Any>(&operand, 1));
+  return apply(row_of(which), value, std::span<const Any>(&operand, 1));
 }
 
 }  // namespace ling::cpython

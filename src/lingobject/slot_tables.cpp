@@ -1,4 +1,4 @@
-// Which slot holds what.
+// The tables of the operator, sequence and mapping slots; the other slots are filled in shared_types.cpp.
 #include "lingobject/operators.h"
 #include "lingobject/slot_bodies.h"
 #include "lingobject/type_objects.h"

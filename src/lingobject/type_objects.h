@@ -1,4 +1,6 @@
 // The type objects of wrappers.
+//
+// Defined in class_types.cpp, shared_types.cpp, slot_tables.cpp.
 #pragma once
 
 #include "ling/class.h"

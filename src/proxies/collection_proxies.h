@@ -1,5 +1,7 @@
 // Python's collections as the runtime's: iterables, iterators, mappings, sequences and sets. Every one is a
 // CPythonObject; nothing is copied, and every operation calls the Python object, under the lock that it takes itself.
+//
+// Defined in mapping_proxy.cpp, sequence_proxy.cpp, set_proxy.cpp, iteration_proxies.cpp.
 #pragma once
 
 #include "ling/interfaces.h"

@@ -1,4 +1,6 @@
 // Calling Python: arguments go over, the result comes back, and what fails is an Error. The lock must be held.
+//
+// Defined in bridge/call_python.cpp and function/signature.cpp.
 #pragma once
 
 #include "ling/callable.h"

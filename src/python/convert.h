@@ -1,5 +1,7 @@
 // The crossing: host values to Python objects and back. Plain values are copied, everything else arrives as the very
 // object it is, wrapped (LingObject) or presented (proxies), so that a round trip gives back the identical object.
+//
+// Defined in bridge/: to_python.cpp, from_python.cpp, code_text.cpp, corresponding_types.cpp.
 #pragma once
 
 #include "ling/class.h"

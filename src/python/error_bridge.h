@@ -1,5 +1,7 @@
 // Failures across the border: Python exceptions become Errors, Errors become Python exceptions, and one that crosses
 // twice is the same object it was. The lock must be held for every operation.
+//
+// Defined in bridge/: error_bridge.cpp, exception_types.cpp.
 #pragma once
 
 #include "ling/class.h"

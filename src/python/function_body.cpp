@@ -1,4 +1,4 @@
-// Indenting code that was written without regard to it.
+// Code as the body of a function: every line gets a tab, but for those inside of literals.
 //
 // Python reads what comes of this, so lines and literals must be seen here as Python's tokenizer sees them: a line that
 // is taken for a part of a literal gets no tab, and if it were none it would stand outside of the function.

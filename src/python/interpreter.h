@@ -1,4 +1,6 @@
 // The embedded interpreter: started once, on first need, and never finalised by this module.
+//
+// Defined in extension/startup.cpp.
 #pragma once
 
 #include "ling/error.h"

@@ -1,4 +1,6 @@
 // Equality and hashes of what stands for Python objects: as Python sees the objects. The lock must be held.
+//
+// Defined in bridge/python_equality.cpp.
 #pragma once
 
 #include "ling/any.h"

@@ -1,4 +1,6 @@
 // Python modules as modules of the host. The lock must be held.
+//
+// Defined in proxies/python_module.cpp.
 #pragma once
 
 #include "ling/module.h"

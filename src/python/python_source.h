@@ -1,4 +1,6 @@
 // Running source text: what evaluation and functions made from text have in common. The lock must be held.
+//
+// Defined in bridge/python_source.cpp.
 #pragma once
 
 #include "ling/string.h"

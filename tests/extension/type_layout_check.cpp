@@ -1,4 +1,4 @@
-// The layouts of extension/type_layout.h against the interpreter's own headers. Compiling this file is the
+// The layouts of python/type_layout.h against the interpreter's own headers. Compiling this file is the
 // check; the build compiles it once for each Python version whose headers it is given.
 
 // The full headers come first: their include guard keeps out the limited ones, which type_layout.h asks for.

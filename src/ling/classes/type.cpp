@@ -1,4 +1,4 @@
-// Types.
+// Types, and the class Computed, which is only a place in a union.
 #include "ling/type.h"
 
 #include "ling/class_builder.h"

@@ -1,4 +1,4 @@
-// Errors.
+// Error and its kinds: their classes, and errors out of C++ exceptions.
 #include "ling/error.h"
 
 #include "ling/class_builder.h"
