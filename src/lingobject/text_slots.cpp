@@ -3,6 +3,7 @@
 #include "ling/detail/try.h"
 #include "ling/interfaces.h"
 #include "ling/reflection.h"
+#include "lingobject/host_call.h"
 #include "lingobject/slot_bodies.h"
 
 namespace ling::cpython {
@@ -86,7 +87,12 @@ Result<Ordering> outcome_of(const Any& a, const Any& b, int operation) {
 }  // namespace
 
 slot_result compare(const Any& value, PyObject* other, int operation) {
-  const Ordering ordering = TRY(outcome_of(value, from_python_locked(other), operation));
+  const Any operand = from_python_locked(other);
+  // What does not fit into a value is unlike every other; that the conversion was stopped says nothing.
+  if (operand.has(internal::intolerable) && conversion_failed(other, operand)) {
+    return Error::unchecked(operand);
+  }
+  const Ordering ordering = TRY(outcome_of(value, operand, operation));
   return Any(holds(comparisons[operation], ordering.value()));
 }
 

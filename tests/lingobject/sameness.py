@@ -21,8 +21,19 @@ class Broken:
         raise KeyboardInterrupt("stop")
 
 
-stopper, broken = Broken(), list_of(Broken())
-for ask in (lambda: stopper in broken, lambda: broken.removeOne(stopper), lambda: broken == list_of(stopper)):
+class Unreadable:
+    def __iter__(self):
+        raise KeyboardInterrupt("stop")
+
+
+stopper, broken, unreadable = Broken(), list_of(Broken()), Unreadable()
+for ask in (
+    lambda: stopper in broken,
+    lambda: broken.removeOne(stopper),
+    lambda: broken == list_of(stopper),
+    lambda: broken == unreadable,
+    lambda: broken < unreadable,
+):
     try:
         raise AssertionError(ask())
     except KeyboardInterrupt:
