@@ -113,8 +113,24 @@ class I_Callable : public Handle<I_Callable<T>, object_value_callable, I_Callabl
   LING_HANDLE(I_Callable, object_value_callable)
 };
 
+// A callable that may take a receiver, and is told whether it does.
+class LING_API object_value_receiving_callable : public object_value_callable {
+ public:
+  ObjectType type() const noexcept override { return ObjectType::Callable; }
+  bool is_independent() const noexcept override { return independent_.load(std::memory_order_relaxed); }
+  void set_independent(bool independent) noexcept override {
+    independent_.store(independent, std::memory_order_relaxed);
+  }
+
+ protected:
+  explicit object_value_receiving_callable(bool independent) noexcept : independent_(independent) {}
+
+ private:
+  std::atomic<bool> independent_;
+};
+
 // A callable that keeps what it was declared with.
-class LING_API object_value_function : public object_value_callable {
+class LING_API object_value_function : public object_value_receiving_callable {
  public:
   // What a native function's parameters and result are; asked for on first need, since the classes it names may not be
   // built yet when the function is declared.
@@ -132,15 +148,10 @@ class LING_API object_value_function : public object_value_callable {
     bool has_receiver = false;
   };
 
-  ObjectType type() const noexcept override { return ObjectType::Callable; }
   object_value_class& object_class() const override;
   String name() const override { return declaration_.name; }
   String doc() const override { return declaration_.doc; }
   Result<Signature> signature() const override;
-  bool is_independent() const noexcept override { return independent_.load(std::memory_order_relaxed); }
-  void set_independent(bool independent) noexcept override {
-    independent_.store(independent, std::memory_order_relaxed);
-  }
   Any declaring_context() const override;
   void set_declaring_context(const Any& context) override;
 
@@ -154,7 +165,6 @@ class LING_API object_value_function : public object_value_callable {
  private:
   const declaration declaration_;
   const native_types types_;
-  std::atomic<bool> independent_;
   mutable internal::published<object_value> signature_;
   internal::published<object_value> declaring_context_;
 

@@ -62,7 +62,7 @@ I_Callable_Generic I_Callable_Generic::bindInstance(const Any& instance) const {
 // --- functions -------------------------------------------------------------------------------------------------------
 
 object_value_function::object_value_function(declaration declared, native_types types)
-    : declaration_(std::move(declared)), types_(types), independent_(!declaration_.has_receiver) {}
+    : object_value_receiving_callable(!declared.has_receiver), declaration_(std::move(declared)), types_(types) {}
 
 object_value_function::~object_value_function() {
   if (object_value* signature = signature_.get()) {
