@@ -46,16 +46,25 @@ const object_value_instance* as_instance(const Any& value) {
   return value.has(object_traits::instance) ? static_cast<const object_value_instance*>(value.get()) : nullptr;
 }
 
+// What the value alone has under the name, else what its class has.
+template <class T>
+Union<T, None> raw_member_of(const Any& value, const name_entry& name,
+                             Any (object_value_instance::*own_member)(const name_entry&) const,
+                             Any class_member::*of_class) {
+  if (const object_value_instance* instance = as_instance(value)) {
+    if (Any own = (instance->*own_member)(name); !own.empty()) {
+      return Union<T, None>::unchecked(std::move(own));
+    }
+  }
+  const class_member* member = member_of(value, name);
+  return Union<T, None>::unchecked(member == nullptr ? Any() : member->*of_class);
+}
+
 }  // namespace
 
 Union<I_Callable_Generic, None> raw_method_of(const Any& value, meta_method_untyped name) {
-  if (const object_value_instance* instance = as_instance(value)) {
-    if (Any own = instance->own_method(name.entry()); !own.empty()) {
-      return Union<I_Callable_Generic, None>::unchecked(std::move(own));
-    }
-  }
-  const class_member* member = member_of(value, name.entry());
-  return Union<I_Callable_Generic, None>::unchecked(member == nullptr ? Any() : member->method);
+  return raw_member_of<I_Callable_Generic>(value, name.entry(), &object_value_instance::own_method,
+                                           &class_member::method);
 }
 
 Union<I_Callable_Generic, None> method_of(const Any& value, meta_method_untyped name) {
@@ -72,13 +81,7 @@ Union<I_Callable_Generic, None> method_of(const Any& value, meta_method_untyped 
 }
 
 Union<Property, None> raw_property_of(const Any& value, meta_property_untyped name) {
-  if (const object_value_instance* instance = as_instance(value)) {
-    if (Any own = instance->own_property(name.entry()); !own.empty()) {
-      return Union<Property, None>::unchecked(std::move(own));
-    }
-  }
-  const class_member* member = member_of(value, name.entry());
-  return Union<Property, None>::unchecked(member == nullptr ? Any() : member->property);
+  return raw_member_of<Property>(value, name.entry(), &object_value_instance::own_property, &class_member::property);
 }
 
 Union<Property, None> property_of(const Any& value, meta_property_untyped name) {
