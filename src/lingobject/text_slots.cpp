@@ -87,12 +87,12 @@ Result<Ordering> outcome_of(const Any& a, const Any& b, int operation) {
 }  // namespace
 
 slot_result compare(const Any& value, PyObject* other, int operation) {
-  const Any operand = from_python_locked(other);
+  const operand given(other);
   // What does not fit into a value is unlike every other; that the conversion was stopped says nothing.
-  if (operand.has(internal::intolerable) && conversion_failed(other, operand)) {
-    return Error::unchecked(operand);
+  if (given.failed() && given.value().has(internal::intolerable)) {
+    return given.error();
   }
-  const Ordering ordering = TRY(outcome_of(value, operand, operation));
+  const Ordering ordering = TRY(outcome_of(value, given.value(), operation));
   return Any(holds(comparisons[operation], ordering.value()));
 }
 
