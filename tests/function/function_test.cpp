@@ -41,6 +41,23 @@ TEST_F(PythonFunction, MapsAnnotationsToTypes) {
   }
 }
 
+TEST_F(PythonFunction, IsCalledByItsQualifiedNameElseByItsName) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"''",          "" },
+      {"1 // 0",      "" },
+      {"5",           "n"},
+      {"self.nobody", "n"}, // raises AttributeError
+  };
+  for (const auto& [qualified, name] : rows) {
+    const std::string of_class =
+        "class A:\n def __call__(self): pass\n def __getattr__(self, name):\n"
+        "  if name == '__qualname__': return " +
+        std::string(qualified) + "\n";
+    expect_outcome(function(of_class + "  raise AttributeError(name)\nf = A()\nf.__name__ = 'n'").name(), name,
+                   qualified);
+  }
+}
+
 TEST_F(PythonFunction, TellsItsSignature) {
   const std::pair<const char*, const char*> rows[] = {
       {"def f(a, b, /, c, *, d: str, e=1): pass",                           "(a, b, c, d: String, e)"                                         },
