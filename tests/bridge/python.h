@@ -4,6 +4,7 @@
 #include "ling/registration.h"
 #include "python/convert.h"
 #include "python/interpreter.h"
+#include "python/pending_exception.h"
 
 #include <gtest/gtest.h>
 
@@ -37,11 +38,8 @@ inline std::string repr(const PyObjectPtr& object) {
 
 // The exception that is pending, which then is no more.
 inline PyObjectPtr take_pending() {
-  PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
-  PyErr_Fetch(&type, &value, &traceback);
-  PyErr_NormalizeException(&type, &value, &traceback);
-  const PyObjectPtr owned_type(type), owned_traceback(traceback);
-  return PyObjectPtr(value);
+  auto fetched = fetch_exception();
+  return fetched ? std::move(fetched->value) : PyObjectPtr();
 }
 
 // The memory blocks that Python's own allocator has given out; 0 when another allocator serves.
