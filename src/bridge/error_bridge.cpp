@@ -14,8 +14,6 @@
 #include "python/pending_exception.h"
 #include "python/python_name.h"
 
-#include <optional>
-
 namespace ling::cpython {
 
 namespace {

@@ -13,7 +13,6 @@
 #include <algorithm>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 namespace ling::command {
 

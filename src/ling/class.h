@@ -176,8 +176,7 @@ class LING_API Class_Generic : public Handle<Class_Generic, object_value_class, 
   bool is_ancestor(const Class_Generic& ancestor) const noexcept { return object().is_ancestor(ancestor.object()); }
   Any allocateInstance() const { return object().allocate_instance(); }
   // The value converted to this class: itself when it is an instance, else what the runtime's conversions or the
-  // value's
-  // `__coerce__` make of it, or an Error.
+  // value's `__coerce__` make of it, or an Error.
   Any coerce(const Any& value) const;
 
   // Members the class answers for, inherited ones included.

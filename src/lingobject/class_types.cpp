@@ -12,7 +12,6 @@
 
 #include <array>
 #include <bit>
-#include <memory>
 #include <mutex>
 #include <span>
 #include <unordered_map>
@@ -117,8 +116,7 @@ struct fnv1a_hash {
 // process ends.
 struct wrapper_types {
   spinlock lock;
-  std::unordered_map<const object_value_class*, PyTypeObject*, fnv1a_hash> types{
-      8};  // at least, with a load factor of 1
+  std::unordered_map<const object_value_class*, PyTypeObject*, fnv1a_hash> types{8};
 };
 wrapper_types& class_types() {
   static internal::immortal<wrapper_types> table;

@@ -3,7 +3,6 @@
 
 #include "lingobject/slots.h"
 
-#include <optional>
 #include <span>
 
 namespace ling::cpython {

@@ -29,7 +29,7 @@ class object_value_python_object final : public object_value_instance {
   PyObject* address() const noexcept { return object_.get(); }
 
  private:
-  const PyObjectPtr object_;
+  const PyObjectPtr object_;  // never changes, so no spinlock
 };
 
 class CPythonObject : public Handle<CPythonObject, object_value_python_object> {

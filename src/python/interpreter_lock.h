@@ -1,5 +1,5 @@
 // The interpreter lock. The interpreter is entered from any host thread and the lock is never kept between calls:
-// whatever touches a Python object opens a GilGuard first. No lock is taken unless the interpreter runs
+// whatever touches a Python object opens a GilGuard or a gil_lock first. No lock is taken unless the interpreter runs
 // (`ensure_interpreter`).
 // Defined in thread_state.cpp.
 #pragma once

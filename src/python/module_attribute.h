@@ -7,7 +7,7 @@
 namespace ling::cpython {
 
 // A constant at namespace scope. An import may give the lock away, so two threads may look the attribute up at once:
-// the first to finish decides, and nobody waits. What is missing is looked for a few times more: what has kept it away,
+// the first to finish decides, and nobody waits. What is missing is looked for three times: what has kept it away,
 // such as exhausted memory that an import hides, may have passed.
 class module_attribute {
  public:

@@ -1,4 +1,5 @@
 // What is done with a pending Python exception that is not the caller's concern. The lock must be held.
+// Defined in pending_exception.cpp; throw_exception, which makes Errors, in bridge/error_bridge.cpp.
 #pragma once
 
 #include "python/pyobject_ptr.h"

@@ -10,7 +10,6 @@
 #include "ling/values/exact_number.h"
 
 #include <algorithm>
-#include <typeinfo>
 
 namespace ling {
 
