@@ -11,17 +11,38 @@
 
 namespace ling::cpython {
 
+// Whether this thread holds the lock, as far as it can be told; a no may be wrong. The interpreter must run.
+bool holds_lock() noexcept;
+
 // Holds the interpreter lock for a scope; nests. A thread that comes for the first time gets a Python thread state that
 // it keeps until it ends, so that coming again is cheap.
 class [[nodiscard]] gil_lock {
  public:
-  gil_lock() noexcept;
-  ~gil_lock() { PyGILState_Release(state_); }
+  gil_lock() noexcept {
+    if (!holds_lock()) {
+      take();
+    }
+  }
+  ~gil_lock() {
+    if (taken_ != taken::not_at_all) {
+      give_back();
+    }
+  }
   gil_lock(const gil_lock&) = delete;
   gil_lock& operator=(const gil_lock&) = delete;
 
  private:
-  PyGILState_STATE state_;
+  enum class taken : unsigned char {
+    not_at_all,          // an outer scope holds it
+    with_kept_state,     // that the thread has in any case
+    with_counted_state,  // that Python makes and deletes as needed
+  };
+
+  void take() noexcept;
+  void give_back() noexcept;
+
+  taken taken_ = taken::not_at_all;
+  PyGILState_STATE state_ = PyGILState_UNLOCKED;
 };
 
 // The same for whatever may throw: a C++ exception that leaves the scope takes the place of a Python exception that is

@@ -8,6 +8,7 @@
 // they rely on is that a state is given away only once Python has forgotten it for the thread, and that a thread which
 // Python has forgotten keeps no further state: each use then makes and deletes one of its own.
 #include "python/interpreter.h"
+#include "python/interpreter_function.h"
 #include "python/interpreter_lock.h"
 #include "python/thread_end.h"
 
@@ -23,6 +24,11 @@ struct kept_state {
   PyThreadState* state;
   kept_state* next = nullptr;
 };
+
+// The state under which somebody holds the lock; from 3.12 on, that under which this thread does. Null when nobody
+// does.
+constinit const interpreter_function<PyThreadState*()> current_state("PyThreadState_GetUnchecked",
+                                                                     "_PyThreadState_UncheckedGet");
 
 // The states of threads that have ended.
 std::atomic<kept_state*> ended_states{nullptr};
@@ -98,13 +104,35 @@ void delete_states(kept_state* states) noexcept {
 
 }  // namespace
 
-gil_lock::gil_lock() noexcept {
-  if (PyGILState_GetThisThreadState() == nullptr) [[unlikely]] {
+bool holds_lock() noexcept {
+  PyThreadState* const own = PyGILState_GetThisThreadState();
+  auto* const current = current_state.get();
+  return own != nullptr && current != nullptr && current() == own;
+}
+
+void gil_lock::take() noexcept {
+  PyThreadState* own = PyGILState_GetThisThreadState();
+  if (own == nullptr) [[unlikely]] {
     keep_thread_state();
+    own = PyGILState_GetThisThreadState();
   }
-  state_ = PyGILState_Ensure();
+  if (own != nullptr && current_state.get() != nullptr) [[likely]] {
+    taken_ = taken::with_kept_state;
+    PyEval_RestoreThread(own);
+  } else {
+    taken_ = taken::with_counted_state;
+    state_ = PyGILState_Ensure();
+  }
   if (state_ == PyGILState_UNLOCKED && ended_states.load(std::memory_order_relaxed) != nullptr) [[unlikely]] {
     delete_ended_states();
+  }
+}
+
+void gil_lock::give_back() noexcept {
+  if (taken_ == taken::with_kept_state) [[likely]] {
+    static_cast<void>(PyEval_SaveThread());
+  } else {
+    PyGILState_Release(state_);
   }
 }
 
