@@ -39,6 +39,8 @@ class LING_API object_value_hash_map final : public object_value {
   ObjectType type() const noexcept override { return ObjectType::HashMap; }
   object_value_class& object_class() const override;
 
+  // A number that changes with every change of the map.
+  std::uint64_t version() const noexcept;
   std::size_t length() const noexcept;
   internal::key_lookup find(const Any& key) const;
   Result<Boolean> contains(const Any& key) const;

@@ -29,7 +29,7 @@ class LING_API object_value_module : public object_value_instance {
   Any importance() const;
   void set_importance(Any importance);
   bool is_inlined() const noexcept { return inlined_.load(std::memory_order_relaxed); }
-  void set_inlined(bool inlined) noexcept { inlined_.store(inlined, std::memory_order_relaxed); }
+  void set_inlined(bool inlined) noexcept;
 
  private:
   const String name_;
@@ -42,6 +42,7 @@ class LING_API object_value_module : public object_value_instance {
   friend struct module_table;
   std::atomic<object_value_module*> next_{nullptr};            // in the order of creation
   std::atomic<object_value_module*> next_in_bucket_{nullptr};  // with the same hash of the name
+  std::atomic<object_value_module*> next_sibling_{nullptr};    // with the same hash of the name of the module around it
 };
 
 class LING_API Module : public Handle<Module, object_value_module> {
@@ -84,6 +85,11 @@ LING_API Result<Module> get_module(const String& name);
 // Puts a finished module into the table and links it to its parent and to its children, as far as they are there. An
 // Error when the name is taken, or when it or a part of it is empty.
 LING_API Result<None> insert_module(const Module& module);
+
+// A number that changes whenever there may be a difference in which modules code can name, or which are inlined: when
+// a module whose name has no dot, or an inlined one, is put into the table, and when the importance or the mark of a
+// module is set. What is in a module has versions of its own: those of its maps.
+LING_API std::uint64_t visible_modules_version() noexcept;
 
 // The type of a class by name: "List", or "shop.Inventory" with its module. Short names are looked for in the module
 // `ling`, then in inlined modules.

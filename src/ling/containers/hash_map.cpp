@@ -19,6 +19,8 @@ object_value_hash_map::object_value_hash_map(object_value_class* typed_class)
 
 object_value_hash_map::~object_value_hash_map() = default;
 
+std::uint64_t object_value_hash_map::version() const noexcept { return table_->version(); }
+
 std::size_t object_value_hash_map::length() const noexcept { return table_->length(); }
 
 internal::key_lookup object_value_hash_map::find(const Any& key) const { return table_->find(key); }

@@ -147,6 +147,11 @@ Result<Boolean> answer(const key_lookup& outcome, bool wanted) {
   return outcome.error.empty() ? Result<Boolean>(outcome.found == wanted) : Result<Boolean>::unchecked(outcome.error);
 }
 
+std::uint64_t key_table::version() const noexcept {
+  const std::lock_guard guard(lock_);
+  return entries_.version();
+}
+
 std::size_t key_table::length() const noexcept {
   const std::lock_guard guard(lock_);
   return entries_.length();
@@ -173,7 +178,7 @@ key_lookup key_table::store(const Any& key, Any value) {
   std::unique_lock guard(lock_, std::defer_lock);
   key_lookup outcome = search.run(names_.key, guard, entries_);
   if (outcome.found) {
-    entries_.at(search.position()).value.swap(value);  // the former value dies with the parameter, after the lock
+    entries_.replace(search.position(), value);  // the former value dies with the parameter, after the lock
   } else if (outcome.error.empty() && !entries_.append(search.hash(), search.key(), std::move(value))) {
     guard.unlock();
     outcome.error = error_full(names_.container);

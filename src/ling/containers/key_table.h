@@ -23,6 +23,8 @@ class key_table {
   };
   explicit key_table(const words& names) noexcept : names_(names) {}
 
+  // Changes with every change.
+  std::uint64_t version() const noexcept;
   std::size_t length() const noexcept;
   key_lookup find(const Any& key) const;
   // The same without the value.

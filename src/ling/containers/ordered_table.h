@@ -30,7 +30,7 @@ class ordered_table {
   static constexpr std::size_t most_entries = std::size_t{1} << 31;
 
   std::size_t length() const noexcept { return length_; }
-  // Changes whenever positions may have.
+  // Changes with every entry and every value.
   std::uint64_t version() const noexcept { return version_; }
   entry& at(std::uint32_t position) noexcept { return entries_[position]; }
   const entry& at(std::uint32_t position) const noexcept { return entries_[position]; }
@@ -41,6 +41,11 @@ class ordered_table {
 
   // Adds an entry whose key is not there yet; false when the table is full, which leaves it as it was.
   bool append(std::uint64_t hash, const Any& key, Any&& value);
+  // Puts a value into an entry; the parameter is the former one afterwards.
+  void replace(std::uint32_t position, Any& value) noexcept {
+    ++version_;
+    entries_[position].value.swap(value);
+  }
   // Takes an entry out.
   entry extract(std::uint32_t position) noexcept;
   // Takes all entries out.

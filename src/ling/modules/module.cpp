@@ -30,6 +30,8 @@ constinit const class_definition<Module> internal::module_class("Module", [](cla
 
 namespace {
 
+constinit std::atomic<std::uint64_t> visible_modules{0};
+
 object_value_class& make_class_of_module(object_value_class& base, const String& name) {
   auto& made = *new object_value_class(name);
   made.add_parent_unsafe(base);
@@ -58,9 +60,19 @@ Any object_value_module::importance() const {
 }
 
 void object_value_module::set_importance(Any importance) {
-  const std::lock_guard guard(lock_);
-  importance_.swap(importance);
+  {
+    const std::lock_guard guard(lock_);
+    importance_.swap(importance);
+  }
+  visible_modules.fetch_add(1, std::memory_order_release);
 }
+
+void object_value_module::set_inlined(bool inlined) noexcept {
+  inlined_.store(inlined, std::memory_order_relaxed);
+  visible_modules.fetch_add(1, std::memory_order_release);
+}
+
+std::uint64_t visible_modules_version() noexcept { return visible_modules.load(std::memory_order_acquire); }
 
 Module::Module(const String& name) : Handle(new object_value_module(internal::module_class.required(), name)) {}
 
@@ -96,25 +108,41 @@ Class_Generic Module::getClass() { return internal::module_class.required(); }
 
 constinit spinlock g_modules_lock;
 
-// Modules are never taken out, so the table is two kinds of chains through the modules themselves: adding one takes a
+// Modules are never taken out, so the table is three kinds of chains through the modules themselves: adding one takes a
 // few instructions and no memory, and readers need no lock.
 struct module_table {
   using link = std::atomic<object_value_module*>;
+  struct bucket {
+    link modules{nullptr};   // of names with this hash
+    link children{nullptr};  // of modules of such names
+  };
 
-  static constexpr std::size_t bucket_count = 1024;
+  // The modules that Python has on a machine with many libraries make short chains.
+  static constexpr std::size_t bucket_count = 8192;
 
   link first{nullptr};
   object_value_module* last = nullptr;
-  link buckets[bucket_count]{};
+  bucket buckets[bucket_count]{};
 
-  link& bucket(std::string_view name) noexcept { return buckets[std::hash<std::string_view>()(name) % bucket_count]; }
+  bucket& bucket_of(std::string_view name) noexcept {
+    return buckets[std::hash<std::string_view>()(name) % bucket_count];
+  }
 
   object_value_module* find(std::string_view name) noexcept {
-    object_value_module* each = bucket(name).load(std::memory_order_acquire);
+    object_value_module* each = bucket_of(name).modules.load(std::memory_order_acquire);
     while (each != nullptr && each->name() != name) {
       each = each->next_in_bucket_.load(std::memory_order_acquire);
     }
     return each;
+  }
+
+  // Visits what may be a child of a module of that name.
+  template <class Visit>
+  void for_each_child(std::string_view name, const Visit& visit) {
+    for (object_value_module* each = bucket_of(name).children.load(std::memory_order_acquire); each != nullptr;
+         each = each->next_sibling_.load(std::memory_order_acquire)) {
+      visit(*each);
+    }
   }
 
   static object_value_module* next(const object_value_module& module) noexcept {
@@ -127,13 +155,25 @@ struct module_table {
     if (find(module.name().view()) != nullptr) {
       return false;
     }
-    link& chain = bucket(module.name().view());
-    module.next_in_bucket_.store(chain.load(std::memory_order_relaxed), std::memory_order_relaxed);
-    chain.store(&module, std::memory_order_release);
+    const std::string_view name = module.name().view();
+    prepend(bucket_of(name).modules, module, module.next_in_bucket_);
+    prepend(bucket_of(name_around(name)).children, module, module.next_sibling_);
     link& end = last == nullptr ? first : last->next_;
     end.store(&module, std::memory_order_release);
     last = &module;
     return true;
+  }
+
+  // The name of the module around one of that name; empty when there is none.
+  static std::string_view name_around(std::string_view name) noexcept {
+    const std::size_t dot = name.rfind('.');
+    return name.substr(0, dot == std::string_view::npos ? 0 : dot);
+  }
+
+ private:
+  static void prepend(link& chain, object_value_module& module, link& next) noexcept {
+    next.store(chain.load(std::memory_order_relaxed), std::memory_order_relaxed);
+    chain.store(&module, std::memory_order_release);
   }
 };
 
@@ -149,20 +189,10 @@ bool is_module_name(std::string_view name) {
   return !name.empty() && name.front() != '.' && name.back() != '.' && name.find("..") == std::string_view::npos;
 }
 
-// The last part of the name of `child` when `parent` is the name of the module around it, else empty.
-std::string_view name_within(std::string_view child, std::string_view parent) {
-  if (child.size() <= parent.size() + 1 || !child.starts_with(parent) || child[parent.size()] != '.') {
-    return {};
-  }
-  const std::string_view rest = child.substr(parent.size() + 1);
-  return rest.find('.') == std::string_view::npos ? rest : std::string_view();
-}
-
-void link_if_child(const Module& child, const Module& parent) {
-  const std::string_view name = name_within(child.object().name().view(), parent.object().name().view());
-  if (!name.empty()) {
-    parent.object().object_class().add_class_property_unsafe(name, Property::constant(child, child.doc()));
-  }
+// Makes the child a property of its parent.
+void link_child(object_value_module& child, object_value_module& parent) {
+  const std::string_view name = child.name().view().substr(parent.name().size() + 1);
+  parent.object_class().add_class_property_unsafe(name, Property::constant(Any::share(&child), child.doc()));
 }
 
 }  // namespace
@@ -191,10 +221,19 @@ Result<None> insert_module(const Module& module) {
     return Error(String("There is a module of that name already: '{}'.").arg(module.name()));
   }
   (void)reference.release();  // the table's
-  for (const Module& other : modules()) {
-    link_if_child(module, other);
-    link_if_child(other, module);
+  if (module.isInlined() || !module.object().name().contains(".")) {
+    visible_modules.fetch_add(1, std::memory_order_release);
   }
+  object_value_module& added = module.object();
+  const std::string_view name = added.name().view();
+  if (object_value_module* const parent = table.find(module_table::name_around(name))) {
+    link_child(added, *parent);
+  }
+  table.for_each_child(name, [&](object_value_module& other) {
+    if (module_table::name_around(other.name().view()) == name) {
+      link_child(other, added);
+    }
+  });
   return None();
 }
 
