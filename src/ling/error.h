@@ -25,8 +25,9 @@ class LING_API object_value_error : public object_value_instance {
   object_value_error(object_value_class& of_class, String message, object_traits more = object_traits::none);
 
   String message() const;
-  String stack() const;
-  void set_stack(String stack);
+  // A String, or a lazy value that puts it together only when it is asked.
+  Any stack() const;
+  void set_stack(Any stack);
   // As it was set, which may be a lazy value that says what the error belongs to only when it is asked.
   Any value() const;
   void set_value(Any value);
@@ -39,7 +40,7 @@ class LING_API object_value_error : public object_value_instance {
 
  private:
   const String message_;
-  String stack_;
+  Any stack_;
   Any value_;
   std::exception_ptr cause_;
 };
@@ -70,7 +71,7 @@ class LING_API Error : public Handle<Error, object_value_error> {
   bool isInterruption() const noexcept { return has(object_traits::interruption); }
   String message() const { return object().message(); }
   // Where it happened, as text for people; empty when unknown.
-  String stack() const { return object().stack(); }
+  String stack() const;
   // A value the thrower attached, None when there is none. What a lazy one yields.
   Any value() const;
   // The C++ exception behind this error; empty when there is none.

@@ -89,11 +89,11 @@ object_value_error::object_value_error(String message, object_traits more)
     : object_value_instance(object_traits::error | more), message_(std::move(message)) {}
 
 String object_value_error::message() const { return message_; }
-String object_value_error::stack() const {
+Any object_value_error::stack() const {
   const std::lock_guard guard(lock_);
   return stack_;
 }
-void object_value_error::set_stack(String stack) {
+void object_value_error::set_stack(Any stack) {
   if (has(object_traits::immortal)) {
     return;  // everybody's
   }
@@ -126,6 +126,15 @@ void object_value_error::set_cause(std::exception_ptr cause) {
 Error::Error(const String& message) : Error(getClass(), message) {}
 Error::Error(const Class_Generic& error_class, const String& message)
     : Handle(new object_value_error(error_class.object(), message)) {}
+
+String Error::stack() const {
+  const Any kept = object().stack();
+  const auto text = String::cast(internal::unwrap(kept));
+  if (text && !kept.is_same(*text)) {
+    object().set_stack(*text);  // put together once
+  }
+  return text ? *text : String();
+}
 
 Any Error::value() const { return internal::unwrap(object().value()); }
 
