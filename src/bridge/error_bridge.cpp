@@ -39,9 +39,9 @@ Error as_far_as_memory_reaches(const F& say) {
 // A request to stop, such as SystemExit or KeyboardInterrupt. Unlike an exception it must not end as a mere text, so
 // the error keeps it, to be raised again when the error returns to Python.
 Error error_from_interruption(PyObject* instance) {
-  const String message = exception_message(instance);
-  const Error error = Error::interruption(message.empty() ? type_name_of(instance) : message);
-  error.setStack(exception_traceback_text(instance));
+  exception_texts texts = texts_of(instance);
+  const Error error = Error::interruption(texts.message.empty() ? type_name_of(instance) : texts.message);
+  error.object().set_stack(std::move(texts.stack));
   error.setValue(make_python_object(instance));
   return error;
 }
@@ -51,7 +51,7 @@ Error error_from_interruption(PyObject* instance) {
 Union<Error, None> carried_error(PyObjectPtr& carrier) {
   PyObjectPtr outermost = PyObjectPtr::share(carrier.get());
   for (int i = 0; i < maximum_conversion_depth; ++i) {
-    PyObjectPtr carried = carried_name.of(carrier.get());
+    PyObjectPtr carried = carried_name.find(carrier.get());
     drop_exception();
     const Any* value = carried ? wrapped_value(carried.get()) : nullptr;
     if (value != nullptr && is_error_result(*value)) {
@@ -93,20 +93,15 @@ class exception_class final : public object_value_external {
 
 // A new error with the texts of the exception.
 Error error_from_texts(PyObject* instance) {
-  const String stack = exception_traceback_text(instance);
-  // Of a syntax error the traceback text says more: it shows the place.
-  String message = is_instance(instance, PyExc_SyntaxError) ? stack : String();
-  if (message.empty()) {
-    message = exception_message(instance);
-  }
+  exception_texts texts = texts_of(instance);
   Any error;
   if (PyErr_GivenExceptionMatches(instance, PyExc_MemoryError) != 0) {
-    error = Error::outOfMemory(message);
+    error = Error::outOfMemory(texts.message);
   } else if (object_value_class* error_class = error_class_of(Py_TYPE(instance))) {
-    error = Class_Generic(*error_class)(message);
+    error = Class_Generic(*error_class)(texts.message);
   }
-  const Error result = is_error_result(error) ? Error::unchecked(error) : Error(message);
-  result.setStack(stack);
+  const Error result = is_error_result(error) ? Error::unchecked(error) : Error(texts.message);
+  result.object().set_stack(std::move(texts.stack));
   // Tells what the message alone does not: whether it was, say, a LookupError.
   result.setValue(make<exception_class>(reinterpret_cast<PyObject*>(Py_TYPE(instance))));
   return result;
@@ -125,7 +120,7 @@ Error placed_error(const fetched_exception& exception, int line_shift, int colum
                                           error.isOutOfMemory()    ? object_traits::out_of_memory
                                           : error.isInterruption() ? object_traits::interruption
                                                                    : object_traits::none));
-  placed.setStack(error.stack());
+  placed.object().set_stack(error.object().stack());
   placed.setValue(error.object().value());
   // Whoever raised an error of the host's finds that very error again.
   if (PyObjectPtr carrier = PyObjectPtr::share(exception.value.get()); carrier && carried_error(carrier)) {

@@ -16,7 +16,7 @@ constinit const struct {
 
 // The attribute as a number; absent when it is missing, None, or anything that is no number.
 number read_number(PyObject* object, const python_name& attribute) {
-  const PyObjectPtr value = attribute.of(object);
+  const PyObjectPtr value = attribute.find(object);
   if (!value) {
     drop_exception();
     return {};

@@ -1,6 +1,6 @@
 // What Python exceptions tell: their texts, and where in the source they say they happened. The lock must be held and
 // no exception be pending; none is left behind.
-// Defined in exception_text.cpp and error_position.cpp.
+// Defined in exception_texts.cpp and error_position.cpp.
 #pragma once
 
 #include "ling/error.h"
@@ -8,11 +8,15 @@
 
 namespace ling::cpython {
 
-// `str(instance)`; the name of its type when that raises.
-String exception_message(PyObject* instance);
-// What the interpreter prints for an exception that nobody caught, with its traceback and its causes. Empty when it
-// cannot be had.
-String exception_traceback_text(PyObject* instance);
+struct exception_texts {
+  // `str(instance)`, the name of its type when that raises; of a syntax error what the interpreter prints, which shows
+  // the place.
+  String message;
+  // What the interpreter prints for an exception that nobody caught, with its traceback and its causes: a String, empty
+  // when it cannot be had, or a lazy value, which keeps no frames.
+  Any stack;
+};
+exception_texts texts_of(PyObject* instance);
 // The name of an object's type, without its module.
 String type_name_of(PyObject* object);
 

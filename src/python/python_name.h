@@ -2,6 +2,7 @@
 #pragma once
 
 #include "ling/published.h"
+#include "python/interpreter_function.h"
 #include "python/pyobject_ptr.h"
 
 namespace ling::cpython {
@@ -20,6 +21,23 @@ class python_name {
   PyObjectPtr of(PyObject* object) const noexcept {
     PyObject* const name = get();
     return PyObjectPtr(name == nullptr ? nullptr : PyObject_GetAttr(object, name));
+  }
+  // The same for what may be missing, which then is no exception, and as a rule costs none.
+  PyObjectPtr find(PyObject* object) const noexcept {
+    static constinit const interpreter_function<int(PyObject*, PyObject*, PyObject**)> find_attribute(
+        "PyObject_GetOptionalAttr", "_PyObject_LookupAttr");
+    auto* const function = find_attribute.get();
+    PyObject* const name = get();
+    PyObject* found = nullptr;
+    if (name != nullptr && function != nullptr) [[likely]] {
+      function(object, name, &found);
+      return PyObjectPtr(found);
+    }
+    PyObjectPtr attribute = of(object);
+    if (!attribute && PyErr_ExceptionMatches(PyExc_AttributeError) != 0) {
+      PyErr_Clear();
+    }
+    return attribute;
   }
 
  private:
