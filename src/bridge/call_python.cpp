@@ -4,6 +4,10 @@
 #include "ling/reflection.h"
 #include "python/convert.h"
 #include "python/error_bridge.h"
+#include "python/interpreter_function.h"
+
+#include <array>
+#include <vector>
 
 namespace ling::cpython {
 
@@ -14,22 +18,48 @@ Error error_not_convertible(const Any& argument) {
 
 namespace {
 
-// The arguments as a tuple; null with `failure` filled.
-PyObjectPtr make_arguments(std::span<const Any> arguments, Any& failure) {
-  PyObjectPtr tuple(PyTuple_New(static_cast<Py_ssize_t>(arguments.size())));
-  if (!tuple) {
-    failure = capture_error_or("Unable to make a tuple of arguments.");
-  }
-  for (std::size_t i = 0; tuple && i < arguments.size(); ++i) {
-    PyObjectPtr item = to_python_locked(arguments[i]);
-    if (!item) {
-      failure = error_not_convertible(arguments[i]);
-      return {};
+constinit const interpreter_function<PyObject*(PyObject*, PyObject* const*, std::size_t, PyObject*)> call_with_row(
+    "PyObject_VectorcallDict");
+// The callee may use the place in front of the first argument.
+constexpr std::size_t place_in_front = ~(~std::size_t{0} >> 1);
+
+// The arguments as a row of objects. Most calls allocate nothing for it.
+class converted_row {
+ public:
+  converted_row() = default;
+  converted_row(const converted_row&) = delete;
+  converted_row& operator=(const converted_row&) = delete;
+
+  // False with `failure` filled.
+  bool convert(std::span<const Any> arguments, Any& failure) {
+    if (arguments.size() > few) {
+      more_owned_.resize(arguments.size());
+      more_.resize(arguments.size() + 1);
     }
-    PyTuple_SetItem(tuple.get(), static_cast<Py_ssize_t>(i), item.release());  // cannot fail: the tuple is new
+    PyObjectPtr* const owned = more_owned_.empty() ? owned_.data() : more_owned_.data();
+    PyObject** const row = more_.empty() ? row_.data() : more_.data();
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+      owned[i] = to_python_locked(arguments[i]);
+      if (!owned[i]) {
+        failure = error_not_convertible(arguments[i]);
+        return false;
+      }
+      row[i + 1] = owned[i].get();
+    }
+    first_ = row + 1;
+    return true;
   }
-  return tuple;
-}
+  PyObject* const* first() const noexcept { return first_; }
+
+ private:
+  static constexpr std::size_t few = 8;
+
+  std::array<PyObjectPtr, few> owned_;
+  std::array<PyObject*, few + 1> row_;
+  std::vector<PyObjectPtr> more_owned_;
+  std::vector<PyObject*> more_;
+  PyObject* const* first_ = nullptr;
+};
 
 PyObjectPtr make_keywords(std::span<const named_argument> named, Any& failure) {
   PyObjectPtr keywords(PyDict_New());
@@ -60,12 +90,14 @@ Any call_python(PyObjectPtr_Borrowed callable, std::span<const Any> positional) 
 
 Any call_python(PyObjectPtr_Borrowed callable, std::span<const Any> positional, std::span<const named_argument> named) {
   Any failure;
-  const PyObjectPtr arguments = make_arguments(positional, failure);
-  const PyObjectPtr keywords = arguments && !named.empty() ? make_keywords(named, failure) : PyObjectPtr();
+  converted_row arguments;
+  const PyObjectPtr keywords =
+      arguments.convert(positional, failure) && !named.empty() ? make_keywords(named, failure) : PyObjectPtr();
   if (!failure.empty()) {
     return failure;
   }
-  return outcome_of(PyObjectPtr(PyObject_Call(callable.get(), arguments.get(), keywords.get())));
+  return outcome_of(PyObjectPtr(
+      call_with_row.get()(callable.get(), arguments.first(), positional.size() | place_in_front, keywords.get())));
 }
 
 }  // namespace ling::cpython

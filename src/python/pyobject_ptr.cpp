@@ -6,6 +6,10 @@
 namespace ling::cpython {
 
 void PyObjectPtr::release_reference(PyObject* object) noexcept {
+  if (known_phase.load(std::memory_order_relaxed) != interpreter_phase::ended && holds_lock()) [[likely]] {
+    Py_DecRef(object);
+    return;
+  }
   // Another owner of the interpreter may have ended it, and all its objects with it, before the last host value died.
   if (!interpreter_runs()) {
     return;
