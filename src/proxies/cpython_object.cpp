@@ -9,6 +9,15 @@ namespace ling::cpython {
 
 namespace {
 
+// For a method, which is given the name as a text.
+template <class R, class... Arguments>
+auto by_text(R (*member)(const CPythonObject& self, const name_entry& name, Arguments... arguments)) {
+  return [member](const CPythonObject& self, const String& name, Arguments... arguments) -> R {
+    const internal::name_to_look_up wanted(name.view());
+    return member(self, *wanted, arguments...);
+  };
+}
+
 constexpr dynamic_member_hooks hooks = {&method_hook, &getter_hook, &setter_hook};
 
 }  // namespace
@@ -19,18 +28,18 @@ constinit const class_definition<CPythonObject> cpython_object_class(
       c.module("ling.cpython")
           .doc("Proxy wrapper around of 'PyObject'.")
           .hooks(hooks)
-          .method(Any::__setPropertyValue__, "name, value", &set_object_property)
-          .method(Any::__removeProperty__, "name", &remove_object_member)
-          .method(Any::__removeMethod__, "name", &remove_object_member)
-          .method(Any::__propertyValue__, "name", &object_property_value)
-          .method(Any::__property__, "name", &object_property)
-          .method(Any::__ownProperty__, "name", &object_property)
+          .method(Any::__setPropertyValue__, "name, value", by_text(&set_object_property))
+          .method(Any::__removeProperty__, "name", by_text(&remove_object_member))
+          .method(Any::__removeMethod__, "name", by_text(&remove_object_member))
+          .method(Any::__propertyValue__, "name", by_text(&object_property_value))
+          .method(Any::__property__, "name", by_text(&object_property))
+          .method(Any::__ownProperty__, "name", by_text(&object_property))
           .method(Any::__ownProperties__, "", [](const CPythonObject&) { return HashMap<String, Property>(); })
           .method(Any::__ownMethods__, "", [](const CPythonObject&) { return HashMap<String, I_Callable_Generic>(); })
-          .method(Any::__ownMethod__, "name", &object_method)
-          .method(Any::__method__, "name", &object_method)
-          .method(Any::__insertProperty__, "name, property", &insert_object_property)
-          .method(Any::__insertMethod__, "name, method", &insert_object_method)
+          .method(Any::__ownMethod__, "name", by_text(&object_method))
+          .method(Any::__method__, "name", by_text(&object_method))
+          .method(Any::__insertProperty__, "name, property", by_text(&insert_object_property))
+          .method(Any::__insertMethod__, "name, method", by_text(&insert_object_method))
           .method(Any::__display__, "", &display_object)
           .method(Any::__compare__, "other", &compare_object)
           .method(Any::__equals__, "other", &object_equals)

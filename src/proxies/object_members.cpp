@@ -5,6 +5,7 @@
 #include "ling/reflection.h"
 #include "proxies/method_call.h"
 #include "proxies/python_method.h"
+#include "python/attribute_text.h"
 #include "python/convert.h"
 #include "python/error_bridge.h"
 #include "python/pending_exception.h"
@@ -16,31 +17,29 @@ namespace {
 
 // What the runtime has under the name for the proxy: as a member of its own, inserted past the Python object, or of its
 // class.
-Union<Property, None> registered_property(const CPythonObject& self, const String& name) {
-  const internal::name_to_look_up wanted(name.view());
-  return raw_property_of(self, meta_property_untyped(*wanted));
+Union<Property, None> registered_property(const CPythonObject& self, const name_entry& name) {
+  return raw_property_of(self, meta_property_untyped(name));
 }
-Union<I_Callable_Generic, None> registered_method(const CPythonObject& self, const String& name) {
-  const internal::name_to_look_up wanted(name.view());
-  return raw_method_of(self, meta_method_untyped(*wanted));
+Union<I_Callable_Generic, None> registered_method(const CPythonObject& self, const name_entry& name) {
+  return raw_method_of(self, meta_method_untyped(name));
 }
 
 // The attribute; null with an exception set. The name is converted as a whole, zero bytes included.
-PyObjectPtr get_attribute(PyObjectPtr_Borrowed object, const String& name) {
-  const PyObjectPtr python_name = to_python_locked(name);
+PyObjectPtr get_attribute(PyObjectPtr_Borrowed object, const name_entry& name) {
+  const PyObjectPtr python_name = attribute_text(name);
   return PyObjectPtr(python_name ? PyObject_GetAttr(object.get(), python_name.get()) : nullptr);
 }
 
-Any read_object_attribute(const CPythonObject& self, const String& name) {
+Any read_object_attribute(const CPythonObject& self, const name_entry& name) {
   return with_python_object(self, [&](PyObjectPtr_Borrowed object) -> Any {
     const PyObjectPtr value = get_attribute(object, name);
     return value ? from_python_locked(value.get()) : Any(capture_error_or("Unable to read an attribute."));
   });
 }
 
-Result<None> write_attribute(const CPythonObject& self, const String& name, const Any& value) {
+Result<None> write_attribute(const CPythonObject& self, const name_entry& name, const Any& value) {
   return with_python_object(self, [&](PyObjectPtr_Borrowed object) -> Result<None> {
-    const PyObjectPtr python_name = to_python_locked(name);
+    const PyObjectPtr python_name = attribute_text(name);
     const PyObjectPtr python_value = python_name ? to_python_locked(value) : PyObjectPtr();
     if (!python_value || PyObject_SetAttr(object.get(), python_name.get(), python_value.get()) != 0) {
       return capture_error_or("Unable to set an attribute.");
@@ -56,7 +55,7 @@ Union<T, None> found(const Any& answer) {
 }
 
 // A callable attribute; None for every other attribute.
-Union<I_Callable_Generic, None> callable_attribute(const CPythonObject& self, const String& name) {
+Union<I_Callable_Generic, None> callable_attribute(const CPythonObject& self, const name_entry& name) {
   const Any attribute = with_python_object(self, [&](PyObjectPtr_Borrowed object) -> Any {
     const PyObjectPtr value = get_attribute(object, name);
     if (!value) {
@@ -68,7 +67,7 @@ Union<I_Callable_Generic, None> callable_attribute(const CPythonObject& self, co
   return found<I_Callable_Generic>(attribute);
 }
 
-Any describe_property(PyObjectPtr_Borrowed object, const String& name) {
+Any describe_property(PyObjectPtr_Borrowed object, const name_entry& name) {
   const PyObjectPtr attribute = get_attribute(object, name);
   if (!attribute) {
     tolerate_exception();
@@ -84,25 +83,25 @@ Any describe_property(PyObjectPtr_Borrowed object, const String& name) {
 
 // --- values ----------------------------------------------------------------------------------------------------------
 
-Any object_property_value(const CPythonObject& self, const String& name) {
+Any object_property_value(const CPythonObject& self, const name_entry& name) {
   if (const auto property = registered_property(self, name)) {
     return property->read(self);
   }
   return read_object_attribute(self, name);
 }
 
-Any set_object_property(const CPythonObject& self, const String& name, const Any& value) {
+Any set_object_property(const CPythonObject& self, const name_entry& name, const Any& value) {
   if (const auto property = registered_property(self, name)) {
     return property->hasSetter()
                ? property->write(self, value)
-               : Any(Error(String("The property '{}' is read-only for '{}'.").arg(name, display_text(self))));
+               : Any(Error(String("The property '{}' is read-only for '{}'.").arg(name.text, display_text(self))));
   }
   return write_attribute(self, name, value);
 }
 
 // --- descriptions ----------------------------------------------------------------------------------------------------
 
-Union<Property, None> object_property(const CPythonObject& self, const String& name) {
+Union<Property, None> object_property(const CPythonObject& self, const name_entry& name) {
   if (auto property = registered_property(self, name)) {
     return property;
   }
@@ -111,14 +110,14 @@ Union<Property, None> object_property(const CPythonObject& self, const String& n
   return found<Property>(described);
 }
 
-Union<I_Callable_Generic, None> object_method(const CPythonObject& self, const String& name) {
+Union<I_Callable_Generic, None> object_method(const CPythonObject& self, const name_entry& name) {
   auto method = registered_method(self, name);
   return method ? method : callable_attribute(self, name);
 }
 
 // --- inserting -------------------------------------------------------------------------------------------------------
 
-Result<None> insert_object_property(const CPythonObject& self, const String& name, const Property& property) {
+Result<None> insert_object_property(const CPythonObject& self, const name_entry& name, const Property& property) {
   const Any* value = property.constantValue();
   if (value == nullptr) {
     return Error("Unable to insert non-value property to a python object, use 'raw_insert_property' instead.");
@@ -126,12 +125,12 @@ Result<None> insert_object_property(const CPythonObject& self, const String& nam
   return write_attribute(self, name, *value);
 }
 
-Result<None> insert_object_method(const CPythonObject& self, const String& name, const I_Callable_Generic& method) {
+Result<None> insert_object_method(const CPythonObject& self, const name_entry& name, const I_Callable_Generic& method) {
   const bool takes_receiver = !method.isIndependent() && method.parameterCount() != 0;
   return write_attribute(self, name, takes_receiver ? method.bindInstance(self) : method);
 }
 
-bool remove_object_member(const CPythonObject&, const String&) { return false; }
+bool remove_object_member(const CPythonObject&, const name_entry&) { return false; }
 
 // --- text ------------------------------------------------------------------------------------------------------------
 
@@ -152,7 +151,7 @@ Any method_hook(const Any& instance, const name_entry& name) {
     if (auto registered = raw_method_of(instance, meta_method_untyped(name))) {
       return registered;
     }
-    auto method = callable_attribute(CPythonObject::unchecked(instance), internal::name_string(name));
+    auto method = callable_attribute(CPythonObject::unchecked(instance), name);
     if (method) {
       method->setIndependent();  // Python's bound method has its receiver already
     }
@@ -161,13 +160,11 @@ Any method_hook(const Any& instance, const name_entry& name) {
 }
 
 Any getter_hook(const Any& instance, const name_entry& name) {
-  return internal::guarded(
-      [&] { return object_property_value(CPythonObject::unchecked(instance), internal::name_string(name)); });
+  return internal::guarded([&] { return object_property_value(CPythonObject::unchecked(instance), name); });
 }
 
 Any setter_hook(const Any& instance, const name_entry& name, const Any& value) {
-  return internal::guarded(
-      [&] { return set_object_property(CPythonObject::unchecked(instance), internal::name_string(name), value); });
+  return internal::guarded([&] { return set_object_property(CPythonObject::unchecked(instance), name, value); });
 }
 
 }  // namespace ling::cpython

@@ -9,20 +9,20 @@ namespace ling::cpython {
 
 // Members that the class registers, and those that the runtime inserted into the proxy past the object
 // (`raw_insert_property`), win over the attributes of the object.
-Any object_property_value(const CPythonObject& self, const String& name);
-Any set_object_property(const CPythonObject& self, const String& name, const Any& value);
+Any object_property_value(const CPythonObject& self, const name_entry& name);
+Any set_object_property(const CPythonObject& self, const name_entry& name, const Any& value);
 // A `property` that is an attribute of the object, as one of a class is; None for every other attribute. Where the
 // object could not be asked, because of an interruption say, the union holds the Error, here and below.
-Union<Property, None> object_property(const CPythonObject& self, const String& name);
+Union<Property, None> object_property(const CPythonObject& self, const name_entry& name);
 // A callable attribute; None for every other attribute.
-Union<I_Callable_Generic, None> object_method(const CPythonObject& self, const String& name);
+Union<I_Callable_Generic, None> object_method(const CPythonObject& self, const name_entry& name);
 
 // An attribute with the value of a constant property. Other properties have no counterpart in the object.
-Result<None> insert_object_property(const CPythonObject& self, const String& name, const Property& property);
+Result<None> insert_object_property(const CPythonObject& self, const name_entry& name, const Property& property);
 // An attribute that calls the method with the object as its receiver, if it takes one.
-Result<None> insert_object_method(const CPythonObject& self, const String& name, const I_Callable_Generic& method);
+Result<None> insert_object_method(const CPythonObject& self, const name_entry& name, const I_Callable_Generic& method);
 // Nothing is ever removed.
-bool remove_object_member(const CPythonObject& self, const String& name);
+bool remove_object_member(const CPythonObject& self, const name_entry& name);
 
 Result<String> display_object(const CPythonObject& self);
 

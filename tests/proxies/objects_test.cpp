@@ -59,7 +59,7 @@ TEST_F(Objects, TakeInsertedMembers) {
   EXPECT_EQ(repr(PyObjectPtr(PyObject_CallMethod(owner.get(), "free", "s", "you"))), "'you'");
   EXPECT_EQ(repr(PyObjectPtr(PyObject_CallMethod(owner.get(), "bound", nullptr))), "'account 5'");
   const Property computed(make_function("", "", "", [] { return 1; }), String());
-  expect_outcome(insert_object_property(CPythonObject::unchecked(object), "n", computed),
+  expect_outcome(insert_object_property(CPythonObject::unchecked(object), meta_property_untyped("n").entry(), computed),
                  "Error: Unable to insert non-value property to a python object, use 'raw_insert_property' instead.");
 }
 
