@@ -18,11 +18,11 @@ PICTURE = ROOT / "docs" / "map.svg"
 
 WAYS = {
     "a host evaluates code": ("#b4442c", [
-        ("language/evaluation.cpp", "evaluate_code"),
-        ("language/global_namespace.cpp", "store_globals"),
+        ("language/evaluation.cpp", "evaluate"),
+        ("bridge/base_namespace.cpp", "new_namespace"),
         ("bridge/to_python.cpp", "to_python_locked"),
+        ("bridge/python_source.cpp", "run_source"),
         ("python/function_body.cpp", "append_function_body"),
-        ("bridge/python_source.cpp", "call_builtin"),
         ("bridge/from_python.cpp", "from_python_locked"),
     ]),
     "Python reads w.name": ("#1f6f9f", [

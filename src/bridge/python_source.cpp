@@ -1,10 +1,13 @@
-// Calling `exec` and `eval`, and the names that their code finds.
+// What `exec` and `eval` do, with compiled texts kept.
 #include "python/python_source.h"
 
-#include "ling/module.h"
-#include "ling/reflection.h"
+#include "ling/detail/immortal.h"
+#include "python/code_cache.h"
 #include "python/convert.h"
+#include "python/interpreter_function.h"
+#include "python/module_attribute.h"
 #include "python/pending_exception.h"
+#include "python/python_name.h"
 
 namespace ling::cpython {
 
@@ -14,45 +17,134 @@ PyObject* find(PyObject* dict, const char* name) {
   return key ? PyDict_GetItemWithError(dict, key.get()) : nullptr;
 }
 
-void store(PyObject* dict, const String& name, const Any& value) {
+bool store(PyObject* dict, const String& name, const Any& value) {
   if (is_error_result(value)) {
-    return;  // would be raised
+    return true;  // would be raised
   }
   // Not PyDict_SetItemString, which would end the name at a zero byte.
   const PyObjectPtr key(PyUnicode_FromStringAndSize(name.c_str(), static_cast<Py_ssize_t>(name.size())));
   const PyObjectPtr object = key ? to_python_locked(value) : PyObjectPtr();
-  if (!object || PyDict_SetItem(dict, key.get(), object.get()) != 0) {
-    tolerate_exception();
+  const bool stored = object && PyDict_SetItem(dict, key.get(), object.get()) == 0;
+  tolerate_exception();
+  return stored;
+}
+
+namespace {
+
+constinit const module_attribute compile_function("builtins", "compile");
+
+// The two ways to run a text.
+struct way_to_run {
+  module_attribute own;  // the interpreter's function
+  python_name name;
+  const char* mode;  // as `compile` calls it
+};
+constinit const way_to_run ways[] = {
+    {{"builtins", "exec"}, "exec", "exec"},
+    {{"builtins", "eval"}, "eval", "eval"},
+};
+const way_to_run& way_of(const python_source& source) noexcept { return ways[static_cast<int>(source.what)]; }
+
+// The interpreter's structure of this name.
+struct compiler_flags {
+  int flags;
+  int feature_version;
+};
+constinit const interpreter_function<int(compiler_flags*)> merge_flags("PyEval_MergeCompilerFlags");
+constinit const interpreter_function<int(const char*, const char*, ...)> audit("PySys_Audit");
+
+PyObjectPtr text_of(const python_source& source) {
+  if (source.wrap != nullptr) {
+    const std::string wrapped = source.wrap(source.code, source.names);
+    return PyObjectPtr(PyUnicode_FromStringAndSize(wrapped.data(), static_cast<Py_ssize_t>(wrapped.size())));
   }
+  return PyObjectPtr(PyUnicode_FromStringAndSize(source.code.data(), static_cast<Py_ssize_t>(source.code.size())));
 }
 
-bool is_hidden(const Module& module) {
-  return compare_objects_value(module.importance(), Any(10)) == ordering_value::Equal;
-}
-
-void store_modules(PyObject* dict) {
-  for (const Module& module : modules()) {
-    // Most modules are Python's, below "python.": told apart first, since that is cheap.
-    if (!module.name().contains(".") && !is_hidden(module)) {
-      store(dict, module.name(), module);
-    }
+// Not each version of the parser says that memory has run out.
+PyObjectPtr or_no_memory(PyObject* result) {
+  if (result == nullptr && PyErr_Occurred() == nullptr) {
+    PyErr_NoMemory();
   }
+  return PyObjectPtr(result);
 }
 
-PyObjectPtr call_builtin(const char* name, std::string_view source, PyObject* globals, PyObject* locals) {
-  PyObject* builtins = PyEval_GetBuiltins();
-  PyObject* function = builtins == nullptr ? nullptr : find(builtins, name);
+code_cache& kept_codes() {
+  static internal::immortal<code_cache> cache;  // outlives all static objects
+  return cache.object;
+}
+
+PyObjectPtr compile_anew(python_source source) {
+  if (source.what == python_source::kind::expression) {  // `eval` takes blanks away, `compile` does not
+    source.code.remove_prefix(std::min(source.code.find_first_not_of(" \t"), source.code.size()));
+  }
+  PyObject* const compile = compile_function.get();
+  const PyObjectPtr text = text_of(source);
+  if (compile == nullptr || !text) {
+    return {};
+  }
+  return or_no_memory(PyObject_CallFunction(compile, "Oss", text.get(), "<string>", way_of(source).mode));
+}
+
+}  // namespace
+
+PyObjectPtr compile_source(const python_source& source) {
+  compiler_flags inherited{};
+  if (auto* const merge = merge_flags.get(); merge != nullptr) {
+    merge(&inherited);
+  } else {
+    return compile_anew(source);
+  }
+  const void* const kind =
+      source.wrap != nullptr ? reinterpret_cast<const void*>(source.wrap) : static_cast<const void*>(&way_of(source));
+  const code_key key{kind, inherited.flags, source.code, source.names};
+  if (PyObjectPtr kept = kept_codes().find(key)) {
+    return kept;
+  }
+  PyObjectPtr code = compile_anew(source);
+  // Warnings, which compiling shows, may have run code that came here.
+  if (code && !kept_codes().find(key)) {
+    kept_codes().add(key, code.get());
+  }
+  return code;
+}
+
+PyObjectPtr run_code(PyObject* code, PyObject* globals, PyObject* locals) {
+  static constinit const python_name builtins_name("__builtins__");
+  PyObject* const name = builtins_name.get();
+  const int has_builtins = name == nullptr ? -1 : PyDict_Contains(globals, name);
+  if (has_builtins < 0 || (has_builtins == 0 && PyDict_SetItem(globals, name, PyEval_GetBuiltins()) != 0)) {
+    return {};
+  }
+  if (auto* const tell = audit.get(); tell != nullptr && tell("exec", "O", code) < 0) {
+    return {};
+  }
+  return or_no_memory(PyEval_EvalCode(code, globals, locals));
+}
+
+PyObjectPtr run_source(const python_source& source, PyObject* globals, PyObject* locals) {
+  const way_to_run& way = way_of(source);
+  PyObject* const builtins = PyEval_GetBuiltins();
+  PyObject* const name = builtins == nullptr ? nullptr : way.name.get();
+  PyObject* const function = name == nullptr ? nullptr : PyDict_GetItemWithError(builtins, name);
   if (function == nullptr) {
     return {};
   }
-  // With the length: a text with a zero byte in it is refused, not cut off.
-  const PyObjectPtr arguments(
-      Py_BuildValue("(s#OO)", source.data(), static_cast<Py_ssize_t>(source.size()), globals, locals));
-  PyObjectPtr result(arguments ? PyObject_CallObject(function, arguments.get()) : nullptr);
-  if (!result && PyErr_Occurred() == nullptr) {
-    PyErr_NoMemory();  // which some versions of the parser do not say
+  if (function == way.own.get()) [[likely]] {
+    const PyObjectPtr code = compile_source(source);
+    return code ? run_code(code.get(), globals, locals) : PyObjectPtr();
   }
-  return result;
+  const PyObjectPtr text = text_of(source);
+  return text ? or_no_memory(PyObject_CallFunctionObjArgs(function, text.get(), globals, locals, nullptr))
+              : PyObjectPtr();
+}
+
+void know_own_functions() {
+  const pending_exception_aside aside;
+  static_cast<void>(compile_function.get());
+  for (const way_to_run& each : ways) {
+    static_cast<void>(each.own.get());
+  }
 }
 
 }  // namespace ling::cpython

@@ -36,7 +36,7 @@ root.addHandler(LingLogHandler())
 Result<None> install_logging_bridge() {
   TRY(ensure_interpreter());
   // A host is no worse off without its log of Python's records, so a failure is nobody's concern.
-  static_cast<void>(evaluate_code({}, bridge_code, None(), None(), None()));
+  static_cast<void>(evaluate(bridge_code, {}));
   return None();
 }
 

@@ -34,6 +34,8 @@ Result<None> register_functions() {
   const I_Callable_Generic functions[] = {
       make_function("evaluate", "code, scope", "Evaluates Python code.", &evaluate, {None()}),
       make_function("evaluate_expr", "code, scope", "Evaluates Python expression.", &evaluate_expr, {None()}),
+      make_function("compile", "code, names", "Compiles Python code that is to be run more than once.", &compile,
+                    {None()}),
       make_function("importAllModules", "", "Imports all standard python modules.", &import_all_modules),
       make_function("cpython_add_sys_path", "path", "Adds a path to sys.path once.", &cpython_add_sys_path),
   };

@@ -1,6 +1,7 @@
 // Functions from source text.
 #include "function/python_function.h"
 #include "ling/detail/try.h"
+#include "python/base_namespace.h"
 #include "python/convert.h"
 #include "python/error_bridge.h"
 #include "python/function_body.h"
@@ -33,7 +34,7 @@ String defined_name(std::string_view text) {
              : String(head.view().substr(0, parenthesis)).trimmed();
 }
 
-std::string function_around(std::string_view body) {
+std::string function_around(std::string_view body, std::span<const String>) {
   std::string source = "def func(*args):\n";
   append_function_body(source, body);
   return source;
@@ -42,12 +43,12 @@ std::string function_around(std::string_view body) {
 Error error_not_compiled() { return capture_error_or("Unable to compile the function."); }
 
 Result<CPythonFunction> evaluate_lambda(std::string_view text, PyObject* names) {
-  const PyObjectPtr function = call_builtin("eval", text, names, names);
+  const PyObjectPtr function = run_source({python_source::kind::expression, text}, names, names);
   return function ? make_python_function(function.get()) : Result<CPythonFunction>(error_not_compiled());
 }
 
-Result<CPythonFunction> execute_definition(std::string_view text, const String& name, PyObject* names) {
-  if (!call_builtin("exec", text, names, names)) {
+Result<CPythonFunction> execute_definition(const python_source& source, const String& name, PyObject* names) {
+  if (!run_source(source, names, names)) {
     return error_not_compiled();
   }
   const PyObjectPtr key = to_python_locked(name);
@@ -64,18 +65,18 @@ Result<CPythonFunction> execute_definition(std::string_view text, const String& 
 Result<CPythonFunction> compile_function(const String& source) {
   TRY(ensure_interpreter());
   const GilGuard gil;
-  const PyObjectPtr names(PyDict_New());
+  const PyObjectPtr names = new_namespace(base_names::modules);
   if (!names) {
     return error_not_compiled();
   }
-  store_modules(names.get());
   const String text = source.trimmed();
   if (text.view().starts_with("lambda ")) {
     return evaluate_lambda(text.view(), names.get());
   }
   const String name = defined_name(text.view());
-  return name.empty() ? execute_definition(function_around(source.view()), wrapped_name, names.get())
-                      : execute_definition(text.view(), name, names.get());
+  using enum python_source::kind;
+  return name.empty() ? execute_definition({statements, source.view(), {}, &function_around}, wrapped_name, names.get())
+                      : execute_definition({statements, text.view()}, name, names.get());
 }
 
 }  // namespace ling::cpython

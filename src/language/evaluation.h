@@ -4,6 +4,7 @@
 // exception becomes the Error that is returned; nothing is raised or thrown.
 #pragma once
 
+#include "ling/callable.h"
 #include "ling/error.h"
 #include "ling/interfaces.h"
 #include "ling/none.h"
@@ -19,12 +20,8 @@ Result<Any> language_python_evaluate_method(const String& code, const Any& scope
 
 namespace ling::cpython {
 
-// The bodies of the host's functions of these names: as below, in the context that an EvaluationScope describes. Any
-// other scope counts as none.
-Result<Any> evaluate(const String& code, const Any& scope);
-Result<Any> evaluate_expr(const String& code, const Any& scope);
-
-// Runs code as the body of a function. Returns what its `return` statement returns, None without one.
+// Runs code as the body of a function, in the context that an EvaluationScope describes; any other scope counts as
+// none. Returns what its `return` statement returns, None without one.
 //   self       is the variable `self`
 //   locals, globals, outLocals   become variables; of two with the same name the one from `locals` wins, then
 //   `outLocals`.
@@ -32,13 +29,14 @@ Result<Any> evaluate_expr(const String& code, const Any& scope);
 //   outLocals  its keys must be Python names; their values after the run are stored under them. A key that has no value
 //              by then is an Error.
 // The lines and columns of an EvaluationError are those of `code`.
-Result<Any> evaluate_code(const Any& self, const String& code, const Union<I_Map_Generic, None>& locals,
-                          const Union<I_Map_Generic, None>& globals,
-                          const Union<I_MutableMap_Generic, None>& outLocals);
+Result<Any> evaluate(const String& code, const Any& scope);
 
-// The value of one expression.
-Result<Any> evaluate_expression(const String& code, const Union<I_Map_Generic, None>& globals,
-                                const Union<I_Map_Generic, None>& locals);
+// The value of one expression; `self` and `outLocals` of the scope do not count.
+Result<Any> evaluate_expr(const String& code, const Any& scope);
+
+// Code to be run again and again: a callable that takes a scope and does what `evaluate` does with the code. `names`, a
+// collection of texts or None, are those of the variables that come back into the scope's `outLocals`.
+Result<I_Callable_Generic> compile(const String& code, const Any& names);
 
 // The object with a dotted name: what stands under the last part in the module named by the others, or the module
 // itself when there is one part. None for the empty name. Errors: "Unable to find the module: {}.", "Unable to get the

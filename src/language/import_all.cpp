@@ -4,6 +4,7 @@
 #include "language/evaluation.h"
 #include "language/process_shield.h"
 #include "ling/detail/try.h"
+#include "ling/evaluation_scope.h"
 #include "ling/hash_map.h"
 #include "python/convert.h"
 #include "python/error_bridge.h"
@@ -65,7 +66,7 @@ Result<None> import(const String& python_name, PyObjectPtr& module) {
 Result<Any> submodules_of(PyObject* module) {
   const HashMap_Generic variables;
   variables.set("pp", from_python_locked(module));
-  return evaluate_code({}, list_package, I_Map_Generic::unchecked(variables), None(), None());
+  return evaluate(list_package, EvaluationScope({}, {}, variables, {}));
 }
 
 Result<None> export_listed(const Result<Any>& listed, const String& name, const String& python_name, int depth);
@@ -149,7 +150,7 @@ Result<None> import_all_modules() {
   if (!guard || !get_module("python")) {
     return None();
   }
-  const Any listed = TRY(evaluate_code({}, list_all, None(), None(), None()));
+  const Any listed = TRY(evaluate(list_all, {}));
   return export_listed(listed, "python", "", 0);
 }
 

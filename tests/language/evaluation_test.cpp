@@ -3,6 +3,7 @@
 
 #include "bridge/python.h"
 #include "corvantis/python_language.h"
+#include "ling/lazy.h"
 #include "ling/testing.h"
 
 namespace ling::cpython {
@@ -108,6 +109,42 @@ TEST_F(Evaluation, SeesTheHostsModules) {
       {"return shout('hey'), visible is None, 'visible.tools' in globals()", {}, "('hey!', False, False)"       },
       {"return whisper",                                                     {}, "name 'whisper' is not defined"},
   });
+}
+
+struct changing_number final : object_value_external {
+  Any load() override { return Any(number); }
+  int number = 10;
+};
+
+// The names are kept from run to run, and made anew when one of them may have changed.
+TEST_F(Evaluation, SeesModulesAsTheyAreNow) {
+  const Module late = get_module("late").value(), inlined = get_module("late.inlined").value();
+  const auto answer = [](int number) { return make_function("answer", "", "", [number] { return number; }); };
+  const auto sees = [](const char* name, const char* expected) {
+    const String asked = String("str({}) if '{}' in globals() else 'nothing'").arg(name, name);
+    EXPECT_EQ(text(evaluate_expr(asked, {})), std::string("'") + expected + "'") << name;
+  };
+  sees("answer()", "nothing");
+  sees("late", "<module late>");
+  late.setImportance(Any(10));
+  sees("late", "nothing");
+  const Any computed = make<changing_number>();
+  late.setImportance(computed);
+  sees("late", "nothing");
+  static_cast<changing_number&>(*computed.get()).number = 9;
+  sees("late", "<module late>");
+  late.setImportance(Any(9));
+  inlined.setInlined();
+  sees("answer", "nothing");
+  inlined.addCallable("answer", answer(1));
+  EXPECT_EQ(text(evaluate_expr("answer()", {})), "1");
+  inlined.callables().set(String("answer"), answer(2));
+  EXPECT_EQ(text(evaluate_expr("answer()", {})), "2");
+  inlined.callables().remove(String("answer"));
+  sees("answer", "nothing");
+  inlined.setInlined(false);
+  EXPECT_EQ(text(evaluate("global late\ndel late", {})), "None");
+  sees("late", "<module late>");
 }
 
 TEST_F(Evaluation, KeepsResultsThatComeAfterTheRunHarmless) {

@@ -104,7 +104,7 @@ class D(C): pass
 C.itself = C
 references.extend([weakref.ref(C), weakref.ref(D)])
 )") + crossing);
-    ask_everything(evaluate_code({}, code, I_Map_Generic::unchecked(variables), None(), None()));
+    ask_everything(evaluate(code, EvaluationScope({}, {}, variables, {})));
   }
   EXPECT_EQ(PyList_Size(references.get()), 14);
   PyObject_CallMethod(PyImport_ImportModule("gc"), "collect", nullptr);

@@ -26,6 +26,6 @@ inline I_Iterator_Generic make_iterator(std::vector<Any> items) { return make_it
 
 // The items of an I_Iterable, or those an I_Iterator has left, appended to `items`; of a map its keys. A BadArgument
 // for another value; the first Error of an iteration ends it.
-Result<None> collect(const Any& iterable, std::vector<Any>& items);
+LING_API Result<None> collect(const Any& iterable, std::vector<Any>& items);
 
 }  // namespace ling::internal
