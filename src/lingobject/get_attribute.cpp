@@ -31,6 +31,16 @@ slot_result read_property(const Any& property, const Any& value) {
   return declared.getter().object().call({&value, declared.getter_is_independent() ? 0u : 1u});
 }
 
+// A method as Python gets it: bound, unless it takes no receiver. `bind_member` is for methods that a class keeps.
+slot_result bind_own(const Any& method, const Any& value) {
+  const borrowed<I_Callable_Generic> callable(method);
+  return callable->isIndependent() ? method : Any(callable->bindInstance(value));
+}
+slot_result bind_member(const Any& method, PyObject* wrapper) {
+  const bool is_independent = static_cast<const object_value_callable&>(*method.get()).is_independent();
+  return is_independent ? slot_result(method) : slot_result(wrap_bound(method, wrapper));
+}
+
 // Steps of the lookup; each answers with nothing when it has nothing under the name.
 
 // For classes that take over member access, whose answers only the runtime can tell.
@@ -39,10 +49,11 @@ slot_result read_through_runtime(const Any& value, const name_entry& name) {
     return read_property(property, value);
   }
   const auto method = method_of(value, meta_method_untyped(name));
-  return method ? bind_method(method, value) : slot_result::absent();
+  return method ? bind_own(method, value) : slot_result::absent();
 }
 
-slot_result read_object_or_class(const Any& value, const class_member* member, const name_entry& name) {
+slot_result read_object_or_class(const Any& value, PyObject* wrapper, const class_member* member,
+                                 const name_entry& name) {
   const object_value_instance* instance = instance_in(value);
   if (instance != nullptr) {
     if (const Any own = instance->own_property(name); !own.empty()) {
@@ -54,10 +65,10 @@ slot_result read_object_or_class(const Any& value, const class_member* member, c
   }
   if (instance != nullptr) {
     if (const Any own = instance->own_method(name); !own.empty()) {
-      return bind_method(own, value);
+      return bind_own(own, value);
     }
   }
-  return member != nullptr && !member->method.empty() ? bind_method(member->method, value) : slot_result::absent();
+  return member != nullptr && !member->method.empty() ? bind_member(member->method, wrapper) : slot_result::absent();
 }
 
 // What a class offers to its instances and through its name.
@@ -71,7 +82,7 @@ slot_result read_defined(const Any& value, const name_entry& name) {
 
 constexpr std::uint64_t takes_over_members = class_flags::dynamic_members | class_flags::member_access;
 
-slot_result read_member(const Any& value, const name_entry& name) {
+slot_result read_member(const Any& value, PyObject* wrapper, const name_entry& name) {
   const object_value_class& of_class = class_in(value);
   const class_member* member = of_class.find_member(name);
   if (member != nullptr && member->field != nullptr) {
@@ -80,7 +91,7 @@ slot_result read_member(const Any& value, const name_entry& name) {
     }
   }
   slot_result found = of_class.has_flag(takes_over_members) ? read_through_runtime(value, name)
-                                                            : read_object_or_class(value, member, name);
+                                                            : read_object_or_class(value, wrapper, member, name);
   if (found.is_absent() && value.type() == ObjectType::Class) {
     found = read_defined(value, name);
   }
@@ -92,20 +103,20 @@ slot_result error_no_attribute(const Any& value, std::string_view name) {
                      String("'{}' object has no attribute '{}'").arg(qualname(class_of(value)), name));
 }
 
-slot_result read_attribute(const Any& value, const name_entry& name) {
-  slot_result found = read_member(value, name);
+slot_result read_attribute(const Any& value, PyObject* wrapper, const name_entry& name) {
+  slot_result found = read_member(value, wrapper, name);
   if (found.is_absent()) {
     found = error_no_attribute(value, name.text);
   }
   return found;
 }
 
-slot_result read_unknown(const Any& value, PyObject* name) {
+slot_result read_unknown(const Any& value, PyObject* wrapper, PyObject* name) {
   const utf8_text text(name);
   if (!text) {
     return slot_result::raised();
   }
-  return read_attribute(value, *internal::name_to_look_up(text.view()));
+  return read_attribute(value, wrapper, *internal::name_to_look_up(text.view()));
 }
 
 // A lazy value's own members, for which it is not forced.
@@ -130,22 +141,14 @@ slot_result read_lazy(const Any& value, const attribute_name& known, PyObject* n
 
 }  // namespace
 
-slot_result bind_method(const Any& method, const Any& value) {
-  const auto& callable = static_cast<const object_value_callable&>(*method.get());
-  if (callable.is_independent()) {
-    return method;
-  }
-  return wrap_locked(borrowed<I_Callable_Generic>(method)->bindInstance(value));
-}
-
-slot_result get_attribute(const Any& value, PyObject* name) {
+slot_result get_attribute(const Any& value, PyObject* wrapper, PyObject* name) {
   const attribute_name known = attribute_name_of(name);
   const bool is_lazy = value.has(object_traits::lazy);
   switch (known.meaning) {
     case attribute_name::kind::member:
-      return is_lazy ? read_lazy(value, known, name) : read_attribute(value, *known.entry);
+      return is_lazy ? read_lazy(value, known, name) : read_attribute(value, wrapper, *known.entry);
     case attribute_name::kind::unknown:
-      return is_lazy ? read_lazy(value, known, name) : read_unknown(value, name);
+      return is_lazy ? read_lazy(value, known, name) : read_unknown(value, wrapper, name);
     case attribute_name::kind::special: {
       // A doc that is computed may ask for itself.
       const recursion_guard guard;

@@ -17,8 +17,8 @@ PyObjectPtr wrap(const Any& value);
 PyObjectPtr wrap_locked(Any value);
 
 // The value in a wrapper; null for every other object and for a wrapper without a value. Borrowed from the wrapper. The
-// lock must be held.
-const Any* wrapped_value(PyObject* object) noexcept;
+// lock must be held. Exhausted memory is thrown: the value of a bound method is made when it is asked for.
+const Any* wrapped_value(PyObject* object);
 
 // The type object with which values of a class are wrapped; null with an exception set when it cannot be made.
 // Borrowed; lives for the life of the process. The lock must be held.

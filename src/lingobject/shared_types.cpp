@@ -15,7 +15,6 @@ namespace {
 struct shared_row {
   std::uint64_t tested;
   std::uint64_t wanted;
-  ternaryfunc call;
   sequence_methods* sequence;
   mapping_methods* mapping;
 };
@@ -23,11 +22,11 @@ struct shared_row {
 using namespace class_flags;
 constexpr std::uint64_t all = callable | collection | sequence;
 constexpr shared_row shared_rows[] = {
-    {callable, callable,              call_slot<call>, &minimal_sequence,    nullptr         },
-    {all,      0,                     nullptr,         &minimal_sequence,    nullptr         },
-    {all,      class_flags::sequence, nullptr,         &full_sequence,       &wrapper_mapping},
-    {all,      collection,            nullptr,         &membership_sequence, &wrapper_mapping},
-    {all,      collection | sequence, nullptr,         &full_sequence,       &wrapper_mapping},
+    {callable, callable,              &minimal_sequence,    nullptr         },
+    {all,      0,                     &minimal_sequence,    nullptr         },
+    {all,      class_flags::sequence, &full_sequence,       &wrapper_mapping},
+    {all,      collection,            &membership_sequence, &wrapper_mapping},
+    {all,      collection | sequence, &full_sequence,       &wrapper_mapping},
 };
 constexpr std::size_t callable_row = 0;
 
@@ -48,6 +47,14 @@ constinit PyMethodDef shared_methods[] = {
     {},
 };
 
+// Of values that can be called.
+void fill_call_slots(type_object& type) {
+  type.tp_call = call_slot<call>;
+  type.tp_vectorcall_offset = offsetof(callable_wrapper_object, vectorcall);
+  type.tp_flags |= has_vectorcall;
+  type.tp_dealloc = callable_wrapper_dealloc;
+}
+
 constinit std::array<internal::published<PyTypeObject>, std::size(shared_rows)> shared_types{};
 
 PyTypeObject* make_shared_type(std::size_t row) {
@@ -56,7 +63,9 @@ PyTypeObject* make_shared_type(std::size_t row) {
   fill_common_slots(*type);
   type->tp_name = shared_type_name;
   type->tp_doc = "Wrapper around of a Ling object";
-  type->tp_call = shared_rows[row].call;
+  if (row == callable_row) {
+    fill_call_slots(*type);
+  }
   type->tp_as_sequence = shared_rows[row].sequence;
   type->tp_as_mapping = shared_rows[row].mapping;
   type->tp_methods = shared_methods;  // types made for one class inherit them
@@ -90,8 +99,12 @@ void fill_common_slots(type_object& type) {
 }
 
 void fill_slots_of_class(type_object& type, const object_value_class& of_class) {
+  if (of_class.has_flag(callable)) {
+    fill_call_slots(type);
+  } else {
+    type.tp_call = call_slot<call>;  // says that the value cannot be called
+  }
   const shared_row& row = shared_rows[row_of(of_class.flags() & ~callable)];
-  type.tp_call = shared_rows[callable_row].call;
   type.tp_as_sequence = row.sequence;
   type.tp_as_mapping = row.mapping;
 }

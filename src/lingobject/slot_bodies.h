@@ -9,16 +9,13 @@ namespace ling::cpython {
 
 // --- attributes ------------------------------------------------------------------------------------------------------
 
-slot_result get_attribute(const Any& value, PyObject* name);                       // tp_getattro
+slot_result get_attribute(const Any& value, PyObject* wrapper, PyObject* name);    // tp_getattro
 slot_result set_attribute(const Any& value, PyObject* name, PyObject* new_value);  // tp_setattro; a null value deletes
 
 // The getter and setter behind the entries of a per-class type. Python calls them for `type(w).name.__get__(w)`;
 // `w.name` goes to the two above.
 slot_result get_property(const Any& value, const name_entry* name);
 slot_result set_property(const Any& value, const name_entry* name, PyObject* new_value);
-
-// A method of the value as Python gets it: bound, unless it takes no receiver.
-slot_result bind_method(const Any& method, const Any& value);
 
 // --- texts, hash, order ----------------------------------------------------------------------------------------------
 
@@ -30,8 +27,10 @@ slot_result compare(const Any& value, PyObject* other, int operation);  // tp_ri
 // --- calls, iteration ------------------------------------------------------------------------------------------------
 
 slot_result call(const Any& value, PyObject* arguments, PyObject* keywords);  // tp_call
-slot_result iterate(const Any& value, PyObject* wrapper);                     // tp_iter
-slot_result next_item(const Any& value);                                      // tp_iternext; nothing to say at the end
+// The same without the tuple and the dictionary. A method that was read from a wrapper is called as it is.
+PyObject* call_by_vector(PyObject* self, PyObject* const* arguments, std::size_t count, PyObject* names) noexcept;
+slot_result iterate(const Any& value, PyObject* wrapper);  // tp_iter
+slot_result next_item(const Any& value);                   // tp_iternext; nothing to say at the end
 
 // --- items of sequences, maps and sets -------------------------------------------------------------------------------
 

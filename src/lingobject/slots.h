@@ -142,10 +142,10 @@ PyObject* next_slot(PyObject* self) noexcept {
 }
 
 // tp_getattro: nothing to say means that Python's own lookup decides.
-template <slot_result (*Body)(const Any& self, PyObject* name)>
+template <slot_result (*Body)(const Any& self, PyObject* wrapper, PyObject* name)>
 PyObject* attribute_slot(PyObject* self, PyObject* name) noexcept {
   return guarded<PyObject*>(nullptr, [&]() -> PyObject* {
-    slot_result result = Body(value_in(self), name);
+    slot_result result = Body(value_in(self), self, name);
     return result.is_absent() ? PyObject_GenericGetAttr(self, name) : std::move(result).to_object();
   });
 }

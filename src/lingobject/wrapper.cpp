@@ -3,11 +3,12 @@
 
 #include "ling/reflection.h"
 #include "lingobject/ling_object.h"
+#include "lingobject/slot_bodies.h"
 #include "python/interpreter.h"
 #include "python/pending_exception.h"
-#include "python/type_layout.h"
 
 #include <memory>
+#include <new>
 
 namespace ling::cpython {
 
@@ -15,44 +16,101 @@ const char shared_type_name[] = ">LingObject";
 
 namespace {
 
-// The heap handles of wrappers that are gone, for those to come: wrappers are made and dropped with every method call.
-// Guarded by the interpreter lock.
-class handle_store {
+// Memory of things of one size that are gone, for those to come: wrappers are made and dropped all the time, and
+// methods with every call. Guarded by the interpreter lock.
+class spare_memory {
  public:
-  Any* put(Any value) {
-    if (free_ == nullptr) {
-      return new (new slot) Any(std::move(value));
+  // Null when there is none.
+  void* take() noexcept {
+    if (first_ == nullptr) {
+      return nullptr;
     }
-    slot* taken = std::exchange(free_, free_->next);
     --count_;
-    return std::construct_at(&taken->value, std::move(value));
+    return std::exchange(first_, first_->next);
   }
-  // Destroys the value last: its destructor may come back here.
-  void take(Any* value) noexcept {
-    const Any dying = std::move(*value);
-    std::destroy_at(value);
-    auto* freed = reinterpret_cast<slot*>(value);
+  // False when there is enough: the memory is still the caller's.
+  bool keep(void* memory) noexcept {
     if (count_ == maximum) {
-      delete freed;
-      return;
+      return false;
     }
-    freed->next = std::exchange(free_, freed);
+    first_ = new (memory) spare{first_};
     ++count_;
+    return true;
   }
 
  private:
   static constexpr int maximum = 1024;
-  union slot {
-    slot() noexcept : next(nullptr) {}
-    ~slot() {}
-    slot* next;
-    Any value;
+  struct spare {
+    spare* next;
   };
 
-  slot* free_ = nullptr;
+  spare* first_ = nullptr;
   int count_ = 0;
 };
-constinit handle_store handles;
+
+constinit spare_memory spare_handles;
+constinit spare_memory spare_callables;
+
+Any* new_handle(Any value) {
+  void* const spare = spare_handles.take();
+  return new (spare != nullptr ? spare : ::operator new(sizeof(Any))) Any(std::move(value));
+}
+
+// Destroys the value last: its destructor may come back here.
+void delete_handle(Any* handle) noexcept {
+  const Any dying = std::move(*handle);
+  std::destroy_at(handle);
+  if (!spare_handles.keep(handle)) {
+    ::operator delete(handle);
+  }
+}
+
+bool is_callable_type(const PyTypeObject* type) noexcept { return (flags_of(type) & has_vectorcall) != 0; }
+
+callable_wrapper_object& callable_wrapper(PyObject* object) noexcept {
+  return *reinterpret_cast<callable_wrapper_object*>(object);
+}
+
+// Without a value; null with an exception set when there is no memory.
+PyObject* new_callable_wrapper(PyTypeObject* type) noexcept {
+  void* const spare = spare_callables.take();
+  void* const memory = spare != nullptr ? spare : PyObject_Malloc(sizeof(callable_wrapper_object));
+  PyObject* const self = PyObject_Init(static_cast<PyObject*>(memory), type);
+  if (self != nullptr) {
+    callable_wrapper_object& wrapper = callable_wrapper(self);
+    wrapper.wrapper.value = nullptr;
+    wrapper.vectorcall = call_by_vector;
+    wrapper.method = nullptr;
+    wrapper.receiver = nullptr;
+  }
+  return self;
+}
+
+PyObject* new_wrapper(PyTypeObject* type) noexcept {
+  if (is_callable_type(type)) {
+    return new_callable_wrapper(type);
+  }
+  PyObject* const self = _PyObject_New(type);
+  if (self != nullptr) {
+    reinterpret_cast<wrapper_object*>(self)->value = nullptr;
+  }
+  return self;
+}
+
+// The interpreter holds the lock when it lets an object die.
+void drop_value(PyObject* self) noexcept {
+  Any* value = std::exchange(reinterpret_cast<wrapper_object*>(self)->value, nullptr);
+  if (value == nullptr) {
+    return;
+  }
+  // A wrapper may die while an exception is on its way; what the host does when its value dies must not disturb that.
+  if (PyErr_Occurred() == nullptr) [[likely]] {
+    delete_handle(value);
+  } else {
+    const pending_exception_aside aside;
+    delete_handle(value);
+  }
+}
 
 }  // namespace
 
@@ -66,20 +124,43 @@ PyObjectPtr wrap(const Any& value) {
 
 PyObjectPtr wrap_locked(Any value) {
   PyTypeObject* type = wrapper_type_of(class_of(value));
-  if (type == nullptr) {
-    return {};
+  PyObjectPtr wrapper(type == nullptr ? nullptr : new_wrapper(type));
+  if (wrapper) {
+    reinterpret_cast<wrapper_object*>(wrapper.get())->value = new_handle(std::move(value));
   }
-  auto* self = reinterpret_cast<wrapper_object*>(_PyObject_New(type));
-  if (self == nullptr) {
-    return {};
-  }
-  self->value = nullptr;
-  PyObjectPtr wrapper(&self->ob_base);
-  self->value = handles.put(std::move(value));
   return wrapper;
 }
 
-const Any* wrapped_value(PyObject* object) noexcept {
+PyObjectPtr wrap_bound(const Any& method, PyObject* receiver) {
+  // The class of all methods that have their receiver; the first one tells.
+  static constinit object_value_class* bound_class = nullptr;
+  if (bound_class == nullptr || method.type() == ObjectType::Multimethod) [[unlikely]] {
+    const Any bound = borrowed<I_Callable_Generic>(method)->bindInstance(value_in(receiver));
+    bound_class = &bound.get()->object_class();
+    return wrap_locked(bound);
+  }
+  PyTypeObject* const type = wrapper_type_of(*bound_class);
+  PyObjectPtr wrapper(type == nullptr ? nullptr : new_callable_wrapper(type));
+  if (wrapper) {
+    callable_wrapper_object& self = callable_wrapper(wrapper.get());
+    self.method = static_cast<const object_value_callable*>(method.get());
+    Py_INCREF(receiver);
+    self.receiver = receiver;
+  }
+  return wrapper;
+}
+
+const Any& make_bound_value(PyObject* method) {
+  callable_wrapper_object& self = callable_wrapper(method);
+  const auto callable = I_Callable_Generic::unchecked(Any::share(self.method));
+  Any* const value = new_handle(callable.bindInstance(value_in(self.receiver)));
+  self.wrapper.value = value;
+  self.method = nullptr;
+  const PyObjectPtr receiver(std::exchange(self.receiver, nullptr));
+  return *value;
+}
+
+const Any* wrapped_value(PyObject* object) {
   const PyTypeObject* type = Py_TYPE(object);
   if (name_of(type) != shared_type_name) {
     const PyTypeObject* base = base_of(type);
@@ -87,22 +168,25 @@ const Any* wrapped_value(PyObject* object) noexcept {
       return nullptr;
     }
   }
-  return reinterpret_cast<wrapper_object*>(object)->value;
+  const Any* value = reinterpret_cast<wrapper_object*>(object)->value;
+  if (value == nullptr && is_callable_type(type) && callable_wrapper(object).method != nullptr) {
+    value = &make_bound_value(object);
+  }
+  return value;
 }
 
 void wrapper_dealloc(PyObject* self) noexcept {
-  const gil_lock lock;
-  Any* value = std::exchange(reinterpret_cast<wrapper_object*>(self)->value, nullptr);
-  if (value != nullptr) {
-    // A wrapper may die while an exception is on its way; what the host does when its value dies must not disturb that.
-    if (PyErr_Occurred() == nullptr) [[likely]] {
-      handles.take(value);
-    } else {
-      const pending_exception_aside aside;
-      handles.take(value);
-    }
-  }
+  drop_value(self);
   PyObject_Free(self);
+}
+
+void callable_wrapper_dealloc(PyObject* self) noexcept {
+  drop_value(self);
+  PyObject* const receiver = callable_wrapper(self).receiver;
+  if (!spare_callables.keep(self)) {
+    PyObject_Free(self);
+  }
+  Py_XDECREF(receiver);  // last: its end may come back here
 }
 
 }  // namespace ling::cpython

@@ -143,4 +143,13 @@ inline const char* name_of(const PyTypeObject* type) noexcept { return layout_of
 inline PyTypeObject* base_of(const PyTypeObject* type) noexcept { return layout_of(type)->tp_base; }
 inline unsigned long flags_of(const PyTypeObject* type) noexcept { return layout_of(type)->tp_flags; }
 
+// Calls without a tuple of arguments, which the limited API of 3.9 hides, too. An instance of a type with this flag has
+// a pointer to such a function at `tp_vectorcall_offset`.
+inline constexpr unsigned long has_vectorcall = 1ul << 11;
+// The arguments given by name follow the `count` positional ones; `names` is a tuple of their names, or null.
+using vectorcall_function = PyObject* (*)(PyObject* self, PyObject* const* arguments, std::size_t count,
+                                          PyObject* names) noexcept;
+// Comes with the count: what stands before the arguments may be overwritten.
+inline constexpr std::size_t vectorcall_offset_flag = std::size_t{1} << 63;
+
 }  // namespace ling::cpython

@@ -7,6 +7,8 @@
 
 #include "python/type_layout.h"
 
+#include <type_traits>
+
 namespace ling::cpython {
 
 // Checks the fields one by one: what follows a field is put off until the next of the rounds of EXPAND, which are more
@@ -29,6 +31,10 @@ static_assert(sizeof(sequence_methods) == sizeof(PySequenceMethods));
 static_assert(sizeof(mapping_methods) == sizeof(PyMappingMethods));
 static_assert(sizeof(type_object) >= sizeof(PyTypeObject), "a version has outgrown the spare bytes");
 static_assert(offsetof(type_object, spare) == offsetof(PyTypeObject, tp_vectorcall) + sizeof(void*));
+
+static_assert(has_vectorcall == Py_TPFLAGS_HAVE_VECTORCALL);
+static_assert(vectorcall_offset_flag == PY_VECTORCALL_ARGUMENTS_OFFSET);
+static_assert(std::is_convertible_v<vectorcall_function, vectorcallfunc>);
 
 CHECK_FIELDS(number_methods, PyNumberMethods, nb_add, nb_subtract, nb_multiply, nb_remainder, nb_divmod, nb_power,
              nb_negative, nb_positive, nb_absolute, nb_bool, nb_invert, nb_lshift, nb_rshift, nb_and, nb_xor, nb_or,
