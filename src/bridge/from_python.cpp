@@ -158,6 +158,15 @@ Any from_python_locked(PyObjectPtr_Borrowed borrowed) {
   if (object == nullptr || object == Py_None) {
     return {};
   }
+  // The two most frequent types first: none of the tests before their own turn applies to exactly an int or exactly a
+  // str. Only a text that cannot be encoded raises, on the way to being the empty text.
+  PyTypeObject* const type = Py_TYPE(object);
+  if (std::int64_t value = 0; type == &PyLong_Type && read_exact_int(object, value)) {
+    return Any(value);
+  }
+  if (type == &PyUnicode_Type && PyErr_Occurred() == nullptr) {
+    return text_of(object, surrogates::refuse);
+  }
   // 2. The answer of an operator that does not apply.
   if (object == Py_NotImplemented) {
     return Undefined();
@@ -166,14 +175,9 @@ Any from_python_locked(PyObjectPtr_Borrowed borrowed) {
   if (const Any* wrapped = wrapped_value(object)) {
     return *wrapped;
   }
-  PyTypeObject* const type = Py_TYPE(object);
   // 4. Booleans, before the integers that they are to Python.
   if (type == &PyBool_Type) {
     return Boolean(object == Py_True);
-  }
-  // The two most frequent types: none of the tests before their own turn applies to exactly an int or exactly a str.
-  if (std::int64_t value = 0; type == &PyLong_Type && read_exact_int(object, value)) {
-    return Any(value);
   }
   const pending_exception_aside pending;
   if (type == &PyUnicode_Type) {

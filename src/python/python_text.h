@@ -19,6 +19,15 @@ inline String text_of(PyObject* text, surrogates policy) {
   if (text == nullptr) {
     return {};
   }
+  // The interpreter keeps what it tells of a text that is not ASCII for as long as the text: not of long ones.
+  constexpr Py_ssize_t longest_to_keep = 1000;
+  if (Py_ssize_t size = 0; policy == surrogates::refuse && PyUnicode_GetLength(text) <= longest_to_keep) {
+    if (const char* const bytes = PyUnicode_AsUTF8AndSize(text, &size)) {
+      return String::fromUtf8(bytes, static_cast<std::size_t>(size));
+    }
+    drop_exception();
+    return {};
+  }
   const PyObjectPtr bytes(policy == surrogates::refuse ? PyUnicode_AsUTF8String(text)
                                                        : PyUnicode_AsEncodedString(text, "utf-8", "backslashreplace"));
   if (!bytes) {
