@@ -35,6 +35,7 @@ class LING_API object_value_instance : public object_value {
   virtual void* native_data() noexcept { return nullptr; }
 
   // Members of this object alone; empty handles when there is none of that name.
+  bool may_have_own_members() const noexcept { return own() != nullptr; }
   Any own_property(const name_entry& name) const;
   Any own_method(const name_entry& name) const;
   void insert_own_property(const name_entry& name, const Property& property);

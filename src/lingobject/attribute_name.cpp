@@ -1,6 +1,7 @@
 // The cache of attribute names.
 #include "lingobject/attribute_name.h"
 
+#include "ling/detail/declarations.h"
 #include "lingobject/special_names.h"
 #include "python/type_layout.h"
 
@@ -14,6 +15,7 @@ namespace {
 struct cached_name {
   PyObject* text = nullptr;  // an own reference, so that the address cannot come to mean another text
   attribute_name name{attribute_name::kind::invalid, {nullptr}};
+  std::uint64_t as_of = 0;  // the declarations among which an unknown name was not found
 };
 
 // Direct-mapped; a name in source code is one str object for the life of its code. Guarded by the interpreter lock.
@@ -41,27 +43,37 @@ attribute_name interpret(std::string_view text) {
   return name;
 }
 
-// Not called for a subclass of str, nor for a name that may become known later.
-void remember(PyObject* text, const attribute_name& name) {
+void remember(PyObject* text, const attribute_name& name, std::uint64_t as_of) {
   cached_name& place = cached(text);
   Py_IncRef(text);
   const PyObjectPtr former(std::exchange(place.text, text));
   place.name = name;
+  place.as_of = as_of;
+}
+
+bool is_current(const cached_name& place) noexcept {
+  return place.name.meaning != attribute_name::kind::unknown || place.as_of == internal::declarations();
 }
 
 }  // namespace
 
+bool may_be_kept(PyObject* name) noexcept {
+  constexpr Py_ssize_t longest = 100;
+  return Py_TYPE(name) == &PyUnicode_Type && PyUnicode_GetLength(name) <= longest;
+}
+
 attribute_name attribute_name_of(PyObject* name) {
-  if (const cached_name& place = cached(name); place.text == name) [[likely]] {
+  if (const cached_name& place = cached(name); place.text == name && is_current(place)) [[likely]] {
     return place.name;
   }
+  const std::uint64_t as_of = internal::declarations();
   const utf8_text text(name);
   if (!text) {
     return {attribute_name::kind::invalid, {nullptr}};
   }
   const attribute_name meaning = interpret(text.view());
-  if (meaning.meaning != attribute_name::kind::unknown && Py_TYPE(name) == &PyUnicode_Type) {
-    remember(name, meaning);
+  if (may_be_kept(name)) {
+    remember(name, meaning, as_of);
   }
   return meaning;
 }

@@ -11,18 +11,17 @@ namespace ling::cpython {
 
 struct special_name;
 
-// The text of a str as UTF-8. False, with Python's exception set, for what is no str or cannot be encoded.
+// The text of a str as UTF-8, for as long as the str is held. False, with Python's exception set, for what is no str or
+// cannot be encoded.
 class utf8_text {
  public:
-  explicit utf8_text(PyObject* text) noexcept : bytes_(PyUnicode_AsUTF8String(text)) {}
-  explicit operator bool() const noexcept { return static_cast<bool>(bytes_); }
-  std::string_view view() const& noexcept {
-    return {PyBytes_AsString(bytes_.get()), static_cast<std::size_t>(PyBytes_Size(bytes_.get()))};
-  }
-  std::string_view view() const&& = delete;
+  explicit utf8_text(PyObject* text) noexcept : bytes_(PyUnicode_AsUTF8AndSize(text, &size_)) {}
+  explicit operator bool() const noexcept { return bytes_ != nullptr; }
+  std::string_view view() const noexcept { return {bytes_, static_cast<std::size_t>(size_)}; }
 
  private:
-  PyObjectPtr bytes_;
+  Py_ssize_t size_ = 0;
+  const char* bytes_;
 };
 
 // What a name means to the attribute dispatcher.
@@ -42,6 +41,10 @@ struct attribute_name {
 };
 
 attribute_name attribute_name_of(PyObject* name);
+
+// Whether a cache may keep the str of a name: nothing but a str, so that nobody notices, and of the length of a name,
+// since there may come any text.
+bool may_be_kept(PyObject* name) noexcept;
 
 // The name of a member that may yet have to be added, whatever it begins with. False with an exception set for what is
 // no name.

@@ -7,6 +7,7 @@
 #include "ling/reflection.h"
 #include "lingobject/attribute_name.h"
 #include "lingobject/ling_object.h"
+#include "lingobject/missing_attribute.h"
 #include "lingobject/slot_bodies.h"
 #include "lingobject/special_names.h"
 
@@ -20,6 +21,11 @@ object_value_class& class_in(const Any& value) {
 
 const object_value_instance* instance_in(const Any& value) {
   return value.has(object_traits::instance) ? static_cast<const object_value_instance*>(value.get()) : nullptr;
+}
+
+bool has_members_of_its_own(const Any& value) {
+  const object_value_instance* instance = instance_in(value);
+  return instance != nullptr && instance->may_have_own_members();
 }
 
 slot_result read_property(const Any& property, const Any& value) {
@@ -54,7 +60,7 @@ slot_result read_through_runtime(const Any& value, const name_entry& name) {
 
 slot_result read_object_or_class(const Any& value, PyObject* wrapper, const class_member* member,
                                  const name_entry& name) {
-  const object_value_instance* instance = instance_in(value);
+  const object_value_instance* instance = has_members_of_its_own(value) ? instance_in(value) : nullptr;
   if (instance != nullptr) {
     if (const Any own = instance->own_property(name); !own.empty()) {
       return read_property(own, value);
@@ -98,25 +104,25 @@ slot_result read_member(const Any& value, PyObject* wrapper, const name_entry& n
   return found;
 }
 
-slot_result error_no_attribute(const Any& value, std::string_view name) {
-  return slot_result(slot_exception::attribute_error,
-                     String("'{}' object has no attribute '{}'").arg(qualname(class_of(value)), name));
-}
-
-slot_result read_attribute(const Any& value, PyObject* wrapper, const name_entry& name) {
-  slot_result found = read_member(value, wrapper, name);
+slot_result read_attribute(const Any& value, PyObject* wrapper, const name_entry& entry, PyObject* name) {
+  slot_result found = read_member(value, wrapper, entry);
   if (found.is_absent()) {
-    found = error_no_attribute(value, name.text);
+    found = error_no_attribute(class_in(value), name);
   }
   return found;
 }
 
+// A name that no class declares.
 slot_result read_unknown(const Any& value, PyObject* wrapper, PyObject* name) {
+  if (object_value_class& of_class = class_in(value);
+      !of_class.has_flag(takes_over_members) && !has_members_of_its_own(value)) [[likely]] {
+    return error_no_attribute(of_class, name);
+  }
   const utf8_text text(name);
   if (!text) {
     return slot_result::raised();
   }
-  return read_attribute(value, wrapper, *internal::name_to_look_up(text.view()));
+  return read_attribute(value, wrapper, *internal::name_to_look_up(text.view()), name);
 }
 
 // A lazy value's own members, for which it is not forced.
@@ -146,7 +152,7 @@ slot_result get_attribute(const Any& value, PyObject* wrapper, PyObject* name) {
   const bool is_lazy = value.has(object_traits::lazy);
   switch (known.meaning) {
     case attribute_name::kind::member:
-      return is_lazy ? read_lazy(value, known, name) : read_attribute(value, wrapper, *known.entry);
+      return is_lazy ? read_lazy(value, known, name) : read_attribute(value, wrapper, *known.entry, name);
     case attribute_name::kind::unknown:
       return is_lazy ? read_lazy(value, known, name) : read_unknown(value, wrapper, name);
     case attribute_name::kind::special: {

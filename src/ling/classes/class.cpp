@@ -4,6 +4,7 @@
 #include "ling/class_builder.h"
 #include "ling/classes/inheritance.h"
 #include "ling/detail/argument_row.h"
+#include "ling/detail/declarations.h"
 #include "ling/detail/definitions.h"
 #include "ling/detail/immortal.h"
 #include "ling/interfaces.h"
@@ -134,6 +135,7 @@ void object_value_class::set_declaring_context(const Any& context) {
   } else {
     set_flags(class_flags::declared);
   }
+  internal::note_declaration();
 }
 
 std::optional<std::size_t> object_value_class::find_field(const name_entry& name) const noexcept {

@@ -1,11 +1,13 @@
 // The table of interned names, and the names the runtime knows from the start.
 #include "ling/name.h"
 
+#include "ling/detail/declarations.h"
 #include "ling/detail/immortal.h"
 #include "ling/interfaces.h"
 #include "ling/spinlock.h"
 #include "ling/string.h"
 
+#include <atomic>
 #include <deque>
 #include <mutex>
 #include <string>
@@ -99,6 +101,7 @@ class name_table {
     const std::string& kept = where.texts.emplace_back(text);
     const name_entry& entry = where.storage.emplace_back(std::string_view(kept), hash);
     where.entries.emplace(entry.text, &entry);
+    internal::note_declaration();
     return entry;
   }
 
@@ -123,6 +126,13 @@ class name_table {
 }  // namespace
 
 namespace internal {
+
+namespace {
+constinit std::atomic<std::uint64_t> declaration_count{0};
+}  // namespace
+
+std::uint64_t declarations() noexcept { return declaration_count.load(std::memory_order_acquire); }
+void note_declaration() noexcept { declaration_count.fetch_add(1, std::memory_order_release); }
 
 const name_entry& intern(std::string_view text) { return name_table::instance().insert(text, hash_text(text)); }
 
