@@ -120,6 +120,8 @@ def result(make):
       methods.clear()
   return len(methods))");
   const PyObjectPtr make = to_python(make_function("make", "", "", [] { return make_worker(); }));
+  allocated_blocks();  // collects what other cases have left in circles
+  const int lives = Worker::lives;
   std::atomic<int> passed = 0;
   on_eight_threads([&](int) {
     const GilGuard lock;
@@ -127,7 +129,7 @@ def result(make):
     PyErr_Clear();
   });
   EXPECT_EQ(passed, 8);
-  EXPECT_EQ(Worker::lives, 0);
+  EXPECT_EQ(Worker::lives, lives);
 }
 
 TEST_F(Calls, LeaveNothingBehind) {
@@ -158,7 +160,7 @@ TEST_F(Calls, OfMissingNamesAreToldWhatIsSo) {
   of_class.set_declaring_context(Class_Generic(worker_class.required()));
   EXPECT_EQ(told(), R"(AttributeError("'test.calls.Worker.Latecomer' object has no attribute 'is_not_known_yet'"))");
   of_class.add_method_unsafe(name, make_function(name, "self", "", [](const Any&) { return 1; }));
-  EXPECT_NE(told().find("method"), std::string::npos);
+  EXPECT_EQ(told().find("AttributeError"), std::string::npos) << told();
 }
 
 }  // namespace
