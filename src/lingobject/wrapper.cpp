@@ -7,6 +7,7 @@
 #include "python/interpreter.h"
 #include "python/pending_exception.h"
 
+#include <cassert>
 #include <memory>
 #include <new>
 
@@ -140,6 +141,7 @@ PyObjectPtr wrap_bound(const Any& method, PyObject* receiver) {
     return wrap_locked(bound);
   }
   PyTypeObject* const type = wrapper_type_of(*bound_class);
+  assert(type == nullptr || is_callable_type(type));
   PyObjectPtr wrapper(type == nullptr ? nullptr : new_callable_wrapper(type));
   if (wrapper) {
     callable_wrapper_object& self = callable_wrapper(wrapper.get());
