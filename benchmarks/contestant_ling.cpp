@@ -12,6 +12,7 @@ struct counter {
   std::int64_t value = large_number;
   ling::Any child;
   std::int64_t add(std::int64_t number) const { return value + number; }
+  std::int64_t measure(const std::string& text) const { return value + static_cast<std::int64_t>(text.size()); }
 };
 
 const ling::class_definition<counter> counter_class("Counter", [](ling::class_builder<counter>& c) {
@@ -26,16 +27,10 @@ const ling::class_definition<counter> counter_class("Counter", [](ling::class_bu
           "value", "The number.", [](const counter& self) { return self.value; },
           [](counter& self, std::int64_t value) { self.value = value; })
       .property("child", "The other counter.", [](const counter& self) { return self.child; })
-      .method("add", "number", "The sum of both numbers.", &counter::add);
+      .method("add", "number", "The sum of both numbers.", &counter::add)
+      .method("sum", "number", "The sum of both numbers.", &counter::add)
+      .method("measure", "text", "The sum of the number and the length of the text.", &counter::measure);
 });
-
-ling::Any checked(ling::Any value) {
-  if (ling::is_error_result(value)) {
-    std::fprintf(stderr, "%s\n", ling::Error::unchecked(value).message().c_str());
-    std::exit(1);
-  }
-  return value;
-}
 
 }  // namespace
 
@@ -49,23 +44,43 @@ ling::I_Callable_Generic language_function(const char* name) {
   return ling::I_Callable_Generic::unchecked(function);
 }
 
+ling::Any check(ling::Any value) {
+  if (ling::is_error_result(value)) {
+    std::fprintf(stderr, "%s\n", ling::Error::unchecked(value).message().c_str());
+    std::exit(1);
+  }
+  return value;
+}
+
+ling::Any run_python(const char* code, const char* variable, const ling::Any& value) {
+  const ling::HashMap_Generic locals;
+  locals.set(variable, value);
+  return check(language_function("evaluate")(code, ling::EvaluationScope({}, {}, locals, {})));
+}
+
 void publish_ling_module() {
   const ling::Class_Generic counters(counter_class.required());
   const ling::List<ling::Integer> numbers;
+  const ling::HashMap_Generic int_map;
+  const ling::HashMap_Generic text_map;
   for (const std::int64_t number : large_numbers()) {
     numbers.append(number);
+    int_map.set(number, number);
+    text_map.set(ling::String("key {}").arg(number), number);
   }
-  const ling::HashMap_Generic locals;
-  locals.set("subject", checked(counters(checked(counters()))));
-  locals.set("numbers", numbers);
-  locals.set("function", ling::make_function("function", "number", "The next number.",
-                                             [](std::int64_t number) { return number + 1; }));
-  locals.set("name", module_of(contestant::ling));
-  checked(
-      language_function("evaluate")("import sys, types\n"
-                                    "module = sys.modules[name] = types.ModuleType(name)\n"
-                                    "module.subject, module.numbers, module.function = subject, numbers, function",
-                                    ling::EvaluationScope({}, {}, locals, {})));
+  const ling::HashMap_Generic members;
+  members.set("subject", check(counters(check(counters()))));
+  members.set("kind", counters);
+  members.set("numbers", numbers);
+  members.set("int_map", int_map);
+  members.set("text_map", text_map);
+  members.set("function", ling::make_function("function", "number", "The next number.",
+                                              [](std::int64_t number) { return number + 1; }));
+  run_python(
+      "import sys, types\n"
+      "module = sys.modules['contestant_ling'] = types.ModuleType('contestant_ling')\n"
+      "for name in members: setattr(module, name, members[name])",
+      "members", members);
 }
 
 }  // namespace benchmarks

@@ -5,6 +5,7 @@
 #include <pybind11/stl.h>
 
 #include <memory>
+#include <string>
 
 namespace py = pybind11;
 
@@ -15,6 +16,7 @@ struct counter {
   std::int64_t value = large_number;
   std::shared_ptr<counter> child;
   std::int64_t add(std::int64_t number) const { return value + number; }
+  std::int64_t measure(const std::string& text) const { return value + static_cast<std::int64_t>(text.size()); }
 };
 
 struct numbers {
@@ -22,10 +24,13 @@ struct numbers {
 };
 
 PYBIND11_EMBEDDED_MODULE(contestant_pybind11, module) {
-  py::class_<counter, std::shared_ptr<counter>>(module, "Counter")
-      .def_readwrite("value", &counter::value)
-      .def_property_readonly("child", [](const counter& self) { return self.child; })
-      .def("add", &counter::add);
+  module.attr("kind") = py::class_<counter, std::shared_ptr<counter>>(module, "Counter")
+                            .def(py::init<>())
+                            .def_readwrite("value", &counter::value)
+                            .def_property_readonly("child", [](const counter& self) { return self.child; })
+                            .def("add", &counter::add)
+                            .def("sum", &counter::add, py::arg("number"))
+                            .def("measure", &counter::measure);
   py::class_<numbers>(module, "Numbers")
       .def("__len__", [](const numbers& self) { return self.items.size(); })
       .def("__getitem__",

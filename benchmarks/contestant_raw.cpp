@@ -52,14 +52,37 @@ PyObject* add(PyObject* self, PyObject* argument) {
   return PyLong_FromLongLong(counter_of(self).value + number);
 }
 
+// The argument may be given by its name.
+PyObject* sum(PyObject* self, PyObject* const* arguments, Py_ssize_t count, PyObject* names) {
+  const Py_ssize_t named = names != nullptr ? PyTuple_GET_SIZE(names) : 0;
+  if (count + named != 1 ||
+      (named == 1 && PyUnicode_CompareWithASCIIString(PyTuple_GET_ITEM(names, 0), "number") != 0)) {
+    PyErr_SetString(PyExc_TypeError, "sum() takes one argument, number");
+    return nullptr;
+  }
+  return add(self, arguments[0]);
+}
+
+PyObject* measure(PyObject* self, PyObject* argument) {
+  Py_ssize_t length = 0;
+  if (PyUnicode_AsUTF8AndSize(argument, &length) == nullptr) {
+    return nullptr;
+  }
+  return PyLong_FromLongLong(counter_of(self).value + length);
+}
+
+PyObject* make_counter(PyTypeObject*, PyObject*, PyObject*) { return wrap(std::make_shared<counter>()); }
+
 PyGetSetDef counter_properties[] = {
     {"value", get_value, set_value, nullptr, nullptr},
     {"child", get_child, nullptr,   nullptr, nullptr},
     {nullptr, nullptr,   nullptr,   nullptr, nullptr},
 };
 PyMethodDef counter_methods[] = {
-    {"add",   add,     METH_O, nullptr},
-    {nullptr, nullptr, 0,      nullptr},
+    {"add",     add,                                                              METH_O,                        nullptr},
+    {"sum",     reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(sum)), METH_FASTCALL | METH_KEYWORDS, nullptr},
+    {"measure", measure,                                                          METH_O,                        nullptr},
+    {nullptr,   nullptr,                                                          0,                             nullptr},
 };
 
 PyTypeObject make_type(const char* name, Py_ssize_t size, destructor drop) {
@@ -154,6 +177,7 @@ PyModuleDef module_definition = {PyModuleDef_HEAD_INIT,
 PyObject* create_module() {
   counter_type.tp_getset = counter_properties;
   counter_type.tp_methods = counter_methods;
+  counter_type.tp_new = make_counter;
   numbers_sequence.sq_length = length;
   numbers_sequence.sq_item = item;
   numbers_type.tp_as_sequence = &numbers_sequence;
@@ -169,6 +193,7 @@ PyObject* create_module() {
   subject->child = std::make_shared<counter>();
   auto items = std::make_shared<const std::vector<std::int64_t>>(large_numbers());
   if (module == nullptr || PyModule_AddObject(module, "subject", wrap(std::move(subject))) < 0 ||
+      PyModule_AddObject(module, "kind", Py_NewRef(reinterpret_cast<PyObject*>(&counter_type))) < 0 ||
       PyModule_AddObject(module, "numbers", make_numbers(numbers_type, std::move(items))) < 0) {
     return nullptr;
   }

@@ -1,12 +1,16 @@
-// Rows in which the host asks Python, from one thread and from several: each contestant takes the interpreter lock,
-// runs a text in fresh namespaces, and turns the outcome into a value of its host.
+// Rows in which the host asks Python, from one thread and from several: each contestant takes the interpreter lock and
+// turns the outcome into a value of its host.
+#include "cases.h"
 #include "contestants.h"
 #include "ling/ling.h"
 
-#include <benchmark/benchmark.h>
 #include <pybind11/embed.h>
+#include <pybind11/stl.h>
 
+#include <atomic>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace py = pybind11;
 
@@ -14,85 +18,241 @@ namespace benchmarks {
 namespace {
 
 constexpr char expression[] = "1 + 2";
-constexpr char five_lines[] =
-    "total = 0\n"
-    "for number in range(limit):\n"
+// The first line of five, in which a text may differ from all before it.
+constexpr char first_line[] = "total = 0";
+constexpr char further_lines[] =
+    "\nfor number in range(limit):\n"
     "    total += number\n"
     "text = 'total: %d' % total\n"
     "result = len(text)\n";
+const std::string five_lines = std::string(first_line) + further_lines;
 constexpr std::int64_t limit = 3;
 constexpr std::int64_t expected_result = 8;
-constexpr int calls_per_loop = 10'000;
-constexpr char function_text[] = "lambda number: number + 1";
+constexpr std::int64_t calls_per_loop = 10'000;
+constexpr std::int64_t tuple_length = 100'000;
+
+// In `functions`, the same objects for everybody.
+constexpr char functions_text[] = R"py(
+def next_number(number): return number + 1
+def length(items): return len(items)
+row = tuple(range(1000000, 1100000))
+def get_row(): return row
+def fail(): raise ValueError('nothing')
+class Shelf: value = 1000000
+shelf = Shelf()
+numbers = list(range(1000000, 1001000))
+)py";
+
+std::string different_number() {
+  static std::atomic<std::int64_t> number{large_number};
+  return std::to_string(++number);
+}
+std::string different_expression() { return "0 * " + different_number() + " + 3"; }
+std::string different_lines() { return "total = 0 * " + different_number() + further_lines; }
 
 const std::string method_loop = "for _ in range(" + std::to_string(calls_per_loop) + "): w.add(1)";
 // In a function, as the language module does it by itself.
 const std::string method_loop_function = "def loop():\n  " + method_loop + "\nloop()";
 
+// Made on the first call and never dropped, since at the end of the process nobody holds the lock.
+template <class T, class F>
+const T& kept(const F& make) {
+  static const T& value = *new T(make());
+  return value;
+}
+
 // --- ling ------------------------------------------------------------------------------------------------------------
 using ling::Any;
 
-Any evaluate(const char* code, const Any& scope) {
+namespace with_ling {
+
+Any evaluate(const std::string& code, const Any& scope) {
   static const ling::I_Callable_Generic function = language_function("evaluate");
-  return function(code, scope);
+  return function(ling::String(code), scope);
 }
 
-Any evaluate_expr(const char* code) {
+Any evaluate_expr(const std::string& code) {
   static const ling::I_Callable_Generic function = language_function("evaluate_expr");
-  return function(code, Any());
+  return function(ling::String(code), Any());
+}
+
+template <int tag>
+const Any& object(const char* name) {
+  return kept<Any>([&] { return evaluate_expr(std::string("__import__('functions').") + name); });
 }
 
 bool is_number(const Any& value, std::int64_t expected) {
   return ling::Integer::matches(value.get()) && ling::Integer::unchecked(value).value() == expected;
 }
 
-bool ling_evaluate_expr() { return is_number(evaluate_expr(expression), 3); }
-
-bool ling_call_function() {
-  static const auto function = ling::I_Callable_Generic::unchecked(evaluate_expr(function_text));
-  return is_number(function(large_number), large_number + 1);
+template <int tag>
+Any call(const char* name, const Any& argument) {
+  static const auto function = ling::I_Callable_Generic::unchecked(object<tag>(name));
+  return function(argument);
 }
 
-bool ling_evaluate() {
+bool expression_again() { return is_number(evaluate_expr(expression), 3); }
+bool expression_first() { return is_number(evaluate_expr(different_expression()), 3); }
+
+bool run_lines(const std::string& text) {
   const ling::HashMap_Generic locals;
   locals.set("limit", limit);
   const ling::HashMap_Generic out_locals;
   out_locals.set("result", 0);
-  const Any outcome = evaluate(five_lines, ling::EvaluationScope({}, {}, locals, out_locals));
+  const Any outcome = evaluate(text, ling::EvaluationScope({}, {}, locals, out_locals));
   return !ling::is_error_result(outcome) && is_number(out_locals.get("result"), expected_result);
 }
+bool lines_again() { return run_lines(five_lines); }
+bool lines_first() { return run_lines(different_lines()); }
 
-bool ling_method_loop() {
+bool call_function() { return is_number(call<0>("next_number", large_number), large_number + 1); }
+
+bool read_attribute() {
+  static const ling::meta_property_untyped value("value");
+  return is_number(object<1>("shelf").propertyValue(value), large_number);
+}
+
+bool iterate() {
+  static const auto numbers = ling::I_Iterable_Generic::unchecked(object<2>("numbers"));
+  const auto iterator = numbers.iter();
+  std::int64_t expected = large_number;
+  for (;;) {
+    const Any item = iterator->next();
+    if (!is_number(item, expected)) {
+      return expected == large_number + item_count && ling::StopIteration::matches(item.get());
+    }
+    ++expected;
+  }
+}
+
+bool tuple_to_python() {
+  static const Any tuple = [] {
+    std::vector<Any> items;
+    for (std::int64_t i = 0; i < tuple_length; ++i) {
+      items.push_back(large_number + i);
+    }
+    return ling::Tuple_Generic(std::move(items));
+  }();
+  return is_number(call<3>("length", tuple), tuple_length);
+}
+
+bool tuple_from_python() {
+  static const auto function = ling::I_Callable_Generic::unchecked(object<4>("get_row"));
+  const auto items = ling::I_Iterable_Generic::unchecked(function()).toList();
+  return !items.is_error() && is_number(items->at(tuple_length - 1), large_number + tuple_length - 1);
+}
+
+Any failed_call() {
+  static const auto function = ling::I_Callable_Generic::unchecked(object<5>("fail"));
+  return function();
+}
+bool error() {
+  const Any outcome = failed_call();
+  return ling::is_error_result(outcome) && !ling::Error::unchecked(outcome).message().empty();
+}
+bool error_with_stack() {
+  const Any outcome = failed_call();
+  return ling::is_error_result(outcome) && !ling::Error::unchecked(outcome).stack().empty();
+}
+
+bool loop_over_method() {
   static const Any scope = [] {
     const ling::HashMap_Generic locals;
     locals.set("w", evaluate_expr("__import__('contestant_ling').subject"));
     return ling::EvaluationScope({}, {}, locals, {});
   }();
-  return !ling::is_error_result(evaluate(method_loop.c_str(), scope));
+  return !ling::is_error_result(evaluate(method_loop, scope));
 }
+
+// Without Python: an object that all threads share.
+bool read_shared_object() {
+  static const ling::meta_property_untyped value("value");
+  static const Any subject = evaluate_expr("__import__('contestant_ling').subject");
+  return is_number(subject.propertyValue(value), large_number);
+}
+
+}  // namespace with_ling
 
 // --- pybind11 --------------------------------------------------------------------------------------------------------
-bool pybind11_evaluate_expr() {
-  const py::gil_scoped_acquire lock;
-  return py::eval(expression, py::dict()).cast<std::int64_t>() == 3;
+namespace with_pybind11 {
+
+template <int tag>
+const py::object& object(const char* name) {
+  return kept<py::object>([&] { return py::module_::import("functions").attr(name); });
 }
 
-bool pybind11_call_function() {
+bool run_expression(const std::string& text) {
   const py::gil_scoped_acquire lock;
-  // Never released: at the end of the process nobody holds the lock.
-  static const py::object& function = *new py::object(py::eval(function_text, py::dict()));
-  return function(large_number).cast<std::int64_t>() == large_number + 1;
+  return py::eval(text, py::dict()).cast<std::int64_t>() == 3;
 }
+bool expression_again() { return run_expression(expression); }
+bool expression_first() { return run_expression(different_expression()); }
 
-bool pybind11_evaluate() {
+bool run_lines(const std::string& text) {
   const py::gil_scoped_acquire lock;
   py::dict names;
   names["limit"] = limit;
-  py::exec(five_lines, names);
+  py::exec(text, names);
   return names["result"].cast<std::int64_t>() == expected_result;
 }
+bool lines_again() { return run_lines(five_lines); }
+bool lines_first() { return run_lines(different_lines()); }
 
-bool pybind11_method_loop() {
+bool call_function() {
+  const py::gil_scoped_acquire lock;
+  return object<0>("next_number")(large_number).cast<std::int64_t>() == large_number + 1;
+}
+
+bool read_attribute() {
+  const py::gil_scoped_acquire lock;
+  return object<1>("shelf").attr("value").cast<std::int64_t>() == large_number;
+}
+
+bool iterate() {
+  const py::gil_scoped_acquire lock;
+  std::int64_t expected = large_number;
+  for (const py::handle item : object<2>("numbers")) {
+    if (item.cast<std::int64_t>() != expected++) {
+      return false;
+    }
+  }
+  return expected == large_number + item_count;
+}
+
+bool tuple_to_python() {
+  const py::gil_scoped_acquire lock;
+  py::tuple tuple(tuple_length);
+  for (std::int64_t i = 0; i < tuple_length; ++i) {
+    tuple[static_cast<std::size_t>(i)] = py::int_(large_number + i);
+  }
+  return object<3>("length")(tuple).cast<std::int64_t>() == tuple_length;
+}
+
+bool tuple_from_python() {
+  const py::gil_scoped_acquire lock;
+  return object<4>("get_row")().cast<std::vector<std::int64_t>>().back() == large_number + tuple_length - 1;
+}
+
+bool error() {
+  const py::gil_scoped_acquire lock;
+  try {
+    object<5>("fail")();
+  } catch (const py::error_already_set& raised) {
+    return !py::str(raised.value()).cast<std::string>().empty();
+  }
+  return false;
+}
+bool error_with_stack() {
+  const py::gil_scoped_acquire lock;
+  try {
+    object<6>("fail")();
+  } catch (const py::error_already_set& raised) {
+    return std::string(raised.what()).find("fail") != std::string::npos;
+  }
+  return false;
+}
+
+bool loop_over_method() {
   const py::gil_scoped_acquire lock;
   py::dict names;
   names["w"] = py::module_::import(module_of(contestant::pybind11)).attr("subject");
@@ -100,61 +260,168 @@ bool pybind11_method_loop() {
   return true;
 }
 
+}  // namespace with_pybind11
+
 // --- the C API -------------------------------------------------------------------------------------------------------
-class raw_lock {
+namespace with_raw {
+
+class gil_lock {
  public:
-  raw_lock() noexcept : state_(PyGILState_Ensure()) {}
-  ~raw_lock() { PyGILState_Release(state_); }
-  raw_lock(const raw_lock&) = delete;
-  raw_lock& operator=(const raw_lock&) = delete;
+  gil_lock() noexcept : state_(PyGILState_Ensure()) {}
+  ~gil_lock() { PyGILState_Release(state_); }
+  gil_lock(const gil_lock&) = delete;
+  gil_lock& operator=(const gil_lock&) = delete;
 
  private:
   PyGILState_STATE state_;
 };
 
+template <int tag>
+PyObject* object(const char* name) {
+  return kept<PyObject*>([&] {
+    PyObject* module = PyImport_ImportModule("functions");
+    PyObject* found = PyObject_GetAttrString(module, name);
+    Py_DECREF(module);
+    return found;
+  });
+}
+
 bool is_number(PyObject* object, std::int64_t expected) {
   return object != nullptr && PyLong_AsLongLong(object) == expected;
 }
+// Takes the reference.
+bool was_number(PyObject* object, std::int64_t expected) {
+  const bool right = is_number(object, expected);
+  Py_XDECREF(object);
+  return right;
+}
 
-bool raw_evaluate_expr() {
-  const raw_lock lock;
+bool run_expression(const std::string& text) {
+  const gil_lock lock;
   PyObject* names = PyDict_New();
-  PyObject* result = PyRun_String(expression, Py_eval_input, names, names);
-  const bool right = is_number(result, 3);
-  Py_XDECREF(result);
+  const bool right = was_number(PyRun_String(text.c_str(), Py_eval_input, names, names), 3);
   Py_DECREF(names);
   return right;
 }
+bool expression_again() { return run_expression(expression); }
+bool expression_first() { return run_expression(different_expression()); }
 
-bool raw_call_function() {
-  const raw_lock lock;
-  static PyObject* const function = [] {
-    PyObject* names = PyDict_New();
-    return PyRun_String(function_text, Py_eval_input, names, names);
-  }();
-  PyObject* number = PyLong_FromLongLong(large_number);
-  PyObject* result = PyObject_CallOneArg(function, number);
-  const bool right = is_number(result, large_number + 1);
-  Py_XDECREF(result);
-  Py_DECREF(number);
-  return right;
-}
-
-bool raw_evaluate() {
-  const raw_lock lock;
+bool run_lines(const std::string& text) {
+  const gil_lock lock;
   PyObject* names = PyDict_New();
   PyObject* number = PyLong_FromLongLong(limit);
   PyDict_SetItemString(names, "limit", number);
   Py_DECREF(number);
-  PyObject* result = PyRun_String(five_lines, Py_file_input, names, names);
+  PyObject* result = PyRun_String(text.c_str(), Py_file_input, names, names);
   const bool right = result != nullptr && is_number(PyDict_GetItemString(names, "result"), expected_result);
   Py_XDECREF(result);
   Py_DECREF(names);
   return right;
 }
+bool lines_again() { return run_lines(five_lines); }
+bool lines_first() { return run_lines(different_lines()); }
 
-bool raw_method_loop() {
-  const raw_lock lock;
+bool call_function() {
+  const gil_lock lock;
+  PyObject* number = PyLong_FromLongLong(large_number);
+  const bool right = was_number(PyObject_CallOneArg(object<0>("next_number"), number), large_number + 1);
+  Py_DECREF(number);
+  return right;
+}
+
+bool read_attribute() {
+  const gil_lock lock;
+  static PyObject* const name = PyUnicode_InternFromString("value");
+  return was_number(PyObject_GetAttr(object<1>("shelf"), name), large_number);
+}
+
+bool iterate() {
+  const gil_lock lock;
+  PyObject* iterator = PyObject_GetIter(object<2>("numbers"));
+  std::int64_t expected = large_number;
+  bool right = true;
+  while (PyObject* item = PyIter_Next(iterator)) {
+    right = was_number(item, expected++) && right;
+  }
+  Py_DECREF(iterator);
+  return right && expected == large_number + item_count;
+}
+
+bool tuple_to_python() {
+  const gil_lock lock;
+  PyObject* tuple = PyTuple_New(tuple_length);
+  for (std::int64_t i = 0; i < tuple_length; ++i) {
+    PyTuple_SET_ITEM(tuple, i, PyLong_FromLongLong(large_number + i));
+  }
+  const bool right = was_number(PyObject_CallOneArg(object<3>("length"), tuple), tuple_length);
+  Py_DECREF(tuple);
+  return right;
+}
+
+bool tuple_from_python() {
+  const gil_lock lock;
+  PyObject* tuple = PyObject_CallNoArgs(object<4>("get_row"));
+  std::vector<std::int64_t> items;
+  for (Py_ssize_t i = 0; i < PyTuple_GET_SIZE(tuple); ++i) {
+    items.push_back(PyLong_AsLongLong(PyTuple_GET_ITEM(tuple, i)));
+  }
+  Py_DECREF(tuple);
+  return items.back() == large_number + tuple_length - 1;
+}
+
+// The text of an object, whose reference is taken.
+std::string text_of(PyObject* object) {
+  PyObject* text = PyObject_Str(object);
+  Py_ssize_t length = 0;
+  const char* utf8 = PyUnicode_AsUTF8AndSize(text, &length);
+  std::string copy(utf8, static_cast<std::size_t>(length));
+  Py_DECREF(text);
+  Py_DECREF(object);
+  return copy;
+}
+
+struct raised_exception {
+  PyObject* type = nullptr;
+  PyObject* value = nullptr;
+  PyObject* trace = nullptr;
+  raised_exception() {
+    PyErr_Fetch(&type, &value, &trace);
+    PyErr_NormalizeException(&type, &value, &trace);
+  }
+  ~raised_exception() {
+    Py_XDECREF(type);
+    Py_XDECREF(value);
+    Py_XDECREF(trace);
+  }
+  raised_exception(const raised_exception&) = delete;
+  raised_exception& operator=(const raised_exception&) = delete;
+};
+
+bool error() {
+  const gil_lock lock;
+  if (PyObject_CallNoArgs(object<5>("fail")) != nullptr) {
+    return false;
+  }
+  const raised_exception raised;
+  Py_INCREF(raised.value);
+  return !text_of(raised.value).empty();
+}
+bool error_with_stack() {
+  const gil_lock lock;
+  if (PyObject_CallNoArgs(object<6>("fail")) != nullptr) {
+    return false;
+  }
+  const raised_exception raised;
+  static PyObject* const format = PyObject_GetAttrString(PyImport_ImportModule("traceback"), "format_exception");
+  static PyObject* const nothing = PyUnicode_FromString("");
+  PyObject* lines = PyObject_CallFunctionObjArgs(format, raised.type, raised.value, raised.trace, nullptr);
+  const std::string text = text_of(PyUnicode_Join(nothing, lines));
+  Py_DECREF(lines);
+  return text.find("fail") != std::string::npos;
+}
+
+bool loop_over_method() {
+  const gil_lock lock;
   PyObject* module = PyImport_ImportModule(module_of(contestant::raw));
   PyObject* subject = module != nullptr ? PyObject_GetAttrString(module, "subject") : nullptr;
   PyObject* names = PyDict_New();
@@ -166,6 +433,8 @@ bool raw_method_loop() {
   Py_XDECREF(module);
   return result != nullptr;
 }
+
+}  // namespace with_raw
 
 // --- the rows --------------------------------------------------------------------------------------------------------
 // Making a thread state and dropping it again costs more than most calls. The language module keeps one per thread by
@@ -185,40 +454,83 @@ class kept_thread_state {
   PyThreadState* saved_;
 };
 
-void run(benchmark::State& state, bool (*call)(), int operations) {
-  const kept_thread_state kept;
-  while (state.KeepRunningBatch(operations)) {
-    if (!call()) {
-      state.SkipWithError("wrong result");
-      break;
+using one_call = bool (*)();
+
+run_turns repeat(one_call call, bool needs_python = true) {
+  return [=](std::int64_t turns) {
+    std::optional<kept_thread_state> state;
+    if (needs_python) {
+      state.emplace();
     }
-  }
+    for (std::int64_t i = 0; i < turns; ++i) {
+      if (!call()) {
+        throw failure("wrong result");
+      }
+    }
+  };
 }
 
 struct row {
   const char* name;
-  bool (*calls[3])();  // in the order of `contestants`
-  int operations;      // per call
+  one_call calls[3];            // in the order of `contestants`
+  std::int64_t operations = 1;  // per call
 };
 
+#define LING_BENCHMARK_CALLS(name) \
+  { with_ling::name, with_pybind11::name, with_raw::name }
 constexpr row rows[] = {
-    {"evaluate_expr", {ling_evaluate_expr, pybind11_evaluate_expr, raw_evaluate_expr}, 1             },
-    {"evaluate",      {ling_evaluate, pybind11_evaluate, raw_evaluate},                1             },
-    {"call_function", {ling_call_function, pybind11_call_function, raw_call_function}, 1             },
-    {"method_loop",   {ling_method_loop, pybind11_method_loop, raw_method_loop},       calls_per_loop},
+    {"evaluate_expr", LING_BENCHMARK_CALLS(expression_again)},
+    {"evaluate_expr, first", LING_BENCHMARK_CALLS(expression_first)},
+    {"evaluate", LING_BENCHMARK_CALLS(lines_again)},
+    {"evaluate, first", LING_BENCHMARK_CALLS(lines_first)},
+    {"call_function", LING_BENCHMARK_CALLS(call_function)},
+    {"proxy_attribute_read", LING_BENCHMARK_CALLS(read_attribute)},
+    {"proxy_iteration", LING_BENCHMARK_CALLS(iterate), item_count},
+    {"tuple_to_python", LING_BENCHMARK_CALLS(tuple_to_python), tuple_length},
+    {"tuple_from_python", LING_BENCHMARK_CALLS(tuple_from_python), tuple_length},
+    {"error", LING_BENCHMARK_CALLS(error)},
+    {"error_with_stack", LING_BENCHMARK_CALLS(error_with_stack)},
 };
+constexpr row thread_rows[] = {
+    {"evaluate_expr", LING_BENCHMARK_CALLS(expression_again)},
+    {"call_function", LING_BENCHMARK_CALLS(call_function)},
+    {"method_loop", LING_BENCHMARK_CALLS(loop_over_method), calls_per_loop},
+};
+
+void add_threads(const char* name, const char* who, one_call call, std::int64_t operations, bool needs_python) {
+  for (const int threads : {1, 2, 4, 8}) {
+    add_case({.group = "Threads",
+              .row = name,
+              .contestant = who,
+              .parameter = threads,
+              .operations = operations * threads,
+              .measure = wall_time(threads, repeat(call, needs_python)),
+              .countable = false});
+  }
+}
 
 }  // namespace
 
 void register_host_rows() {
+  run_python(
+      "import sys, types\nmodule = sys.modules['functions'] = types.ModuleType('functions')\n"
+      "exec(text, vars(module))",
+      "text", functions_text);
   for (const row& of : rows) {
     for (const contestant who : contestants) {
-      const std::string name = std::string(of.name) + "/" + name_of(who);
-      benchmark::RegisterBenchmark(name.c_str(), run, of.calls[static_cast<int>(who)], of.operations)
-          ->ThreadRange(1, 4)
-          ->UseRealTime();
+      add_case({.group = "Host asks",
+                .row = of.name,
+                .contestant = name_of(who),
+                .operations = of.operations,
+                .measure = processor_time(repeat(of.calls[static_cast<int>(who)]))});
     }
   }
+  for (const row& of : thread_rows) {
+    for (const contestant who : contestants) {
+      add_threads(of.name, name_of(who), of.calls[static_cast<int>(who)], of.operations, true);
+    }
+  }
+  add_threads("shared_attribute_read", name_of(contestant::ling), with_ling::read_shared_object, 1, false);
 }
 
 }  // namespace benchmarks

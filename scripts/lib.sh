@@ -7,7 +7,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 build_packages=(g++ cmake ninja-build python3-dev libspdlog-dev libcli11-dev libboost-dev nlohmann-json3-dev)
 test_packages=(libgtest-dev python3-pyparsing)
-bench_packages=(libbenchmark-dev pybind11-dev)
+bench_packages=(pybind11-dev)
 
 say() { printf '%s\n' "$@" >&2; }
 die() { say "$@"; exit 1; }
