@@ -47,7 +47,7 @@ ling::I_Callable_Generic language_function(const char* name) {
 ling::Any check(ling::Any value) {
   if (ling::is_error_result(value)) {
     std::fprintf(stderr, "%s\n", ling::Error::unchecked(value).message().c_str());
-    std::exit(1);
+    std::_Exit(1);
   }
   return value;
 }

@@ -54,13 +54,6 @@ const std::string method_loop = "for _ in range(" + std::to_string(calls_per_loo
 // In a function, as the language module does it by itself.
 const std::string method_loop_function = "def loop():\n  " + method_loop + "\nloop()";
 
-// Made on the first call and never dropped, since at the end of the process nobody holds the lock.
-template <class T, class F>
-const T& kept(const F& make) {
-  static const T& value = *new T(make());
-  return value;
-}
-
 // --- ling ------------------------------------------------------------------------------------------------------------
 using ling::Any;
 
@@ -76,19 +69,13 @@ Any evaluate_expr(const std::string& code) {
   return function(ling::String(code), Any());
 }
 
-template <int tag>
-const Any& object(const char* name) {
-  return kept<Any>([&] { return evaluate_expr(std::string("__import__('functions').") + name); });
+Any python_object(const std::string& name) { return evaluate_expr("__import__('functions')." + name); }
+ling::I_Callable_Generic python_function(const std::string& name) {
+  return ling::I_Callable_Generic::unchecked(python_object(name));
 }
 
 bool is_number(const Any& value, std::int64_t expected) {
   return ling::Integer::matches(value.get()) && ling::Integer::unchecked(value).value() == expected;
-}
-
-template <int tag>
-Any call(const char* name, const Any& argument) {
-  static const auto function = ling::I_Callable_Generic::unchecked(object<tag>(name));
-  return function(argument);
 }
 
 bool expression_again() { return is_number(evaluate_expr(expression), 3); }
@@ -105,15 +92,19 @@ bool run_lines(const std::string& text) {
 bool lines_again() { return run_lines(five_lines); }
 bool lines_first() { return run_lines(different_lines()); }
 
-bool call_function() { return is_number(call<0>("next_number", large_number), large_number + 1); }
+bool call_function() {
+  static const auto next_number = python_function("next_number");
+  return is_number(next_number(large_number), large_number + 1);
+}
 
 bool read_attribute() {
   static const ling::meta_property_untyped value("value");
-  return is_number(object<1>("shelf").propertyValue(value), large_number);
+  static const Any shelf = python_object("shelf");
+  return is_number(shelf.propertyValue(value), large_number);
 }
 
 bool iterate() {
-  static const auto numbers = ling::I_Iterable_Generic::unchecked(object<2>("numbers"));
+  static const auto numbers = ling::I_Iterable_Generic::unchecked(python_object("numbers"));
   const auto iterator = numbers.iter();
   std::int64_t expected = large_number;
   for (;;) {
@@ -133,18 +124,19 @@ bool tuple_to_python() {
     }
     return ling::Tuple_Generic(std::move(items));
   }();
-  return is_number(call<3>("length", tuple), tuple_length);
+  static const auto length = python_function("length");
+  return is_number(length(tuple), tuple_length);
 }
 
 bool tuple_from_python() {
-  static const auto function = ling::I_Callable_Generic::unchecked(object<4>("get_row"));
-  const auto items = ling::I_Iterable_Generic::unchecked(function()).toList();
+  static const auto get_row = python_function("get_row");
+  const auto items = ling::I_Iterable_Generic::unchecked(get_row()).toList();
   return !items.is_error() && is_number(items->at(tuple_length - 1), large_number + tuple_length - 1);
 }
 
 Any failed_call() {
-  static const auto function = ling::I_Callable_Generic::unchecked(object<5>("fail"));
-  return function();
+  static const auto fail = python_function("fail");
+  return fail();
 }
 bool error() {
   const Any outcome = failed_call();
@@ -176,10 +168,7 @@ bool read_shared_object() {
 // --- pybind11 --------------------------------------------------------------------------------------------------------
 namespace with_pybind11 {
 
-template <int tag>
-const py::object& object(const char* name) {
-  return kept<py::object>([&] { return py::module_::import("functions").attr(name); });
-}
+py::object python_object(const char* name) { return py::module_::import("functions").attr(name); }
 
 bool run_expression(const std::string& text) {
   const py::gil_scoped_acquire lock;
@@ -200,18 +189,21 @@ bool lines_first() { return run_lines(different_lines()); }
 
 bool call_function() {
   const py::gil_scoped_acquire lock;
-  return object<0>("next_number")(large_number).cast<std::int64_t>() == large_number + 1;
+  static const py::object next_number = python_object("next_number");
+  return next_number(large_number).cast<std::int64_t>() == large_number + 1;
 }
 
 bool read_attribute() {
   const py::gil_scoped_acquire lock;
-  return object<1>("shelf").attr("value").cast<std::int64_t>() == large_number;
+  static const py::object shelf = python_object("shelf");
+  return shelf.attr("value").cast<std::int64_t>() == large_number;
 }
 
 bool iterate() {
   const py::gil_scoped_acquire lock;
   std::int64_t expected = large_number;
-  for (const py::handle item : object<2>("numbers")) {
+  static const py::object numbers = python_object("numbers");
+  for (const py::handle item : numbers) {
     if (item.cast<std::int64_t>() != expected++) {
       return false;
     }
@@ -225,18 +217,21 @@ bool tuple_to_python() {
   for (std::int64_t i = 0; i < tuple_length; ++i) {
     tuple[static_cast<std::size_t>(i)] = py::int_(large_number + i);
   }
-  return object<3>("length")(tuple).cast<std::int64_t>() == tuple_length;
+  static const py::object length = python_object("length");
+  return length(tuple).cast<std::int64_t>() == tuple_length;
 }
 
 bool tuple_from_python() {
   const py::gil_scoped_acquire lock;
-  return object<4>("get_row")().cast<std::vector<std::int64_t>>().back() == large_number + tuple_length - 1;
+  static const py::object get_row = python_object("get_row");
+  return get_row().cast<std::vector<std::int64_t>>().back() == large_number + tuple_length - 1;
 }
 
 bool error() {
   const py::gil_scoped_acquire lock;
   try {
-    object<5>("fail")();
+    static const py::object fail = python_object("fail");
+    fail();
   } catch (const py::error_already_set& raised) {
     return !py::str(raised.value()).cast<std::string>().empty();
   }
@@ -245,7 +240,8 @@ bool error() {
 bool error_with_stack() {
   const py::gil_scoped_acquire lock;
   try {
-    object<6>("fail")();
+    static const py::object fail = python_object("fail");
+    fail();
   } catch (const py::error_already_set& raised) {
     return std::string(raised.what()).find("fail") != std::string::npos;
   }
@@ -276,14 +272,11 @@ class gil_lock {
   PyGILState_STATE state_;
 };
 
-template <int tag>
-PyObject* object(const char* name) {
-  return kept<PyObject*>([&] {
-    PyObject* module = PyImport_ImportModule("functions");
-    PyObject* found = PyObject_GetAttrString(module, name);
-    Py_DECREF(module);
-    return found;
-  });
+PyObject* python_object(const char* name) {
+  PyObject* module = PyImport_ImportModule("functions");
+  PyObject* found = PyObject_GetAttrString(module, name);
+  Py_DECREF(module);
+  return found;
 }
 
 bool is_number(PyObject* object, std::int64_t expected) {
@@ -324,7 +317,8 @@ bool lines_first() { return run_lines(different_lines()); }
 bool call_function() {
   const gil_lock lock;
   PyObject* number = PyLong_FromLongLong(large_number);
-  const bool right = was_number(PyObject_CallOneArg(object<0>("next_number"), number), large_number + 1);
+  static PyObject* const next_number = python_object("next_number");
+  const bool right = was_number(PyObject_CallOneArg(next_number, number), large_number + 1);
   Py_DECREF(number);
   return right;
 }
@@ -332,12 +326,14 @@ bool call_function() {
 bool read_attribute() {
   const gil_lock lock;
   static PyObject* const name = PyUnicode_InternFromString("value");
-  return was_number(PyObject_GetAttr(object<1>("shelf"), name), large_number);
+  static PyObject* const shelf = python_object("shelf");
+  return was_number(PyObject_GetAttr(shelf, name), large_number);
 }
 
 bool iterate() {
   const gil_lock lock;
-  PyObject* iterator = PyObject_GetIter(object<2>("numbers"));
+  static PyObject* const numbers = python_object("numbers");
+  PyObject* iterator = PyObject_GetIter(numbers);
   std::int64_t expected = large_number;
   bool right = true;
   while (PyObject* item = PyIter_Next(iterator)) {
@@ -353,14 +349,16 @@ bool tuple_to_python() {
   for (std::int64_t i = 0; i < tuple_length; ++i) {
     PyTuple_SET_ITEM(tuple, i, PyLong_FromLongLong(large_number + i));
   }
-  const bool right = was_number(PyObject_CallOneArg(object<3>("length"), tuple), tuple_length);
+  static PyObject* const length = python_object("length");
+  const bool right = was_number(PyObject_CallOneArg(length, tuple), tuple_length);
   Py_DECREF(tuple);
   return right;
 }
 
 bool tuple_from_python() {
   const gil_lock lock;
-  PyObject* tuple = PyObject_CallNoArgs(object<4>("get_row"));
+  static PyObject* const get_row = python_object("get_row");
+  PyObject* tuple = PyObject_CallNoArgs(get_row);
   std::vector<std::int64_t> items;
   for (Py_ssize_t i = 0; i < PyTuple_GET_SIZE(tuple); ++i) {
     items.push_back(PyLong_AsLongLong(PyTuple_GET_ITEM(tuple, i)));
@@ -399,7 +397,8 @@ struct raised_exception {
 
 bool error() {
   const gil_lock lock;
-  if (PyObject_CallNoArgs(object<5>("fail")) != nullptr) {
+  static PyObject* const fail = python_object("fail");
+  if (PyObject_CallNoArgs(fail) != nullptr) {
     return false;
   }
   const raised_exception raised;
@@ -408,7 +407,8 @@ bool error() {
 }
 bool error_with_stack() {
   const gil_lock lock;
-  if (PyObject_CallNoArgs(object<6>("fail")) != nullptr) {
+  static PyObject* const fail = python_object("fail");
+  if (PyObject_CallNoArgs(fail) != nullptr) {
     return false;
   }
   const raised_exception raised;
@@ -496,6 +496,8 @@ constexpr row thread_rows[] = {
     {"call_function", LING_BENCHMARK_CALLS(call_function)},
     {"method_loop", LING_BENCHMARK_CALLS(loop_over_method), calls_per_loop},
 };
+
+#undef LING_BENCHMARK_CALLS
 
 void add_threads(const char* name, const char* who, one_call call, std::int64_t operations, bool needs_python) {
   for (const int threads : {1, 2, 4, 8}) {

@@ -86,7 +86,7 @@ int main(int count, char** arguments) {
   benchmarks::register_rows(modules);
   benchmarks::list_cases();
   benchmarks::serve();
-  // What the contestants hold is not taken apart: nobody would be there to do it in order.
+  // What the contestants hold is not taken apart: at the end nobody has the interpreter lock.
   std::fflush(stdout);
   std::_Exit(0);
 }
