@@ -1,9 +1,11 @@
 // Measuring: time by the clocks of the standard library, memory as the system reports it.
 #include "cases.h"
 
+#include <algorithm>
 #include <barrier>
 #include <chrono>
 #include <ctime>
+#include <exception>
 #include <fstream>
 #include <thread>
 #include <vector>
@@ -43,18 +45,36 @@ std::function<double(std::int64_t)> processor_time(run_turns run) {
 
 std::function<double(std::int64_t)> wall_time(int threads, run_turns run) {
   return [threads, run = std::move(run)](std::int64_t turns) {
-    std::barrier ready(threads + 1);
+    using clock = std::chrono::steady_clock;
+    struct period {
+      clock::time_point begin, end;
+      std::exception_ptr failed;
+    };
+    std::barrier ready(threads);
+    std::vector<period> periods(static_cast<std::size_t>(threads));
     std::vector<std::jthread> workers;
-    for (int i = 0; i < threads; ++i) {
+    for (period& own : periods) {
       workers.emplace_back([&] {
         ready.arrive_and_wait();
-        run(turns);
+        own.begin = clock::now();
+        try {
+          run(turns);
+        } catch (...) {
+          own.failed = std::current_exception();
+        }
+        own.end = clock::now();
       });
     }
-    ready.arrive_and_wait();
-    const auto before = std::chrono::steady_clock::now();
     workers.clear();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - before).count();
+    period whole = periods.front();
+    for (const period& own : periods) {
+      if (own.failed) {
+        std::rethrow_exception(own.failed);
+      }
+      whole.begin = std::min(whole.begin, own.begin);
+      whole.end = std::max(whole.end, own.end);
+    }
+    return std::chrono::duration<double>(whole.end - whole.begin).count();
   };
 }
 

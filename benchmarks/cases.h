@@ -36,7 +36,7 @@ using run_turns = std::function<void(std::int64_t turns)>;
 
 // Seconds of processor time, which other programs on the machine do not move.
 std::function<double(std::int64_t)> processor_time(run_turns run);
-// Seconds on the wall from the moment at which all threads are ready until the last one is done.
+// Seconds on the wall from the start of the first thread, when all are ready, until the last one is done.
 std::function<double(std::int64_t)> wall_time(int threads, run_turns run);
 // By how many bytes the process is larger after the turns, with what they leave behind alive.
 std::function<double(std::int64_t)> memory_growth(run_turns run);

@@ -46,7 +46,7 @@ constexpr row map_rows[] = {
     {"map_in_text",     "text_map", "'key 1000007' in w"        },
     {"map_get_int",     "int_map",  "w.get(1000007)"            },
     {"map_get_text",    "text_map", "w.get('key 1000007')"      },
-    {"map_get_nothing", "text_map", "w.get('nothing')"          },
+    {"map_get_default", "text_map", "w.get('nothing', None)"    },
 };
 
 const char group[] = "Python asks";

@@ -39,10 +39,15 @@ constexpr char imports[] =
     "return '\\n'.join(name for name, module in sys.modules.copy().items()\n"
     "                 if getattr(module, '__spec__', None) and module.__spec__.origin and name != '__main__')";
 
-// What lists modules is imported before.
+// Only what is to be listed is on the path; the standard library is found nevertheless.
 constexpr char restrict_path[] =
-    "import pkgutil, sys\n"
+    "import importlib.machinery, sys\n"
     "installed = [path for path in sys.path if path and not path.endswith('-packages')]\n"
+    "class StandardLibrary:\n"
+    "    def find_spec(name, path=None, target=None):\n"
+    "        return importlib.machinery.PathFinder.find_spec(name, installed if path is None else path)\n"
+    "if folder:\n"
+    "    sys.meta_path.append(StandardLibrary)\n"
     "sys.path[:] = [folder[1:]] if folder else installed";
 
 std::vector<std::string> read_names() {

@@ -26,7 +26,7 @@ PROGRAM = ROOT / "build" / "release" / "benchmarks" / "benchmarks"
 # The interpreter takes the standard library of the first python3 on PATH: the system's.
 ENVIRONMENT = {**os.environ, "PATH": f"/usr/bin:{os.environ['PATH']}", "PYTHONDONTWRITEBYTECODE": "1"}
 
-SAMPLE = 0.02  # seconds that a sample takes at least
+SAMPLE, THREADS_SAMPLE = 0.02, 0.1  # seconds that a sample takes, about
 ROUNDS = 7, 40  # at least and at most
 PATIENCE = 4.0  # seconds for a row that does not settle
 MANY_MODULES = 10_000
@@ -80,12 +80,12 @@ class Program:
 # --- one measurement of a case, per operation ----------------------------------------------------------------------------
 def calibrate(case):
     """How many turns a sample takes; they also warm up what is measured."""
-    turns = 1
+    turns, wanted = 1, THREADS_SAMPLE if case["group"] == "Threads" else SAMPLE
     while True:
         seconds = case["program"].measure(case["index"], turns)
-        if seconds >= SAMPLE / 2:
+        if seconds >= wanted / 2:
             return turns
-        turns = max(turns * 2, min(turns * 20, int(turns * SAMPLE / max(seconds, 1e-6))))
+        turns = max(turns * 2, min(turns * 20, int(turns * wanted / max(seconds, 1e-6))))
 
 
 def sample_time(case):
@@ -222,26 +222,29 @@ class Counter:
     """The program in valgrind, which writes what it counted after every measurement."""
 
     def __init__(self, folder, *arguments):
-        self.file = pathlib.Path(folder) / "counted"
-        self.measured = 0
+        self.folder = pathlib.Path(folder)
         self.program = Program(*arguments, before=(
             "valgrind", "--tool=callgrind", "--quiet", "--collect-atstart=no", "--toggle-collect=measured_turns",
-            "--dump-after=measured_turns", "--compress-strings=yes", f"--callgrind-out-file={self.file}"))
+            "--dump-after=measured_turns", f"--callgrind-out-file={self.folder / 'counted'}"))
 
     def count(self, case, turns):
+        for written in self.folder.iterdir():
+            written.unlink()
         self.program.measure(case["index"], turns)
-        self.measured += 1
-        written = pathlib.Path(f"{self.file}.{self.measured}")
-        text = written.read_text(encoding="utf-8")
-        written.unlink()
-        return int(re.search(r"^(?:totals|summary): (\d+)", text, re.MULTILINE)[1])
+        (written,) = self.folder.iterdir()
+        return int(re.search(r"^(?:totals|summary): (\d+)", written.read_text(encoding="utf-8"), re.MULTILINE)[1])
 
     def per_operation(self, case):
-        """The difference of two loops, so that what comes before and after is not counted."""
+        """The difference of two loops, so that what comes before and after is not counted.
+
+        Before that it is run for longer: the interpreter adapts to what it runs, ever more rarely.
+        """
         once = max(self.count(case, 1), 1)
         if once < COUNTED / 10:
             once = max(self.count(case, 10) // 10, 1)
         turns = max(1, min(1000, int(float(f"{COUNTED / once:.0e}"))))
+        if turns > 1:
+            self.count(case, turns if turns < 100 else 20 * turns)
         less, more = self.count(case, turns), self.count(case, 2 * turns)
         return (more - less) / turns / case["operations"]
 
@@ -287,13 +290,25 @@ def left_out(results):
     return [f"{name} ({package})" for name, package in OPTIONAL.items() if name not in there]
 
 
-def show(measured):
-    for line in bench_report.tables(measured["results"]):
-        print(line)
+def lines_of(measured):
+    yield from bench_report.tables(measured["results"])
     if measured["left_out"]:
-        print(f"\nNot installed: {', '.join(measured['left_out'])}.")
+        yield f"Not installed: {', '.join(measured['left_out'])}."
     for failure in measured["failed"]:
-        print(f"Failed: {failure}")
+        yield f"Failed: {failure}"
+
+
+def publish(measured, shown):
+    """The guide has a place for each kind of results."""
+    guide = ROOT / "docs" / "benchmarks.md"
+    before, mark, rest = guide.read_text(encoding="utf-8").partition(f"<!-- measured: {measured['kind']} -->\n")
+    _, end, after = rest.partition("<!-- end -->\n")
+    if not end:
+        sys.exit(f"{guide} has no place for results of the kind {measured['kind']}.")
+    tables = "\n".join(shown).strip()
+    guide.write_text(f"{before}{mark}\n{tables}\n\n{end}{after}", encoding="utf-8")
+    if measured["kind"] == "time":
+        bench_pictures.draw(measured["results"])
 
 
 def parse(arguments):
@@ -309,7 +324,8 @@ def parse(arguments):
     what.add_argument("--from", dest="source", metavar="FILE", help="measure nothing: take the results of FILE")
     parser.add_argument("--json", metavar="FILE", help="write the results to FILE")
     parser.add_argument("--compare", metavar="OLD", help="say what became slower and faster since the results in OLD")
-    parser.add_argument("--pictures", action="store_true", help="draw docs/benchmarks.svg and docs/growth.svg")
+    parser.add_argument("--publish", action="store_true", help="put the tables into docs/benchmarks.md; those of times "
+                        "with the pictures docs/benchmarks.svg and docs/growth.svg")
     return parser.parse_args(arguments)
 
 
@@ -332,9 +348,10 @@ def main():
     if options.json:
         with open(options.json, "w", encoding="utf-8") as file:
             json.dump(measured, file, indent=1)
-    if options.pictures:
-        bench_pictures.draw(measured["results"])
-    show(measured)
+    shown = list(lines_of(measured))
+    if options.publish:
+        publish(measured, shown)
+    print(*shown, sep="\n")
     slower = False
     if old:
         if old["kind"] != measured["kind"]:

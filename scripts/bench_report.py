@@ -182,7 +182,7 @@ TABLES = {"Threads": threads_table, "Growth": growth_table}
 def tables(results):
     for group in in_order(r["group"] for r in results):
         of_group = [r for r in results if r["group"] == group]
-        yield f"### {group}"
+        yield f"**{group}**"
         yield ""
         yield from TABLES.get(group, contestants_table)(of_group)
         yield ""
