@@ -53,6 +53,7 @@ std::function<double(std::int64_t)> wall_time(int threads, run_turns run) {
     std::barrier ready(threads);
     std::vector<period> periods(static_cast<std::size_t>(threads));
     std::vector<std::jthread> workers;
+    workers.reserve(periods.size());
     for (period& own : periods) {
       workers.emplace_back([&] {
         ready.arrive_and_wait();

@@ -216,8 +216,14 @@ void register_container_rows() {
       }
     }
   };
-  add_memory("list, per item", "ling", [fill] { fill(*new ling::List_Generic()); });
-  add_memory("list, per item", "std", [fill] { fill(*new standard_list()); });
+  add_memory("list, per item", "ling", [fill] {
+    static const ling::List_Generic list;
+    fill(list);
+  });
+  add_memory("list, per item", "std", [fill] {
+    static standard_list list;
+    fill(list);
+  });
   add_memory("map, per entry", "ling", [] { full_map<ling::HashMap_Generic>(); });
   add_memory("map, per entry", "std", [] { full_map<standard_map>(); });
 }

@@ -17,7 +17,7 @@ using ling::Any;
 const char group[] = "Growth";
 
 // Evaluates the text again and again in one scope.
-run_turns evaluate_repeatedly(const char* name, std::string code, Any scope) {
+run_turns evaluate_repeatedly(const char* name, const std::string& code, const Any& scope) {
   return [=](std::int64_t turns) {
     const ling::I_Callable_Generic function = language_function(name);
     const ling::String text(code);
@@ -30,7 +30,7 @@ run_turns evaluate_repeatedly(const char* name, std::string code, Any scope) {
 }
 
 // A Python function of what it works on and the number of turns.
-run_turns loop_over(std::string statement, Any subject) {
+run_turns loop_over(const std::string& statement, const Any& subject) {
   return [=, loop = std::make_shared<Any>()](std::int64_t turns) {
     if (loop->empty()) {
       *loop = run_python(
