@@ -15,7 +15,8 @@ class Class_Generic;
 
 class LING_API object_value_byte_array final : public object_value {
  public:
-  explicit object_value_byte_array(std::string_view bytes) : bytes_(bytes.begin(), bytes.end()) {}
+  explicit object_value_byte_array(std::string_view bytes)
+      : object_value(object_traits::leaf), bytes_(bytes.begin(), bytes.end()) {}
   ObjectType type() const noexcept override { return ObjectType::ByteArray; }
   object_value_class& object_class() const override;
   const std::vector<char>& bytes() const noexcept { return bytes_; }

@@ -17,9 +17,10 @@ class Class_Generic;
 class LING_API object_value_integer final : public object_value {
  public:
   explicit object_value_integer(std::int64_t value, object_traits traits = object_traits::none) noexcept
-      : object_value(traits), bits_(static_cast<std::uint64_t>(value)) {}
+      : object_value(traits | object_traits::leaf), bits_(static_cast<std::uint64_t>(value)) {}
   // For values above the signed range.
-  explicit object_value_integer(std::uint64_t value) noexcept : bits_(value), is_signed_(value <= INT64_MAX) {}
+  explicit object_value_integer(std::uint64_t value) noexcept
+      : object_value(object_traits::leaf), bits_(value), is_signed_(value <= INT64_MAX) {}
 
   ObjectType type() const noexcept override { return ObjectType::Integer; }
   object_value_class& object_class() const override;
@@ -73,7 +74,7 @@ class LING_API Int32 : public Handle<Int32, object_value_integer, Integer> {
 
 class LING_API object_value_float final : public object_value {
  public:
-  explicit object_value_float(double value) noexcept : value_(value) {}
+  explicit object_value_float(double value) noexcept : object_value(object_traits::leaf), value_(value) {}
   ObjectType type() const noexcept override { return ObjectType::Float; }
   object_value_class& object_class() const override;
   double value() const noexcept { return value_; }

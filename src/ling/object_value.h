@@ -48,6 +48,7 @@ enum class object_traits : std::uint32_t {
   callable = 1u << 4,       // derives from object_value_callable
   out_of_memory = 1u << 5,  // an Error that says that memory has run out
   interruption = 1u << 6,   // an Error that stands for a request to stop
+  leaf = 1u << 7,           // holds no other object, so that its end is that of no other
 };
 constexpr object_traits operator|(object_traits a, object_traits b) noexcept {
   return static_cast<object_traits>(static_cast<std::uint32_t>(a) | static_cast<std::uint32_t>(b));

@@ -43,7 +43,7 @@ class LING_API object_value_string final : public object_value {
     std::size_t size;
   };
   object_value_string(std::size_t size, std::size_t length, object_traits traits = object_traits::none) noexcept
-      : object_value(traits), size_(size), length_(length) {}
+      : object_value(traits | object_traits::leaf), size_(size), length_(length) {}
   static void* operator new(std::size_t object_size, text_memory text);
   static void operator delete(void* memory, text_memory) noexcept { ::operator delete(memory); }
 

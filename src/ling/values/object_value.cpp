@@ -39,6 +39,10 @@ void object_value::dispose() noexcept {
   if (weakly_referenced_or_next_dead_.load(std::memory_order_acquire) != nullptr) {
     internal::clear_weak_references(*this);
   }
+  if (has(object_traits::leaf)) {
+    delete this;
+    return;
+  }
   if (pending.depth >= maximum_destruction_depth) {
     weakly_referenced_or_next_dead_.store(std::exchange(pending.last, this), std::memory_order_relaxed);
     return;
