@@ -43,11 +43,16 @@ inline constexpr std::uint64_t member_access = 1ull << 41;    // defines meta-me
 inline constexpr std::uint64_t declared = 1ull << 42;         // has a declaring context; kept by the class itself
 }  // namespace class_flags
 
-// Answers for members that a class with the flag `dynamic_members` does not register.
+// Answers for members that a class with the flag `dynamic_members` does not register. When the class has the
+// meta-methods `__method__`, `__propertyValue__` and `__setPropertyValue__` as well, the hooks say the same at less
+// cost, and are asked instead, unless a descendant has meta-methods of its own.
 struct dynamic_member_hooks {
   Any (*method)(const Any& instance, const name_entry& name);                 // a callable, or empty
   Any (*get)(const Any& instance, const name_entry& name);                    // the value or an Error
   Any (*set)(const Any& instance, const name_entry& name, const Any& value);  // None or an Error
+  // Appends what is left of an iterator, as calling its `next` would, up to StopIteration: None, an Error, or Undefined
+  // when `next` must be called. May be null.
+  Any (*drain)(const Any& iterator, std::vector<Any>& items) = nullptr;
 };
 
 enum class class_lifetime : bool { process, counted };
@@ -113,6 +118,7 @@ class LING_API object_value_class : public object_value_callable {
   using allocator = Any (*)(object_value_class& of_class);
   Any allocate_instance();
   const dynamic_member_hooks* hooks() const noexcept { return hooks_; }
+  const object_value_class* class_of_hooks() const noexcept { return class_of_hooks_; }
 
   // For builders, and for classes that grow: modules, and classes made for another language's types.
   void set_doc_unsafe(const String& doc);
@@ -162,6 +168,7 @@ class LING_API object_value_class : public object_value_callable {
   object_value_class* generic_definition_ = nullptr;
   std::vector<Type> type_arguments_;
   const dynamic_member_hooks* hooks_ = nullptr;
+  const object_value_class* class_of_hooks_ = nullptr;       // that they were set for: this or an ancestor
   mutable internal::published<object_value> instance_type_;  // stays empty in a counted class, which the type keeps
 };
 

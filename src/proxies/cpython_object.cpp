@@ -18,7 +18,7 @@ auto by_text(R (*member)(const CPythonObject& self, const name_entry& name, Argu
   };
 }
 
-constexpr dynamic_member_hooks hooks = {&method_hook, &getter_hook, &setter_hook};
+constexpr dynamic_member_hooks hooks = {&method_hook, &getter_hook, &setter_hook, &drain_hook};
 
 }  // namespace
 

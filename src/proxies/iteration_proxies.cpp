@@ -1,6 +1,7 @@
 // Python's iterables and iterators.
 #include "proxies/collection_proxies.h"
 #include "proxies/method_call.h"
+#include "proxies/object_members.h"
 #include "python/convert.h"
 #include "python/error_bridge.h"
 #include "python/pending_exception.h"
@@ -38,21 +39,43 @@ Result<Boolean> contains_immutable(const CPythonObject& self, const I_Immutable&
   return call_python_method_as<Boolean>(self, "__contains__", value);
 }
 
-Any next(const CPythonObject& self) {
-  return with_python_object(self, [](PyObjectPtr_Borrowed iterator) -> Any {
-    if (PyIter_Check(iterator.get()) == 0) {
-      return Error("The object is not an iterator.");
-    }
-    const PyObjectPtr item(PyIter_Next(iterator.get()));
-    if (item) {
-      return from_python_locked(item.get());
-    }
-    const auto failure = capture_error();
-    return failure ? Any(failure) : Any(StopIteration());
-  });
+// The lock must be held.
+Any next_locked(PyObjectPtr_Borrowed iterator) {
+  if (PyIter_Check(iterator.get()) == 0) {
+    return Error("The object is not an iterator.");
+  }
+  const PyObjectPtr item(PyIter_Next(iterator.get()));
+  if (item) {
+    return from_python_locked(item.get());
+  }
+  const auto failure = capture_error();
+  return failure ? Any(failure) : Any(StopIteration());
 }
 
+Any next(const CPythonObject& self) { return with_python_object(self, &next_locked); }
+
 }  // namespace
+
+Any drain_hook(const Any& iterator, std::vector<Any>& items) {
+  if (!(raw_class_of(iterator) == Class_Generic(cpython_proxy_iterator_class.required())) ||
+      static_cast<const object_value_instance&>(*iterator.get()).may_have_own_members()) {
+    return Undefined();
+  }
+  return internal::guarded([&]() -> Any {
+    return with_python_object(CPythonObject::unchecked(iterator), [&](PyObjectPtr_Borrowed object) -> Any {
+      for (;;) {
+        Any item = internal::unwrap(next_locked(object));
+        if (StopIteration::matches(item.get())) {
+          return None();
+        }
+        if (is_error_result(item)) {
+          return item;
+        }
+        items.push_back(std::move(item));
+      }
+    });
+  });
+}
 
 Result<I_Iterator_Generic> iterate_by_protocol(const CPythonObject& self) {
   return with_python_object(

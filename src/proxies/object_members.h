@@ -30,5 +30,7 @@ Result<String> display_object(const CPythonObject& self);
 Any method_hook(const Any& instance, const name_entry& name);
 Any getter_hook(const Any& instance, const name_entry& name);
 Any setter_hook(const Any& instance, const name_entry& name, const Any& value);
+// For exactly a Python iterator, whose items are taken under one lock. Defined in iteration_proxies.cpp.
+Any drain_hook(const Any& iterator, std::vector<Any>& items);
 
 }  // namespace ling::cpython

@@ -98,6 +98,7 @@ void object_value_class::add_parent_unsafe(object_value_class& parent) {
   set_flags(parent.flags() & ~(class_flags::interface | class_flags::declared));
   if (hooks_ == nullptr) {
     hooks_ = parent.hooks_;
+    class_of_hooks_ = parent.class_of_hooks_;
   }
   if (native_type_ == nullptr) {
     native_type_ = parent.native_type_;
@@ -183,6 +184,7 @@ void object_value_class::set_generic_unsafe(object_value_class& definition, std:
 
 void object_value_class::set_hooks_unsafe(const dynamic_member_hooks& hooks) {
   hooks_ = &hooks;
+  class_of_hooks_ = this;
   set_flags(class_flags::dynamic_members);
 }
 

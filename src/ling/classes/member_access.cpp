@@ -12,7 +12,7 @@ namespace ling {
 
 using internal::call;
 using internal::hooks_of;
-using internal::takes_over;
+using internal::takes_over_hooks;
 
 // --- fields ----------------------------------------------------------------------------------------------------------
 
@@ -63,7 +63,7 @@ Union<Property, None> class_level_property(const Any& value, meta_property_untyp
 }  // namespace
 
 Any Any::propertyValue(meta_property_untyped name) const {
-  if (const object_value_callable* meta = takes_over(*this, __propertyValue__)) {
+  if (const object_value_callable* meta = takes_over_hooks(*this, __propertyValue__)) {
     return call(*meta, {*this, name.name()});
   }
   if (const auto property = raw_property_of(*this, name)) {
@@ -79,7 +79,7 @@ Any Any::propertyValue(meta_property_untyped name) const {
 }
 
 Any Any::setPropertyValue(meta_property_untyped name, const Any& value) const {
-  if (const object_value_callable* meta = takes_over(*this, __setPropertyValue__)) {
+  if (const object_value_callable* meta = takes_over_hooks(*this, __setPropertyValue__)) {
     return error_or_none(internal::unwrap(call(*meta, {*this, name.name(), value})));
   }
   if (const auto property = raw_property_of(*this, name)) {

@@ -22,6 +22,13 @@ const object_value_callable* internal::takes_over(const Any& value, meta_method_
                                                      : static_cast<const object_value_callable*>(member->method.get());
 }
 
+const object_value_callable* internal::takes_over_hooks(const Any& value, meta_method_untyped name) {
+  const object_value_callable* const meta = takes_over(value, name);
+  const object_value_class* const hooked = meta == nullptr ? nullptr : value.get()->object_class().class_of_hooks();
+  const class_member* const stood_for = hooked == nullptr ? nullptr : hooked->find_member(name.entry());
+  return stood_for != nullptr && stood_for->method.get() == meta ? nullptr : meta;
+}
+
 const dynamic_member_hooks* internal::hooks_of(const Any& value) {
   return value.empty() ? nullptr : value.get()->object_class().hooks();
 }
@@ -29,6 +36,7 @@ const dynamic_member_hooks* internal::hooks_of(const Any& value) {
 using internal::call;
 using internal::hooks_of;
 using internal::takes_over;
+using internal::takes_over_hooks;
 
 namespace {
 
@@ -68,7 +76,7 @@ Union<I_Callable_Generic, None> raw_method_of(const Any& value, meta_method_unty
 }
 
 Union<I_Callable_Generic, None> method_of(const Any& value, meta_method_untyped name) {
-  if (const object_value_callable* meta = takes_over(value, Any::__method__)) {
+  if (const object_value_callable* meta = takes_over_hooks(value, Any::__method__)) {
     return answered<I_Callable_Generic>(call(*meta, {value, name.name()}));
   }
   auto method = raw_method_of(value, name);

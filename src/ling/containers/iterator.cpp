@@ -71,6 +71,13 @@ bool collect_own(const Any& container, std::vector<Any>& items) {
 }
 
 Result<None> drain(const I_Iterator_Generic& iterator, std::vector<Any>& items) {
+  const dynamic_member_hooks* const hooks = iterator.get()->object_class().hooks();
+  if (hooks != nullptr && hooks->drain != nullptr) {
+    Any outcome = hooks->drain(iterator, items);
+    if (outcome.type() != ObjectType::Undefined) {
+      return Result<None>::unchecked(std::move(outcome));
+    }
+  }
   for (;;) {
     Any item = unwrap(iterator.next());
     if (!is_error_result(item)) {
