@@ -10,6 +10,7 @@
 #include "ling/class.h"
 
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -21,6 +22,7 @@ class None;
 
 namespace internal {
 class key_table;
+class plain_key;
 
 // What there is under a key.
 struct key_lookup {
@@ -44,9 +46,16 @@ class LING_API object_value_hash_map final : public object_value {
   std::size_t length() const noexcept;
   internal::key_lookup find(const Any& key) const;
   Result<Boolean> contains(const Any& key) const;
+  // The same without a value of the key. Empty when a key that decides itself what it equals must be asked before.
+  std::optional<internal::key_lookup> find(const internal::plain_key& key) const;
+  std::optional<bool> contains(const internal::plain_key& key) const;
   Result<None> set(const Any& key, Any value);
   // The same; an Error, too, when the key or the value is not of the map's type.
   Result<None> set_checked(const Any& key, const Any& value);
+  Result<None> set_checked(const internal::plain_key& key, const Any& value);
+  // Whether the method `set` of the map does what set_checked does: no descendant, and nobody else, has put another in
+  // its place.
+  bool has_described_set() const noexcept;
   internal::key_lookup remove(const Any& key);
   void clear() noexcept;
   std::vector<std::pair<Any, Any>> copy_pairs() const;

@@ -5,6 +5,7 @@
 #include "ling/class.h"
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace ling {
@@ -14,7 +15,8 @@ class None;
 
 namespace internal {
 class key_table;
-}
+class plain_key;
+}  // namespace internal
 
 class LING_API object_value_hash_set final : public object_value {
  public:
@@ -27,6 +29,8 @@ class LING_API object_value_hash_set final : public object_value {
   std::size_t length() const noexcept;
   // An Error when the value is not immutable or cannot be compared.
   Result<Boolean> contains(const Any& value) const;
+  // The same without a value. Empty when a value that decides itself what it equals must be asked before.
+  std::optional<bool> contains(const internal::plain_key& value) const;
   Result<Boolean> insert(const Any& value);  // whether it was not there before
   // The same; an Error, too, when the value is not of the set's type.
   Result<Boolean> insert_checked(const Any& value);

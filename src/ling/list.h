@@ -38,6 +38,11 @@ class LING_API object_value_list final : public object_value {
   Any at(std::int64_t index) const;
   Any at_or(std::int64_t index, const Any& otherwise) const;
   Any set(std::int64_t index, Any value);  // None or an Error
+  // The same; an Error, too, when the value is not of the list's type.
+  Any set_checked(std::int64_t index, const Any& value);
+  // Whether the method `set` of the list does what set_checked does: no descendant, and nobody else, has put another in
+  // its place.
+  bool has_described_set() const noexcept;
   void append(Any value);
   void append_all(std::vector<Any>&& values);
   // The items of an iterable or of what is left of an iterator; checks the type. An Error leaves the list as it was.

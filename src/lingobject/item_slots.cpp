@@ -1,4 +1,5 @@
 // Items by position and by key, membership, length.
+#include "ling/detail/container_keys.h"
 #include "ling/hash_set.h"
 #include "ling/interfaces.h"
 #include "ling/reflection.h"
@@ -6,6 +7,9 @@
 #include "lingobject/ling_object.h"
 #include "lingobject/slices.h"
 #include "lingobject/slot_bodies.h"
+#include "python/pending_exception.h"
+
+#include <optional>
 
 namespace ling::cpython {
 
@@ -25,6 +29,11 @@ class subject {
   const Any forced_;
   const Any& value_;
 };
+
+template <class Object>
+Object& object_of(const Any& value) noexcept {
+  return *static_cast<Object*>(value.get());
+}
 
 bool is_map(const Any& value) noexcept {
   return value.type() == ObjectType::HashMap ||
@@ -56,15 +65,38 @@ Py_ssize_t fail(slot_result failure) { return std::move(failure).to_status(); }
 
 // --- keys ------------------------------------------------------------------------------------------------------------
 
+// An int that fits 64 bits, of exactly that type.
+std::optional<std::int64_t> exact_int(PyObject* object) noexcept {
+  int overflow = 0;
+  if (Py_TYPE(object) != &PyLong_Type) {
+    return std::nullopt;
+  }
+  const std::int64_t value = PyLong_AsLongLongAndOverflow(object, &overflow);
+  return overflow == 0 ? std::optional(value) : std::nullopt;
+}
+
+// An int or a str of exactly these types as a key of the runtime's containers, which need no value of it; it is good
+// for as long as the object. Empty for what must be converted, as must a str with lone surrogates.
+std::optional<internal::plain_key> plain_key_in(PyObject* object) noexcept {
+  if (Py_TYPE(object) == &PyUnicode_Type) {
+    Py_ssize_t size = 0;
+    if (const char* text = PyUnicode_AsUTF8AndSize(object, &size)) [[likely]] {
+      return internal::plain_key(std::string_view(text, static_cast<std::size_t>(size)));
+    }
+    forget_exception();
+    return std::nullopt;
+  }
+  const auto number = exact_int(object);
+  return number ? std::optional(internal::plain_key(*number)) : std::nullopt;
+}
+
 // A position in a sequence, read from what Python handed over.
 class position {
  public:
   explicit position(PyObject* key) {
-    if (int overflow = 0; Py_TYPE(key) == &PyLong_Type) [[likely]] {
-      index_ = PyLong_AsLongLongAndOverflow(key, &overflow);
-      if (overflow == 0) {
-        return;
-      }
+    if (const auto number = exact_int(key)) [[likely]] {
+      index_ = *number;
+      return;
     }
     const operand index(key);
     if (index.failed()) {
@@ -92,7 +124,7 @@ class position {
 
 slot_result read_item(const Any& value, std::int64_t index) {
   if (value.type() == ObjectType::List) [[likely]] {
-    return result_of(borrowed<List_Generic>(value)->at(index));
+    return result_of(object_of<object_value_list>(value).at(index));
   }
   const Any row[] = {index};
   return call_method_of(value, members::at, row);
@@ -107,11 +139,35 @@ slot_result assign_item(const Any& value, std::int64_t index, PyObject* new_valu
   if (item.failed()) {
     return runtime_error(item.error());
   }
+  if (value.type() == ObjectType::List && object_of<object_value_list>(value).has_described_set()) [[likely]] {
+    return result_of(
+        internal::guarded([&] { return object_of<object_value_list>(value).set_checked(index, item.value()); }));
+  }
   const Any row[] = {index, item.value()};
   return call_method_of(value, members::set, row);
 }
 
+// Of the runtime's maps.
+slot_result assign_plain_key(const Any& value, const internal::plain_key& key, PyObject* new_value) {
+  const operand item(new_value);
+  if (item.failed()) {
+    return runtime_error(item.error());
+  }
+  auto& map = object_of<object_value_hash_map>(value);
+  if (map.has_described_set()) [[likely]] {
+    return result_of(internal::guarded([&] { return map.set_checked(key, item.value()); }));
+  }
+  const Any row[] = {key.value(), item.value()};
+  return call_method_of(value, members::set, row);
+}
+
 slot_result assign_key(const Any& value, PyObject* python_key, PyObject* new_value) {
+  // Converting a plain key would run nobody's code: it may as well come after the value, or not at all.
+  if (value.type() == ObjectType::HashMap && new_value != nullptr) [[likely]] {
+    if (const auto key = plain_key_in(python_key)) {
+      return assign_plain_key(value, *key, new_value);
+    }
+  }
   const operand key(python_key);
   if (key.failed()) {
     return runtime_error(key.error());
@@ -126,6 +182,29 @@ slot_result assign_key(const Any& value, PyObject* python_key, PyObject* new_val
   }
   const Any row[] = {key.value(), item.value()};
   return call_method_of(value, members::set, row);
+}
+
+// An item of the runtime's own containers that is found without anybody's code; nothing to say otherwise.
+slot_result own_item(const Any& value, PyObject* key) {
+  switch (value.type()) {
+    case ObjectType::List:
+      if (const auto index = exact_int(key)) [[likely]] {
+        return result_of(object_of<object_value_list>(value).at(*index));
+      }
+      break;
+    case ObjectType::HashMap:
+      if (const auto plain = plain_key_in(key)) [[likely]] {
+        auto outcome = object_of<object_value_hash_map>(value).find(*plain);
+        if (outcome && outcome->found) [[likely]] {
+          Any& item = outcome->value;
+          return result_of(item.has(object_traits::lazy) ? internal::unwrap(item) : std::move(item));
+        }
+      }
+      break;
+    default:
+      break;
+  }
+  return slot_result::absent();
 }
 
 slot_result subscript(const Any& value, PyObject* key) {
@@ -161,6 +240,21 @@ slot_result assign_subscript(const Any& value, PyObject* key, PyObject* new_valu
 }
 
 slot_result error_no_value(PyObject* key) { return {slot_exception::key_error, display_text(from_python_locked(key))}; }
+
+// Whether one of the runtime's own maps or sets holds a key; empty when that takes a value of the key.
+std::optional<int> own_contains(const Any& value, PyObject* item) {
+  const ObjectType kind = value.type();
+  if (kind != ObjectType::HashMap && kind != ObjectType::HashSet) {
+    return std::nullopt;
+  }
+  const auto key = plain_key_in(item);
+  if (!key) {
+    return std::nullopt;
+  }
+  const auto found = kind == ObjectType::HashMap ? object_of<object_value_hash_map>(value).contains(*key)
+                                                 : object_of<object_value_hash_set>(value).contains(*key);
+  return found ? std::optional<int>(*found) : std::nullopt;
+}
 
 // What the caller wrote: Python has added the length to a negative index, which may have left it negative.
 std::int64_t index_as_given(PyObject* self, Py_ssize_t index) {
@@ -206,6 +300,9 @@ int assign_item_slot(PyObject* self, Py_ssize_t index, PyObject* value) noexcept
 
 int contains_slot(PyObject* self, PyObject* item) noexcept {
   return guarded<int>(-1, [&] {
+    if (const auto found = own_contains(value_in(self), item)) {
+      return *found;
+    }
     const subject value(self);
     const operand wanted(item);
     if (wanted.failed()) {
@@ -223,7 +320,12 @@ int contains_slot(PyObject* self, PyObject* item) noexcept {
 
 PyObject* subscript_slot(PyObject* self, PyObject* key) noexcept {
   return guarded<PyObject*>(nullptr, [&] {
-    return (wrapped_value(self) == nullptr ? error_no_value(key) : subscript(*subject(self), key)).to_object();
+    const Any* wrapped = wrapped_value(self);
+    if (wrapped == nullptr) [[unlikely]] {
+      return error_no_value(key).to_object();
+    }
+    slot_result item = own_item(*wrapped, key);
+    return (item.is_absent() ? subscript(*subject(self), key) : std::move(item)).to_object();
   });
 }
 

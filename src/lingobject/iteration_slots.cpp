@@ -1,9 +1,28 @@
 // Iterating over a wrapped value.
+#include "ling/detail/iterator.h"
 #include "ling/interfaces.h"
 #include "ling/reflection.h"
 #include "lingobject/slot_bodies.h"
 
 namespace ling::cpython {
+
+namespace {
+
+// What an iterator has answered: an item, or that there is none.
+slot_result outcome_of_next(Any item) {
+  if (item.has(object_traits::lazy)) [[unlikely]] {
+    item = internal::unwrap(item);
+  }
+  if (!is_error_result(item)) [[likely]] {
+    return item;
+  }
+  if (StopIteration::matches(item.get())) {
+    return slot_result::absent();
+  }
+  return runtime_error(Error::unchecked(std::move(item)));
+}
+
+}  // namespace
 
 slot_result iterate(const Any& value, PyObject* wrapper) {
   if (value.has(object_traits::lazy)) [[unlikely]] {
@@ -22,6 +41,15 @@ slot_result iterate(const Any& value, PyObject* wrapper) {
 }
 
 slot_result next_item(const Any& value) {
+  // The iterators of the runtime's containers keep the items that they hand out.
+  if (auto* iterator = native_cast<internal::snapshot_iterator>(value)) [[likely]] {
+    const Any* item = iterator->advance();
+    if (item == nullptr) {
+      return slot_result::absent();
+    }
+    return item->has(object_traits::lazy | object_traits::error) ? outcome_of_next(*item)
+                                                                 : slot_result(to_python_locked(*item));
+  }
   if (value.has(object_traits::lazy)) [[unlikely]] {
     return next_item(internal::unwrap(value));
   }
@@ -29,17 +57,7 @@ slot_result next_item(const Any& value) {
     return slot_result(slot_exception::type_error,
                        String("'{}' object is not an iterator.").arg(display_text(class_of(value))));
   }
-  Any item = borrowed<I_Iterator_Generic>(value)->next();
-  if (item.has(object_traits::lazy)) [[unlikely]] {
-    item = internal::unwrap(item);
-  }
-  if (!is_error_result(item)) [[likely]] {
-    return item;
-  }
-  if (StopIteration::matches(item.get())) {
-    return slot_result::absent();
-  }
-  return runtime_error(Error::unchecked(std::move(item)));
+  return outcome_of_next(borrowed<I_Iterator_Generic>(value)->next());
 }
 
 }  // namespace ling::cpython

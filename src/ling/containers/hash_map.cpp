@@ -25,8 +25,17 @@ std::size_t object_value_hash_map::length() const noexcept { return table_->leng
 
 internal::key_lookup object_value_hash_map::find(const Any& key) const { return table_->find(key); }
 
+std::optional<internal::key_lookup> object_value_hash_map::find(const internal::plain_key& key) const {
+  return table_->find(key);
+}
+
 Result<Boolean> object_value_hash_map::contains(const Any& key) const {
   return internal::answer(table_->contains(key), true);
+}
+
+std::optional<bool> object_value_hash_map::contains(const internal::plain_key& key) const {
+  const auto outcome = table_->contains(key);
+  return outcome ? std::optional(outcome->found) : std::nullopt;
 }
 
 Result<None> object_value_hash_map::set(const Any& key, Any value) {
@@ -37,6 +46,13 @@ Result<None> object_value_hash_map::set_checked(const Any& key, const Any& value
   TRY(internal::check_type_argument(object_class(), 0, words.key, key));
   TRY(internal::check_type_argument(object_class(), 1, "value", value));
   return set(key, value);
+}
+
+Result<None> object_value_hash_map::set_checked(const internal::plain_key& key, const Any& value) {
+  if (!object_class().type_arguments().empty()) [[unlikely]] {
+    return set_checked(key.value(), value);
+  }
+  return Result<None>::unchecked(table_->store(key, value).error);
 }
 
 internal::key_lookup object_value_hash_map::remove(const Any& key) { return table_->remove(key); }

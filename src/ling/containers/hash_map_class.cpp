@@ -1,4 +1,6 @@
 // The class HashMap.
+#include "ling/containers/described_method.h"
+#include "ling/detail/container_errors.h"
 #include "ling/detail/definitions.h"
 #include "ling/detail/iterator.h"
 #include "ling/detail/try.h"
@@ -19,14 +21,23 @@ Any construct(const Class_Generic& of_class, const std::optional<I_Map_Generic>&
 }
 
 // Undefined stands for a default that is not given.
-Result<Any> get(const HashMap_Generic& self, const Any& key, const Any& otherwise) {
-  return Undefined::matches(otherwise.get()) ? map(self).get(key) : map(self).get(key, otherwise);
+Any get(const HashMap_Generic& self, const Any& key, const Any& otherwise) {
+  internal::key_lookup outcome = self.object().find(key);
+  return outcome.found                         ? std::move(outcome.value)
+         : !outcome.error.empty()              ? std::move(outcome.error)
+         : Undefined::matches(otherwise.get()) ? internal::error_key_not_found(key)
+                                               : otherwise;
 }
 
 Any extend_in_place(const HashMap_Generic& self, const I_Map_Generic& other) {
   TRY(self.object().extend(other));
   return self;
 }
+
+// A function of a type of its own, by which the method made of it is known again.
+constexpr auto set_value = [](const HashMap_Generic& self, const Any& key, const Any& value) -> Any {
+  return self.object().set_checked(key, value);
+};
 
 std::vector<Any> pairs(const HashMap_Generic& self) {
   std::vector<Any> tuples;
@@ -55,10 +66,10 @@ constinit const class_definition<HashMap_Generic> internal::hash_map_class(
           .property("keysType", "What the keys are; the untyped type for any.", &HashMap_Generic::keysType)
           .property("valuesType", "What the values are; the untyped type for any.", &HashMap_Generic::valuesType)
           .method("contains", "key", "Whether the key is there.",
-                  [](const HashMap_Generic& self, const Any& key) { return map(self).contains(key); })
+                  [](const HashMap_Generic& self, const Any& key) { return self.object().contains(key); })
           .method("get", "key, default", "The value; without the key the default, or an Error when none is given.",
                   &get, {Undefined()})
-          .method("set", "key, value", "Sets the value of a key.", &HashMap_Generic::setChecked)
+          .method("set", "key, value", "Sets the value of a key.", set_value)
           .method("remove", "key", "Removes a key and answers its value; an Error when it is not there.",
                   [](const HashMap_Generic& self, const Any& key) { return map(self).remove(key); })
           .method("clear", "", "Removes all keys.", [](const HashMap_Generic& self) { self.object().clear(); })
@@ -78,6 +89,9 @@ Class_Generic HashMap_Generic::getClass() { return internal::hash_map_class.requ
 Type HashMap_Generic::getType() { return Type::of(getClass()); }
 object_value_class& object_value_hash_map::object_class() const {
   return class_ == nullptr ? internal::hash_map_class.required() : *class_;
+}
+bool object_value_hash_map::has_described_set() const noexcept {
+  return internal::is_method_made_of<decltype(set_value)>(object_class(), members::set);
 }
 
 }  // namespace ling

@@ -25,6 +25,11 @@ Result<Boolean> object_value_hash_set::contains(const Any& value) const {
   return answer(table_->contains(value), true);
 }
 
+std::optional<bool> object_value_hash_set::contains(const internal::plain_key& value) const {
+  const auto outcome = table_->contains(value);
+  return outcome ? std::optional(outcome->found) : std::nullopt;
+}
+
 Result<Boolean> object_value_hash_set::insert(const Any& value) { return answer(table_->store(value, {}), false); }
 
 Result<Boolean> object_value_hash_set::insert_checked(const Any& value) {

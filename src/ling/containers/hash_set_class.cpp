@@ -97,7 +97,7 @@ constinit const class_definition<HashSet_Generic> internal::hash_set_class(
           .property("__length__", "The number of values.", &HashSet_Generic::length)
           .property("elementsType", "What the values are; the untyped type for any.", &HashSet_Generic::elementsType)
           .method("contains", "value", "Whether the value is there.",
-                  [](const HashSet_Generic& self, const Any& value) { return set(self).contains(value); })
+                  [](const HashSet_Generic& self, const Any& value) { return self.object().contains(value); })
           .method("insert", "value", "Adds a value; whether it was not there before.", &HashSet_Generic::insert)
           .method("remove", "value", "Removes a value; whether it was there.",
                   [](const HashSet_Generic& self, const Any& value) { return set(self).remove(value); })

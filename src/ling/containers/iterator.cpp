@@ -23,15 +23,20 @@ constinit const class_definition<internal::snapshot_iterator> internal::iterator
 namespace internal {
 
 Any snapshot_iterator::next() {
+  const Any* item = advance();
+  return item == nullptr ? Any(StopIteration()) : *item;
+}
+
+const Any* snapshot_iterator::advance() noexcept {
   // The position stays within the items, so that asking for ever cannot wrap it around.
   std::size_t position = position_.load(std::memory_order_relaxed);
   const std::span<const Any> items = row_.items();
   while (position < items.size()) {
     if (position_.compare_exchange_weak(position, position + 1, std::memory_order_relaxed)) {
-      return items[position];
+      return &items[position];
     }
   }
-  return StopIteration();
+  return nullptr;
 }
 
 I_Iterator_Generic make_iterator(item_row row) {

@@ -7,8 +7,10 @@
 #include "ling/interfaces.h"
 #include "ling/reflection.h"
 #include "ling/tuple.h"
+#include "ling/values/exact_number.h"
 
 #include <mutex>
+#include <optional>
 
 namespace ling::internal {
 
@@ -33,6 +35,50 @@ bool is_key(const Any& value) {
     }
   }
   return true;
+}
+
+// Whether the key of an entry is the one looked for.
+equality compare_key(const Any& candidate, const plain_key& key) noexcept {
+  switch (candidate.type()) {
+    case ObjectType::String:
+      return key.is_text() && static_cast<const object_value_string*>(candidate.get())->view() == key.text()
+                 ? equality::same
+                 : equality::different;
+    case ObjectType::Integer: {
+      const auto& number = static_cast<const object_value_integer&>(*candidate.get());
+      const bool is_negative = number.is_signed() && number.signed_value() < 0;
+      return !key.is_text() && number.unsigned_value() == key.bits() && is_negative == key.is_negative()
+                 ? equality::same
+                 : equality::different;
+    }
+    case ObjectType::Float: {
+      const double number = static_cast<const object_value_float*>(candidate.get())->value();
+      const auto bits = exact_integer_bits(number);
+      return !key.is_text() && bits && *bits == key.bits() && (number < 0) == key.is_negative() ? equality::same
+                                                                                                : equality::different;
+    }
+    default:
+      return is_plain(candidate.type()) ? equality::different : equality::unknown;
+  }
+}
+
+// The position of the key, `nowhere` when it is not there. Empty when only key_search can tell: a key with an equality
+// of its own comes before it under the same hash.
+std::optional<std::uint32_t> position_of(const ordered_table& table, const plain_key& key) noexcept {
+  std::size_t slot = table.first_slot(key.hash());
+  for (;;) {
+    const std::uint32_t position = table.next_candidate(key.hash(), slot);
+    if (position == ordered_table::nowhere) {
+      return position;
+    }
+    const equality outcome = compare_key(table.at(position).key, key);
+    if (outcome == equality::same) {
+      return position;
+    }
+    if (outcome == equality::unknown) {
+      return std::nullopt;
+    }
+  }
 }
 
 // Finds one key, giving up the lock while it compares keys whose equality is decided by meta-methods. Stands before the
@@ -157,7 +203,28 @@ std::size_t key_table::length() const noexcept {
   return entries_.length();
 }
 
+// Plain keys are looked up without giving up the lock; the others, and they too where that cannot tell, by a
+// key_search.
+
+std::optional<key_lookup> key_table::find(const plain_key& key) const {
+  std::optional<key_lookup> outcome;
+  const std::lock_guard guard(lock_);
+  if (const auto position = position_of(entries_, key)) [[likely]] {
+    outcome.emplace();
+    if (*position != ordered_table::nowhere) {
+      outcome->found = true;
+      outcome->value = entries_.at(*position).value;
+    }
+  }
+  return outcome;
+}
+
 key_lookup key_table::find(const Any& key) const {
+  if (const auto plain = plain_key::of(key)) {
+    if (auto outcome = find(*plain)) [[likely]] {
+      return *std::move(outcome);
+    }
+  }
   key_search search(key);
   std::unique_lock guard(lock_, std::defer_lock);
   key_lookup outcome = search.run(names_.key, guard, entries_);
@@ -167,13 +234,50 @@ key_lookup key_table::find(const Any& key) const {
   return outcome;
 }
 
+std::optional<key_lookup> key_table::contains(const plain_key& key) const {
+  const std::lock_guard guard(lock_);
+  const auto position = position_of(entries_, key);
+  return position ? std::optional(key_lookup{.found = *position != ordered_table::nowhere}) : std::nullopt;
+}
+
 key_lookup key_table::contains(const Any& key) const {
+  if (const auto plain = plain_key::of(key)) {
+    if (auto outcome = contains(*plain)) [[likely]] {
+      return *std::move(outcome);
+    }
+  }
   key_search search(key);
   std::unique_lock guard(lock_, std::defer_lock);
   return search.run(names_.key, guard, entries_);
 }
 
+key_lookup key_table::store(const plain_key& key, Any value) {
+  Any new_key;  // dies after the lock
+  key_lookup outcome;
+  {
+    const std::lock_guard guard(lock_);
+    if (const auto position = position_of(entries_, key)) [[likely]] {
+      outcome.found = *position != ordered_table::nowhere;
+      if (outcome.found) {
+        entries_.at(*position).value.swap(value);  // the former value dies with the parameter, after the lock
+        return outcome;
+      }
+      new_key = key.value();
+      if (entries_.append(key.hash(), new_key, std::move(value))) [[likely]] {
+        return outcome;
+      }
+    }
+  }
+  // Also for a table that is full: what says so stands there.
+  return store_by_search(key.value(), std::move(value));
+}
+
 key_lookup key_table::store(const Any& key, Any value) {
+  const auto plain = plain_key::of(key);
+  return plain ? store(*plain, std::move(value)) : store_by_search(key, std::move(value));
+}
+
+key_lookup key_table::store_by_search(const Any& key, Any value) {
   key_search search(key);
   std::unique_lock guard(lock_, std::defer_lock);
   key_lookup outcome = search.run(names_.key, guard, entries_);

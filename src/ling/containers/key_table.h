@@ -5,8 +5,10 @@
 #pragma once
 
 #include "ling/containers/ordered_table.h"
+#include "ling/detail/container_keys.h"
 #include "ling/hash_map.h"
 
+#include <optional>
 #include <vector>
 
 namespace ling::internal {
@@ -29,8 +31,12 @@ class key_table {
   key_lookup find(const Any& key) const;
   // The same without the value.
   key_lookup contains(const Any& key) const;
+  // The same without a value of the key. Empty when a key that decides itself what it equals must be asked before.
+  std::optional<key_lookup> find(const plain_key& key) const;
+  std::optional<key_lookup> contains(const plain_key& key) const;
   // Puts the value under the key, after all others when it is new. Tells whether it was there, not what stood there.
   key_lookup store(const Any& key, Any value);
+  key_lookup store(const plain_key& key, Any value);
   // Takes out the key and the value.
   key_lookup remove(const Any& key);
   void clear() noexcept;
@@ -41,6 +47,8 @@ class key_table {
   std::vector<std::pair<Any, Any>> copy_pairs() const;
 
  private:
+  key_lookup store_by_search(const Any& key, Any value);
+
   const words& names_;
   mutable spinlock lock_;
   ordered_table entries_;

@@ -70,6 +70,11 @@ Any object_value_list::set(std::int64_t index, Any value) {
   return error_index_out_of_range(index, length);
 }
 
+Any object_value_list::set_checked(std::int64_t index, const Any& value) {
+  TRY(internal::check_type_argument(object_class(), 0, "item", value));
+  return set(index, value);
+}
+
 void object_value_list::append(Any value) {
   const std::lock_guard guard(lock_);
   items_.change().push_back(std::move(value));
@@ -240,10 +245,7 @@ Result<None> object_value_list::repeat(std::int64_t count) {
 
 // --- the handle ------------------------------------------------------------------------------------------------------
 
-Any List_Generic::set(std::int64_t index, const Any& value) const {
-  TRY(internal::check_type_argument(object().object_class(), 0, "item", value));
-  return object().set(index, value);
-}
+Any List_Generic::set(std::int64_t index, const Any& value) const { return object().set_checked(index, value); }
 
 Any List_Generic::appendChecked(const Any& value) const {
   TRY(internal::check_type_argument(object().object_class(), 0, "item", value));

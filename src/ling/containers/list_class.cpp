@@ -1,4 +1,5 @@
 // The class List.
+#include "ling/containers/described_method.h"
 #include "ling/detail/container_errors.h"
 #include "ling/detail/definitions.h"
 #include "ling/detail/iterator.h"
@@ -18,6 +19,11 @@ Any construct(const Class_Generic& of_class, const Any& iterable) {
   }
   return list;
 }
+
+// A function of a type of its own, by which the method made of it is known again.
+constexpr auto set_item = [](const List_Generic& self, std::int64_t index, const Any& value) {
+  return self.object().set_checked(index, value);
+};
 
 // Of the same class when what is added fits it, else untyped.
 Any concat(const List_Generic& self, const Any& iterable) {
@@ -82,7 +88,7 @@ void describe_reading(class_builder<List_Generic>& c) {
 }
 
 void describe_changing(class_builder<List_Generic>& c) {
-  c.method("set", "index, value", "Replaces an item.", &List_Generic::set)
+  c.method("set", "index, value", "Replaces an item.", set_item)
       .method("append", "value", "Adds an item at the end.", &List_Generic::appendChecked)
       .method("appendAt", "index, value", "Adds an item before the one at that position.",
               [](const List_Generic& self, std::int64_t index, const Any& value) {
@@ -124,6 +130,9 @@ Class_Generic List_Generic::getClass() { return internal::list_class.required();
 Type List_Generic::getType() { return Type::of(getClass()); }
 object_value_class& object_value_list::object_class() const {
   return class_ == nullptr ? internal::list_class.required() : *class_;
+}
+bool object_value_list::has_described_set() const noexcept {
+  return internal::is_method_made_of<decltype(set_item)>(object_class(), members::set);
 }
 
 }  // namespace ling

@@ -15,23 +15,6 @@ constexpr std::size_t capacity_of(std::size_t slots) noexcept { return slots - s
 
 }  // namespace
 
-std::size_t ordered_table::first_slot(std::uint64_t hash) const noexcept {
-  return index_.empty() ? 0 : hash & (index_.size() - 1);
-}
-
-std::uint32_t ordered_table::next_candidate(std::uint64_t hash, std::size_t& slot) const noexcept {
-  if (index_.empty()) {
-    return nowhere;
-  }
-  for (;;) {
-    const std::uint32_t position = index_[slot];
-    slot = (slot + 1) & (index_.size() - 1);
-    if (position == nowhere || entries_[position].hash == hash) {
-      return position;
-    }
-  }
-}
-
 bool ordered_table::append(std::uint64_t hash, const Any& key, Any&& value) {
   if (entries_.size() == std::min(capacity_of(index_.size()), most_entries)) {
     if (length_ == most_entries) {

@@ -36,8 +36,19 @@ class ordered_table {
   const entry& at(std::uint32_t position) const noexcept { return entries_[position]; }
 
   // A walk over the entries of one hash: `slot` starts with `first_slot`; `nowhere` ends it. Valid for one version.
-  std::size_t first_slot(std::uint64_t hash) const noexcept;
-  std::uint32_t next_candidate(std::uint64_t hash, std::size_t& slot) const noexcept;
+  std::size_t first_slot(std::uint64_t hash) const noexcept { return index_.empty() ? 0 : hash & (index_.size() - 1); }
+  std::uint32_t next_candidate(std::uint64_t hash, std::size_t& slot) const noexcept {
+    if (index_.empty()) {
+      return nowhere;
+    }
+    for (;;) {
+      const std::uint32_t position = index_[slot];
+      slot = (slot + 1) & (index_.size() - 1);
+      if (position == nowhere || entries_[position].hash == hash) {
+        return position;
+      }
+    }
+  }
 
   // Adds an entry whose key is not there yet; false when the table is full, which leaves it as it was.
   bool append(std::uint64_t hash, const Any& key, Any&& value);

@@ -14,7 +14,9 @@ class snapshot_iterator {
  public:
   explicit snapshot_iterator(item_row row) noexcept : row_(std::move(row)) {}
   // The next item, StopIteration at the end and ever after.
-  Any next();
+  LING_API Any next();
+  // The same without a reference of the caller's: null at the end, else good for as long as the iterator.
+  LING_API const Any* advance() noexcept;
 
  private:
   const item_row row_;

@@ -15,7 +15,6 @@ namespace ling {
 
 namespace {
 
-constexpr std::uint64_t text_seed = 0x7465787400000000ull;
 constexpr std::string_view white_space = " \t\n\v\f\r";
 
 bool is_ascii(const String& text) noexcept { return text.size() == text.length(); }
@@ -65,7 +64,7 @@ std::uint64_t object_value_string::hash() const noexcept {
   std::uint64_t hash = hash_.load(std::memory_order_relaxed);
   if (hash == 0) {
     // Threads that race here store the same number.
-    hash = std::max<std::uint64_t>(internal::hash_bytes(view(), text_seed), 1);
+    hash = internal::hash_text(view());
     hash_.store(hash, std::memory_order_relaxed);
   }
   return hash;
