@@ -42,7 +42,7 @@ slot_result iterate(const Any& value, PyObject* wrapper) {
 
 slot_result next_item(const Any& value) {
   // The iterators of the runtime's containers keep the items that they hand out.
-  if (auto* iterator = native_cast<internal::snapshot_iterator>(value)) [[likely]] {
+  if (auto* iterator = internal::snapshot_iterator_in(value)) [[likely]] {
     const Any* item = iterator->advance();
     if (item == nullptr) {
       return slot_result::absent();

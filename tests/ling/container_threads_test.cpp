@@ -73,4 +73,28 @@ TEST(ContainerThreads, InsertEveryKeyOnce) {
   EXPECT_EQ(set.length(), 0u);
 }
 
+TEST(ContainerThreads, FindTextsAndNumbersWhileOthersWrite) {
+  const HashMap_Generic map = make_map({"there", "always", 123456, "always"});
+  std::atomic<bool> done = false;
+  on_eight_threads([&](int thread) {
+    if (thread < 4) {
+      for (int i = 0; i < rounds * 8; ++i) {  // so that the table grows, shrinks and is emptied
+        map.set(i, String("value {}").arg(i));
+        map.set(String("key {}").arg(i), i);
+        map.remove(String("key {}").arg(i - 50));
+        map.remove(i - 50);
+      }
+      done = true;
+      return;
+    }
+    while (!done) {
+      EXPECT_EQ(text(map.get("there")), "always");
+      EXPECT_EQ(text(map.get(123456)), "always");
+      EXPECT_FALSE(map.contains("missing"));
+      const Any value = map.get(50, "value 50");
+      EXPECT_EQ(text(value), "value 50");
+    }
+  });
+}
+
 }  // namespace

@@ -1,6 +1,7 @@
 // HashMaps: order, equality of keys, and keys whose comparison acts up.
 #include "ling/testing.h"
 
+#include <limits>
 #include <random>
 
 namespace {
@@ -63,6 +64,77 @@ TEST(HashMap, KeepsOrderThroughGrowthAndRemoval) {
     EXPECT_EQ(Integer::unchecked(pairs[i].first).value(), model[i].first);
     EXPECT_EQ(Integer::unchecked(map.get(model[i].first)).value(), model[i].second);
   }
+}
+
+// A key that decides itself what it equals, under the hash of a text or a number.
+struct Mimic {
+  Any model;
+  int asked = 0;
+};
+const constinit class_definition<Mimic> mimic_class("Mimic", [](class_builder<Mimic>& c) {
+  c.module("test.containers")
+      .parent(I_Immutable::getClass())
+      .method(Any::__hash__, "", [](const Mimic& self) { return self.model; })
+      .method(Any::__equals__, "other", [](Mimic& self, const Any& other) {
+        ++self.asked;
+        return equal_objects(self.model, other);
+      });
+});
+
+TEST(HashMap, AsksKeysThatMayEqualANumber) {
+  for (const Any& number : values(5, -1, INT64_MIN, INT64_MAX, std::uint64_t{1} << 63)) {
+    const Any mimic = make<object_value_native<Mimic>>(mimic_class.required(), number);
+    const HashMap_Generic map = make_map({mimic, "mimic"});
+    EXPECT_TRUE(map.contains(number));
+    EXPECT_EQ(text(map.get(number)), "mimic");
+    map.set(number, "changed");
+    EXPECT_EQ(map.length(), 1u);
+    EXPECT_EQ(text(call(map, "get", number)), "changed");
+    EXPECT_EQ(native_cast<Mimic>(mimic)->asked, 4) << "once for each use";
+    EXPECT_TRUE(map.remove(number));
+    EXPECT_FALSE(map.contains(display_text(number)));
+  }
+}
+
+TEST(HashMap, TellsKeysOfDifferentKindsApart) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  const std::uint64_t large = std::uint64_t{1} << 63;
+  const std::string long_text(100, 'x');
+  // No two are equal: numbers with the same bits, texts and bytes that look alike, with zero bytes and without.
+  const std::vector<Any> keys =
+      values(0, 1, -1, UINT64_MAX, INT64_MIN, large, INT64_MAX, true, false, 0.5, -0.5, nan, 1e300, None(), "", "0",
+             "1", std::string_view("\0", 1), std::string_view("\0\0", 2), "a", std::string_view("a\0", 2), "ab", "abc",
+             "abcd", "abcde", "abcdef", "abcdefg", "abcdefgh", "abcdefghi", "ä", "äö", "€", "😀", long_text,
+             long_text + "y", ByteArray("a"), ByteArray(""), Tuple_Generic{1}, Tuple_Generic{"a"}, Tuple_Generic());
+  HashMap_Generic map;
+  for (int round = 0; round < 3; ++round) {  // the second time all are there, the third time in a larger table
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+      map.set(keys[i], i);
+    }
+    for (int i = 1000; i < 1000 + round * 500; ++i) {
+      map.set(i, i);
+      map.set(String("{}").arg(i), i);
+    }
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+      EXPECT_EQ(text(map.get(keys[i])), std::to_string(i)) << text(keys[i]);
+      EXPECT_EQ(map.contains(keys[i]), true);
+    }
+  }
+  EXPECT_EQ(map.length(), keys.size() + 2000);
+  // Equal numbers of the other kind.
+  EXPECT_EQ(text(map.get(1.0)), "1");
+  EXPECT_EQ(text(map.get(-0.0)), "0");
+  EXPECT_EQ(text(map.get(-9223372036854775808.0)), "4");
+  EXPECT_EQ(text(map.get(9223372036854775808.0)), "5");
+  const HashMap_Generic floats = make_map({2.0, "two", -0.0, "zero", 9223372036854775808.0, "large", nan, "nan"});
+  expect_outcomes({
+      {floats.get(2), "two"},
+      {floats.get(0), "zero"},
+      {floats.get(large), "large"},
+      {floats.get(INT64_MIN, "none"), "none"},
+      {floats.get(INT64_MAX, "none"), "none"},
+      {floats.get(nan, "none"), "none"},
+  });
 }
 
 // A key may do anything while it is compared: the map is not locked then.

@@ -47,6 +47,16 @@ TEST(List, SortsStablyOrNotAtAll) {
   EXPECT_FALSE(is_error_result(call(numbers, "sort")));
   EXPECT_EQ(text(numbers), "[-5, 1.0, 1, 2, 3]") << "equal items keep their order";
 
+  const List_Generic whole{INT64_MAX, UINT64_MAX, -1, std::uint64_t{1} << 63, INT64_MIN, 0};
+  EXPECT_FALSE(is_error_result(call(whole, "sort")));
+  EXPECT_EQ(text(whole),
+            "[-9223372036854775808, -1, 0, 9223372036854775807, 9223372036854775808, 18446744073709551615]");
+  const Any twins[] = {"b", "b"};
+  const List_Generic texts{twins[0], "ä", "", std::string_view("b\0", 2), twins[1], "a"};
+  EXPECT_FALSE(is_error_result(call(texts, "sort")));
+  EXPECT_TRUE(texts.at(2).is_same(twins[0]) && texts.at(3).is_same(twins[1]));
+  EXPECT_EQ(text(texts), "[\"\", \"a\", \"b\", \"b\", \"b\\x00\", \"ä\"]");
+
   const List_Generic mixed{3, "a", 1};
   EXPECT_EQ(message(call(mixed, "sort")), "Cannot be compared: a (String) and 3 (Integer).");
   EXPECT_EQ(text(mixed), "[3, \"a\", 1]");

@@ -49,5 +49,60 @@ TEST_F(OddOperators, LetExceptionsThrough) {
     ~w            => RuntimeError: never made)");
 }
 
+// Descendants of the runtime's containers with a `set` of their own, which goes before what the container does.
+template <class Container>
+Any make_echoing(const char* name) {
+  auto* of_class = new object_value_class(name);
+  of_class->add_parent_unsafe(Container::getClass().object());
+  const Any made = static_cast<const I_Callable_Generic&>(Class_Generic(*of_class))();
+  of_class->add_method_unsafe("set", method_builder_base("set", "self, key, value", "", {}, true)
+                                         .body([](const Any& self, const Any& key, const Any& value) -> Any {
+                                           return Error(String("{} {} {}").arg(self, key, value));
+                                         }));
+  return made;
+}
+
+TEST_F(OddOperators, GoBeforeWhatContainersDo) {
+  expect_outcomes(make_echoing<HashMap_Generic>("EchoingMap"), R"(
+    w['a'] = 1    => RuntimeError: {} a 1
+    w[5] = 'x'    => RuntimeError: {} 5 x
+    w[b'c'] = 1   => RuntimeError: {} b"c" 1
+    w.update({'a': 1}), w['a'], 'a' in w, 'b' in w => (None, 1, True, False))");
+  expect_outcomes(make_echoing<List_Generic>("EchoingList"), R"(
+    w[7] = 1      => RuntimeError: [] 7 1)");
+  const HashMap<String, Integer> typed;
+  expect_outcomes(typed, R"(
+    w['a'] = 1    => None
+    w['a'] = 'x'  => RuntimeError: The value is not of the type Integer: x (String).
+    w[1] = 1      => RuntimeError: The key is not of the type String: 1 (Integer).
+    w['a'], 1 in w, len(w) => (1, False, 1))");
+}
+
+// A key that equals a number.
+constinit thread_local int times_asked = 0;
+constinit const class_definition<void> like_five_class("LikeFive", [](class_builder<void>& c) {
+  c.parent(I_Immutable::getClass())
+      .method(Any::__hash__, "", [](const Any&) { return 5; })
+      .method(Any::__equals__, "other", [](const Any&, const Any& other) {
+        ++times_asked;
+        return Integer::matches(other.get()) && Integer::unchecked(other).value() == 5;
+      });
+});
+
+TEST_F(OddOperators, OfKeysAreAskedOnce) {
+  const HashMap_Generic map;
+  map.set(like_five_class.required().allocate_instance(), "like five");
+  const auto asked = [&](const char* rows) {
+    times_asked = 0;
+    expect_outcomes(map, rows);
+    return times_asked;
+  };
+  EXPECT_EQ(asked("w[5] => 'like five'"), 1);
+  EXPECT_EQ(asked("5 in w => True"), 1);
+  EXPECT_EQ(asked("w.get(5) => 'like five'"), 1);
+  EXPECT_EQ(asked("w[5] = 'changed' => None"), 1);
+  EXPECT_EQ(asked("len(w), '5' in w, 6 in w => (1, False, False)"), 0);
+}
+
 }  // namespace
 }  // namespace ling::cpython

@@ -8,6 +8,8 @@
 #include "ling/reflection.h"
 #include "ling/tuple.h"
 
+#include <typeinfo>
+
 namespace ling {
 
 constinit const class_definition<internal::snapshot_iterator> internal::iterator_class(
@@ -39,9 +41,20 @@ const Any* snapshot_iterator::advance() noexcept {
   return nullptr;
 }
 
+namespace {
+using iterator_object = object_value_native<snapshot_iterator>;
+}
+
+snapshot_iterator* snapshot_iterator_in(const Any& value) noexcept {
+  object_value* const object = value.get();
+  if (object != nullptr && typeid(*object) == typeid(iterator_object)) [[likely]] {
+    return static_cast<snapshot_iterator*>(static_cast<iterator_object*>(object)->native_data());
+  }
+  return native_cast<snapshot_iterator>(value);
+}
+
 I_Iterator_Generic make_iterator(item_row row) {
-  return I_Iterator_Generic::unchecked(
-      make<object_value_native<snapshot_iterator>>(iterator_class.required(), std::move(row)));
+  return I_Iterator_Generic::unchecked(make<iterator_object>(iterator_class.required(), std::move(row)));
 }
 
 namespace {

@@ -55,7 +55,7 @@ Result<Boolean> contains_by_iteration(const I_Iterable_Generic& iterable, const 
 // --- iteration -------------------------------------------------------------------------------------------------------
 
 Any I_Iterator_Generic::next() const {
-  if (auto* iterator = native_cast<internal::snapshot_iterator>(*this)) {
+  if (auto* iterator = internal::snapshot_iterator_in(*this)) {
     return iterator->next();
   }
   return call_member(*this, members::next);

@@ -23,6 +23,9 @@ class snapshot_iterator {
   std::atomic<std::size_t> position_{0};
 };
 
+// The iterator in a value, null when it is another one. Borrowed, as native_cast's, and found sooner.
+LING_API snapshot_iterator* snapshot_iterator_in(const Any& value) noexcept;
+
 I_Iterator_Generic make_iterator(item_row row);
 inline I_Iterator_Generic make_iterator(std::vector<Any> items) { return make_iterator(item_row(std::move(items))); }
 
