@@ -3,7 +3,7 @@
 #pragma once
 
 #include "ling/name.h"
-#include "python/pyobject_ptr.h"
+#include "python/python_text.h"
 
 #include <optional>
 
@@ -15,7 +15,7 @@ struct special_name;
 // cannot be encoded.
 class utf8_text {
  public:
-  explicit utf8_text(PyObject* text) noexcept : bytes_(PyUnicode_AsUTF8AndSize(text, &size_)) {}
+  explicit utf8_text(PyObject* text) noexcept : bytes_(utf8_in(text, &size_)) {}
   explicit operator bool() const noexcept { return bytes_ != nullptr; }
   std::string_view view() const noexcept { return {bytes_, static_cast<std::size_t>(size_)}; }
 

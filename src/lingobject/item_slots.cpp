@@ -8,6 +8,7 @@
 #include "lingobject/slices.h"
 #include "lingobject/slot_bodies.h"
 #include "python/pending_exception.h"
+#include "python/python_text.h"
 
 #include <optional>
 
@@ -80,7 +81,7 @@ std::optional<std::int64_t> exact_int(PyObject* object) noexcept {
 std::optional<internal::plain_key> plain_key_in(PyObject* object) noexcept {
   if (Py_TYPE(object) == &PyUnicode_Type) {
     Py_ssize_t size = 0;
-    if (const char* text = PyUnicode_AsUTF8AndSize(object, &size)) [[likely]] {
+    if (const char* text = utf8_in(object, &size)) [[likely]] {
       return internal::plain_key(std::string_view(text, static_cast<std::size_t>(size)));
     }
     forget_exception();

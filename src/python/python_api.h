@@ -7,8 +7,3 @@
 #endif
 #define PY_SSIZE_T_CLEAN
 #include <Python.h>
-
-// Exported by all versions that the module runs on, part of the limited API since 3.10.
-#if Py_LIMITED_API < 0x030A0000
-extern "C" PyAPI_FUNC(const char*) PyUnicode_AsUTF8AndSize(PyObject* text, Py_ssize_t* size);
-#endif

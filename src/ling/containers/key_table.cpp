@@ -259,7 +259,7 @@ key_lookup key_table::store(const plain_key& key, Any value) {
     if (const auto position = position_of(entries_, key)) [[likely]] {
       outcome.found = *position != ordered_table::nowhere;
       if (outcome.found) {
-        entries_.at(*position).value.swap(value);  // the former value dies with the parameter, after the lock
+        entries_.replace(*position, value);  // the former value dies with the parameter, after the lock
         return outcome;
       }
       new_key = key.value();
