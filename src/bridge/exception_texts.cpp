@@ -159,6 +159,9 @@ bool proposes_names(PyObject* instance) {
 
 // Whether there is more to the full text than the places and the message.
 bool has_more_to_tell(PyObject* instance) {
+  if (!PyExceptionInstance_Check(instance)) {
+    return true;  // only claims to be one
+  }
   const PyObjectPtr cause(PyException_GetCause(instance)), context(PyException_GetContext(instance));
   if (cause || context || proposes_names(instance)) {
     return true;
