@@ -6,8 +6,7 @@
 #include "python/error_bridge.h"
 #include "python/interpreter_function.h"
 
-#include <array>
-#include <vector>
+#include <memory>
 
 namespace ling::cpython {
 
@@ -26,27 +25,27 @@ constexpr std::size_t place_in_front = ~(~std::size_t{0} >> 1);
 // The arguments as a row of objects. Most calls allocate nothing for it.
 class converted_row {
  public:
-  converted_row() = default;
+  explicit converted_row(std::size_t capacity)
+      : more_(capacity > few ? std::make_unique<PyObject*[]>(capacity + 1) : nullptr),
+        first_((more_ ? more_.get() : row_) + 1) {}
+  ~converted_row() {
+    for (std::size_t i = 0; i < length_; ++i) {
+      const PyObjectPtr dying(first_[i]);
+    }
+  }
   converted_row(const converted_row&) = delete;
   converted_row& operator=(const converted_row&) = delete;
 
   // False with `failure` filled.
   bool convert(std::span<const Any> arguments, Any& failure) {
-    if (arguments.size() > few) {
-      more_owned_.resize(arguments.size());
-      more_.resize(arguments.size() + 1);
-    }
-    PyObjectPtr* const owned = more_owned_.empty() ? owned_.data() : more_owned_.data();
-    PyObject** const row = more_.empty() ? row_.data() : more_.data();
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-      owned[i] = to_python_locked(arguments[i]);
-      if (!owned[i]) {
-        failure = error_not_convertible(arguments[i]);
+    for (const Any& argument : arguments) {
+      PyObjectPtr object = to_python_locked(argument);
+      if (!object) {
+        failure = error_not_convertible(argument);
         return false;
       }
-      row[i + 1] = owned[i].get();
+      first_[length_++] = object.release();
     }
-    first_ = row + 1;
     return true;
   }
   PyObject* const* first() const noexcept { return first_; }
@@ -54,11 +53,10 @@ class converted_row {
  private:
   static constexpr std::size_t few = 8;
 
-  std::array<PyObjectPtr, few> owned_;
-  std::array<PyObject*, few + 1> row_;
-  std::vector<PyObjectPtr> more_owned_;
-  std::vector<PyObject*> more_;
-  PyObject* const* first_ = nullptr;
+  PyObject* row_[few + 1];
+  std::unique_ptr<PyObject*[]> more_;
+  PyObject** first_;
+  std::size_t length_ = 0;
 };
 
 PyObjectPtr make_keywords(std::span<const named_argument> named, Any& failure) {
@@ -90,7 +88,7 @@ Any call_python(PyObjectPtr_Borrowed callable, std::span<const Any> positional) 
 
 Any call_python(PyObjectPtr_Borrowed callable, std::span<const Any> positional, std::span<const named_argument> named) {
   Any failure;
-  converted_row arguments;
+  converted_row arguments(positional.size());
   const PyObjectPtr keywords =
       arguments.convert(positional, failure) && !named.empty() ? make_keywords(named, failure) : PyObjectPtr();
   if (!failure.empty()) {
