@@ -78,18 +78,19 @@ String full_text(PyObject* instance) {
 // --- later -----------------------------------------------------------------------------------------------------------
 
 // Shows the formatter of tracebacks what was taken down in place of the exception, its traceback and its frames.
-constinit const python_helper stack_helper("format_stack", R"(def format_stack(type, text, places):
-  from traceback import TracebackException
-  from types import SimpleNamespace
-  class Told:
-    __cause__ = __context__ = None
-    __suppress_context__ = False
-    def __str__(self): return text
+constinit const python_helper stack_helper("format_stack", R"(from traceback import TracebackException
+from types import SimpleNamespace
+class Told:
+  __cause__ = __context__ = None
+  __suppress_context__ = False
+  def __init__(self, text): self.text = text
+  def __str__(self): return self.text
+def format_stack(type, text, places):
   trace = None
   for code, line, instruction, names in reversed(places):
     frame = SimpleNamespace(f_code=code, f_globals=names, f_lineno=line)
     trace = SimpleNamespace(tb_frame=frame, tb_lineno=line, tb_lasti=instruction, tb_next=trace)
-  return ''.join(TracebackException(type, Told(), trace).format())
+  return ''.join(TracebackException(type, Told(text), trace).format())
 )");
 
 // The places that an exception has passed through, without the frames, which keep all their variables alive: a list of
