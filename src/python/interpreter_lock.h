@@ -18,11 +18,7 @@ bool holds_lock() noexcept;
 // it keeps until it ends, so that coming again is cheap.
 class [[nodiscard]] gil_lock {
  public:
-  gil_lock() noexcept {
-    if (!holds_lock()) {
-      take();
-    }
-  }
+  gil_lock() noexcept;
   ~gil_lock() {
     if (taken_ != taken::not_at_all) {
       give_back();
@@ -38,7 +34,6 @@ class [[nodiscard]] gil_lock {
     with_counted_state,  // that Python makes and deletes as needed
   };
 
-  void take() noexcept;
   void give_back() noexcept;
 
   taken taken_ = taken::not_at_all;

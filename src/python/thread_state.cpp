@@ -30,6 +30,12 @@ struct kept_state {
 constinit const interpreter_function<PyThreadState*()> current_state("PyThreadState_GetUnchecked",
                                                                      "_PyThreadState_UncheckedGet");
 
+// Whether the thread whose own state this is holds the lock under it.
+bool is_current(PyThreadState* own) noexcept {
+  auto* const current = current_state.get();
+  return own != nullptr && current != nullptr && current() == own;
+}
+
 // The states of threads that have ended.
 std::atomic<kept_state*> ended_states{nullptr};
 
@@ -104,14 +110,13 @@ void delete_states(kept_state* states) noexcept {
 
 }  // namespace
 
-bool holds_lock() noexcept {
-  PyThreadState* const own = PyGILState_GetThisThreadState();
-  auto* const current = current_state.get();
-  return own != nullptr && current != nullptr && current() == own;
-}
+bool holds_lock() noexcept { return is_current(PyGILState_GetThisThreadState()); }
 
-void gil_lock::take() noexcept {
+gil_lock::gil_lock() noexcept {
   PyThreadState* own = PyGILState_GetThisThreadState();
+  if (is_current(own)) {
+    return;
+  }
   if (own == nullptr) [[unlikely]] {
     keep_thread_state();
     own = PyGILState_GetThisThreadState();
