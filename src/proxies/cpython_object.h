@@ -73,8 +73,7 @@ auto with_python_object(const CPythonObject& self, F&& ask) -> decltype(ask(PyOb
   }
   TRY(ensure_interpreter());
   const GilGuard gil;
-  const PyObjectPtr object = self.python_object();
-  return ask(PyObjectPtr_Borrowed(object.get()));
+  return ask(PyObjectPtr_Borrowed(self.address()));  // whoever asks holds the proxy, and with it the object
 }
 
 }  // namespace ling::cpython

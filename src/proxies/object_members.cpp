@@ -160,11 +160,11 @@ Any method_hook(const Any& instance, const name_entry& name) {
 }
 
 Any getter_hook(const Any& instance, const name_entry& name) {
-  return internal::guarded([&] { return object_property_value(CPythonObject::unchecked(instance), name); });
+  return internal::guarded([&] { return read_object_attribute(CPythonObject::unchecked(instance), name); });
 }
 
 Any setter_hook(const Any& instance, const name_entry& name, const Any& value) {
-  return internal::guarded([&] { return set_object_property(CPythonObject::unchecked(instance), name, value); });
+  return internal::guarded([&]() -> Any { return write_attribute(CPythonObject::unchecked(instance), name, value); });
 }
 
 }  // namespace ling::cpython
