@@ -22,6 +22,7 @@
 #include "ling/signature.h"
 #include "ling/type.h"
 
+#include <array>
 #include <atomic>
 #include <memory>
 #include <optional>
@@ -43,9 +44,9 @@ inline constexpr std::uint64_t member_access = 1ull << 41;    // defines meta-me
 inline constexpr std::uint64_t declared = 1ull << 42;         // has a declaring context; kept by the class itself
 }  // namespace class_flags
 
-// Answers for members that a class with the flag `dynamic_members` does not register. When the class has the
+// Answers for members that a class with the flag `dynamic_members` does not register. When it is described with the
 // meta-methods `__method__`, `__propertyValue__` and `__setPropertyValue__` as well, the hooks say the same at less
-// cost, and are asked instead, unless a descendant has meta-methods of its own.
+// cost, and are asked instead of these very methods; not of others that take their places.
 struct dynamic_member_hooks {
   Any (*method)(const Any& instance, const name_entry& name);                 // a callable, or empty
   Any (*get)(const Any& instance, const name_entry& name);                    // the value or an Error
@@ -118,7 +119,10 @@ class LING_API object_value_class : public object_value_callable {
   using allocator = Any (*)(object_value_class& of_class);
   Any allocate_instance();
   const dynamic_member_hooks* hooks() const noexcept { return hooks_; }
-  const object_value_class* class_of_hooks() const noexcept { return class_of_hooks_; }
+  // Whether the hooks say what this meta-method does.
+  bool hooks_stand_for(const object_value* method) const noexcept {
+    return hooked_methods_[0] == method || hooked_methods_[1] == method || hooked_methods_[2] == method;
+  }
 
   // For builders, and for classes that grow: modules, and classes made for another language's types.
   void set_doc_unsafe(const String& doc);
@@ -136,6 +140,8 @@ class LING_API object_value_class : public object_value_callable {
   void set_native_base_unsafe(object_value_class& parent, void* (*upcast)(void*));
   void set_generic_unsafe(object_value_class& definition, std::vector<Type> arguments);
   void set_hooks_unsafe(const dynamic_member_hooks& hooks);
+  // When all methods are there: notes those that the hooks stand for.
+  void note_hooked_methods_unsafe() noexcept;
 
   // The C++ data `data` of an instance of this class, as a `wanted`; null when it has none of that type.
   void* native_data(void* data, const std::type_info& wanted) const noexcept;
@@ -168,7 +174,7 @@ class LING_API object_value_class : public object_value_callable {
   object_value_class* generic_definition_ = nullptr;
   std::vector<Type> type_arguments_;
   const dynamic_member_hooks* hooks_ = nullptr;
-  const object_value_class* class_of_hooks_ = nullptr;       // that they were set for: this or an ancestor
+  std::array<const object_value*, 3> hooked_methods_{};      // that the hooks stand for
   mutable internal::published<object_value> instance_type_;  // stays empty in a counted class, which the type keeps
 };
 

@@ -1,4 +1,5 @@
 // Python's iterables and iterators.
+#include "ling/detail/immortal.h"
 #include "proxies/collection_proxies.h"
 #include "proxies/method_call.h"
 #include "proxies/object_members.h"
@@ -54,11 +55,19 @@ Any next_locked(PyObjectPtr_Borrowed iterator) {
 
 Any next(const CPythonObject& self) { return with_python_object(self, &next_locked); }
 
+// Known, so that it is seen when another method takes its place.
+const I_Callable_Generic& next_method() {
+  static const internal::immortal<I_Callable_Generic> made(
+      method_builder_base("next", "self", "The next item; StopIteration at the end.", {}, true).body(&next));
+  return made.object;
+}
+
 }  // namespace
 
 Any drain_hook(const Any& iterator, std::vector<Any>& items) {
-  if (!(raw_class_of(iterator) == Class_Generic(cpython_proxy_iterator_class.required())) ||
-      static_cast<const object_value_instance&>(*iterator.get()).may_have_own_members()) {
+  const auto& instance = static_cast<const object_value_instance&>(*iterator.get());
+  const class_member* const next = instance.object_class().find_member(members::next.entry());
+  if (next == nullptr || !next->method.is_same(next_method()) || instance.may_have_own_members()) {
     return Undefined();
   }
   return internal::guarded([&]() -> Any {
@@ -99,8 +108,8 @@ constinit const class_definition<CPythonObject> cpython_proxy_iterator_class(
       c.module("ling.cpython")
           .doc("A Python iterator.")
           .parent(CPythonObject::getClass())
-          .parent(I_Iterator_Generic::getClass())
-          .method("next", "", "The next item; StopIteration at the end.", &next);
+          .parent(I_Iterator_Generic::getClass());
+      c.add_method("next", next_method());
     });
 
 }  // namespace ling::cpython

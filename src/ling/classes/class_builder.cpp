@@ -65,6 +65,7 @@ struct class_builder_base::entries {
   object_value_class* of_class;
   std::vector<method_entry> methods;
   Any error;
+  bool has_hooks = false;
 };
 
 class_builder_base::class_builder_base(const String& name)
@@ -126,7 +127,10 @@ void class_builder_base::set_native_base(const Class_Generic& parent, void* (*up
   entries_->of_class->set_native_base_unsafe(parent.object(), upcast);
 }
 
-void class_builder_base::set_hooks(const dynamic_member_hooks& hooks) { entries_->of_class->set_hooks_unsafe(hooks); }
+void class_builder_base::set_hooks(const dynamic_member_hooks& hooks) {
+  entries_->of_class->set_hooks_unsafe(hooks);
+  entries_->has_hooks = true;
+}
 
 Result<Class_Generic> class_builder_base::build() {
   if (!entries_->error.empty()) {
@@ -140,6 +144,9 @@ Result<Class_Generic> class_builder_base::build() {
     }
     of_class.add_method_unsafe(
         each.name, I_Callable_Generic::unchecked(make<object_value_multimethod>(each.name, each.overloads)));
+  }
+  if (entries_->has_hooks) {
+    of_class.note_hooked_methods_unsafe();
   }
   return Class_Generic(of_class);
 }

@@ -98,7 +98,7 @@ void object_value_class::add_parent_unsafe(object_value_class& parent) {
   set_flags(parent.flags() & ~(class_flags::interface | class_flags::declared));
   if (hooks_ == nullptr) {
     hooks_ = parent.hooks_;
-    class_of_hooks_ = parent.class_of_hooks_;
+    hooked_methods_ = parent.hooked_methods_;
   }
   if (native_type_ == nullptr) {
     native_type_ = parent.native_type_;
@@ -184,8 +184,15 @@ void object_value_class::set_generic_unsafe(object_value_class& definition, std:
 
 void object_value_class::set_hooks_unsafe(const dynamic_member_hooks& hooks) {
   hooks_ = &hooks;
-  class_of_hooks_ = this;
   set_flags(class_flags::dynamic_members);
+}
+
+void object_value_class::note_hooked_methods_unsafe() noexcept {
+  const meta_method_untyped names[] = {Any::__method__, Any::__propertyValue__, Any::__setPropertyValue__};
+  for (std::size_t i = 0; i < hooked_methods_.size(); ++i) {
+    const class_member* const member = find_member(names[i].entry());
+    hooked_methods_[i] = member == nullptr ? nullptr : member->method.get();
+  }
 }
 
 }  // namespace ling

@@ -24,9 +24,7 @@ const object_value_callable* internal::takes_over(const Any& value, meta_method_
 
 const object_value_callable* internal::takes_over_hooks(const Any& value, meta_method_untyped name) {
   const object_value_callable* const meta = takes_over(value, name);
-  const object_value_class* const hooked = meta == nullptr ? nullptr : value.get()->object_class().class_of_hooks();
-  const class_member* const stood_for = hooked == nullptr ? nullptr : hooked->find_member(name.entry());
-  return stood_for != nullptr && stood_for->method.get() == meta ? nullptr : meta;
+  return meta != nullptr && value.get()->object_class().hooks_stand_for(meta) ? nullptr : meta;
 }
 
 const dynamic_member_hooks* internal::hooks_of(const Any& value) {
