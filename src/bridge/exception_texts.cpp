@@ -20,9 +20,10 @@ namespace ling::cpython {
 namespace {
 
 constinit const module_attribute format_exception("traceback", "format_exception");
+constinit const module_attribute exception_group("builtins", "BaseExceptionGroup");
 constinit const python_name name_of_type("__name__");
 constinit const struct {
-  python_name traceback{"__traceback__"}, notes{"__notes__"}, exceptions{"exceptions"};
+  python_name traceback{"__traceback__"}, notes{"__notes__"}, arguments{"args"};
   python_name next{"tb_next"}, frame{"tb_frame"}, line{"tb_lineno"}, instruction{"tb_lasti"};
   python_name code{"f_code"}, globals{"f_globals"}, module{"__name__"}, loader{"__loader__"};
 } names;
@@ -46,6 +47,14 @@ PyObjectPtr text_of_exception(PyObject* instance) {
   }
   const telling guard({instance, false});
   PyObjectPtr text(PyObject_Str(instance));
+  if (!text && reinterpret_cast<PyObject*>(Py_TYPE(instance)) == PyExc_RecursionError) {
+    // Where there is no room for a call, what it would answer is still there.
+    PyErr_Clear();
+    const PyObjectPtr arguments = names.arguments.of(instance);
+    PyObject* const first =
+        arguments && PyTuple_Size(arguments.get()) == 1 ? PyTuple_GetItem(arguments.get(), 0) : nullptr;
+    text = PyObjectPtr::share(first != nullptr && PyUnicode_Check(first) ? first : nullptr);
+  }
   drop_exception();
   return text;
 }
@@ -136,7 +145,9 @@ class told_later final : public object_value_external {
     const PyObjectPtr text(
         format == nullptr ? nullptr
                           : PyObject_CallFunctionObjArgs(format, type_.get(), text_.get(), places_.get(), nullptr));
-    drop_exception();
+    if (!text) {
+      return capture_error_or("Unable to put the stack into words.");  // the next attempt may do better
+    }
     return text_of(text.get(), surrogates::escape);
   }
 
@@ -167,10 +178,11 @@ bool has_more_to_tell(PyObject* instance) {
   if (cause || context || proposes_names(instance)) {
     return true;
   }
-  const bool has_parts = static_cast<bool>(names.notes.find(instance)) || PyErr_Occurred() != nullptr ||
-                         static_cast<bool>(names.exceptions.find(instance)) || PyErr_Occurred() != nullptr;
+  // Both came with the same version.
+  PyObject* const group = exception_group.get();
+  const bool has_notes = group != nullptr && names.notes.find(instance);
   drop_exception();
-  return has_parts;
+  return has_notes || (group != nullptr && PyErr_GivenExceptionMatches(instance, group) != 0);
 }
 
 }  // namespace

@@ -28,6 +28,8 @@ class LING_API object_value_error : public object_value_instance {
   // A String, or a lazy value that puts it together only when it is asked.
   Any stack() const;
   void set_stack(Any stack);
+  // The same, unless another one was set meanwhile.
+  void replace_stack(const Any& former, Any stack);
   // As it was set, which may be a lazy value that says what the error belongs to only when it is asked.
   Any value() const;
   void set_value(Any value);

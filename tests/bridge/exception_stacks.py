@@ -1,5 +1,6 @@
 """Where an exception happened is put into words when somebody asks, as if that had been done at once."""
 
+import linecache
 import traceback
 import weakref
 
@@ -97,3 +98,15 @@ references = []
 error = error_of(caught(with_variable))
 assert references[0]() is None, "the frames are kept"
 assert error.stack.count("in fail\n") == 3 and "variable" not in error.stack.split("in with_variable")[0]
+
+
+# What keeps the words away today may be gone tomorrow, and what is set meanwhile stays.
+error, check = error_of(caught(fail, ValueError)), linecache.checkcache
+linecache.checkcache = None
+try:
+    assert error.stack == ""
+finally:
+    linecache.checkcache = check
+assert error.stack.endswith("ValueError\n")
+error.stack = "set"
+assert error.stack == "set"

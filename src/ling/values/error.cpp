@@ -100,6 +100,12 @@ void object_value_error::set_stack(Any stack) {
   const std::lock_guard guard(lock_);
   stack_.swap(stack);
 }
+void object_value_error::replace_stack(const Any& former, Any stack) {
+  const std::lock_guard guard(lock_);
+  if (stack_.is_same(former)) {
+    stack_.swap(stack);
+  }
+}
 Any object_value_error::value() const {
   const std::lock_guard guard(lock_);
   return value_;
@@ -131,7 +137,7 @@ String Error::stack() const {
   const Any kept = object().stack();
   const auto text = String::cast(internal::unwrap(kept));
   if (text && !kept.is_same(*text)) {
-    object().set_stack(*text);  // put together once
+    object().replace_stack(kept, *text);  // put together once
   }
   return text ? *text : String();
 }
