@@ -6,6 +6,7 @@
 #include "ling/detail/try.h"
 #include "ling/interfaces.h"
 
+#include <algorithm>
 #include <functional>
 #include <mutex>
 #include <string_view>
@@ -229,11 +230,14 @@ Result<None> insert_module(const Module& module) {
   if (object_value_module* const parent = table.find(module_table::name_around(name))) {
     link_child(added, *parent);
   }
+  std::vector<object_value_module*> children;
   table.for_each_child(name, [&](object_value_module& other) {
     if (module_table::name_around(other.name().view()) == name) {
-      link_child(other, added);
+      children.push_back(&other);
     }
   });
+  std::for_each(children.rbegin(), children.rend(),  // the last one added came first
+                [&](object_value_module* child) { link_child(*child, added); });
   return None();
 }
 
