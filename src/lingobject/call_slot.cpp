@@ -114,8 +114,8 @@ slot_result call_value(const Any& value, std::span<PyObject* const> positional, 
                                                   : error_not_callable(value);
 }
 
-// Whoever calls holds the wrapper until the call returns, and with it the value, or the receiver: a method that becomes
-// a value meanwhile keeps that in it.
+// The wrapper lives until the call returns, and with it the value, or the receiver: a method that becomes a value
+// meanwhile keeps that in it.
 slot_result call_wrapper(PyObject* self, std::span<PyObject* const> positional, PyObject* names) {
   const auto& wrapper = *reinterpret_cast<const callable_wrapper_object*>(self);
   if (wrapper.method != nullptr) {
@@ -153,6 +153,7 @@ slot_result call(const Any& value, PyObject* arguments, PyObject* keywords) {
 }
 
 PyObject* call_by_vector(PyObject* self, PyObject* const* arguments, std::size_t count, PyObject* names) noexcept {
+  const held_while_called held(self);
   return guarded<PyObject*>(nullptr, [&]() -> PyObject* {
     // The interpreter counts calls by tuple only.
     const recursion_guard guard(" while calling a Python object");

@@ -156,9 +156,23 @@ int set_attribute_slot(PyObject* self, PyObject* name, PyObject* value) noexcept
   return guarded<int>(-1, [&] { return Body(value_in(self), name, value).to_status(); });
 }
 
+// A reference for a call, under the lock throughout. Not each caller has one: `functools.partial` may be given another
+// callable while its former one is being called.
+class [[nodiscard]] held_while_called {
+ public:
+  explicit held_while_called(PyObject* object) noexcept : object_(object) { Py_INCREF(object); }
+  ~held_while_called() { Py_DECREF(object_); }
+  held_while_called(const held_while_called&) = delete;
+  held_while_called& operator=(const held_while_called&) = delete;
+
+ private:
+  PyObject* const object_;
+};
+
 // tp_call: the keywords may be null.
 template <slot_result (*Body)(const Any& self, PyObject* arguments, PyObject* keywords)>
 PyObject* call_slot(PyObject* self, PyObject* arguments, PyObject* keywords) noexcept {
+  const held_while_called held(self);
   return guarded<PyObject*>(nullptr, [&] { return Body(value_in(self), arguments, keywords).to_object(); });
 }
 

@@ -129,3 +129,22 @@ long_name = "long" * 1000
 count = sys.getrefcount(long_name)
 assert missing(shape, long_name) and not hasattr(shape, "_" + long_name)
 assert sys.getrefcount(long_name) == count
+
+
+# --- callers that let go of what they call ----------------------------------------------------------------------------
+
+import functools
+
+
+class Dropping:
+    def __init__(self, call):
+        self.call = call
+
+    def __int__(self):
+        self.call.__setstate__((print, (), {}, None))  # the method and its receiver had their last reference there
+        return 1
+
+
+for make in (lambda: ling.List([5, 6]).at, lambda: ling.HashMap({1: 5}).get):
+    partial = functools.partial(make())
+    assert partial(Dropping(partial)) in (5, 6)
