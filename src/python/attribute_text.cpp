@@ -30,13 +30,13 @@ PyObjectPtr attribute_text(const name_entry& name) {
   if (place.text && place.name == name.text) [[likely]] {
     return PyObjectPtr::share(place.text.get());
   }
-  PyObject* text = PyUnicode_FromStringAndSize(name.text.data(), static_cast<Py_ssize_t>(name.text.size()));
-  if (text != nullptr && name.text.size() <= longest_name) {
-    PyUnicode_InternInPlace(&text);
-    kept_text made{std::string(name.text), PyObjectPtr::share(text)};
+  // Not interned: there are versions that keep what is interned for ever.
+  PyObjectPtr text(PyUnicode_FromStringAndSize(name.text.data(), static_cast<Py_ssize_t>(name.text.size())));
+  if (text && name.text.size() <= longest_name) {
+    kept_text made{std::string(name.text), PyObjectPtr::share(text.get())};
     std::swap(place, made);
   }
-  return PyObjectPtr(text);
+  return text;
 }
 
 }  // namespace ling::cpython
