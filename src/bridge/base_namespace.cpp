@@ -92,7 +92,9 @@ PyObjectPtr new_namespace(base_names names) {
     }
     std::swap(kept, made);
   }
-  return PyObjectPtr(PyDict_Copy(kept.dict.get()));
+  // Copying takes memory, at which objects may end whose finalisers come here and replace the kept one.
+  const PyObjectPtr held = PyObjectPtr::share(kept.dict.get());
+  return PyObjectPtr(PyDict_Copy(held.get()));
 }
 
 }  // namespace ling::cpython

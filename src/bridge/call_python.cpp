@@ -5,6 +5,7 @@
 #include "python/convert.h"
 #include "python/error_bridge.h"
 #include "python/interpreter_function.h"
+#include "python/type_layout.h"
 
 #include <memory>
 
@@ -19,9 +20,6 @@ namespace {
 
 constinit const interpreter_function<PyObject*(PyObject*, PyObject* const*, std::size_t, PyObject*)> call_with_row(
     "PyObject_VectorcallDict");
-// The callee may use the place in front of the first argument.
-constexpr std::size_t place_in_front = ~(~std::size_t{0} >> 1);
-
 // The arguments as a row of objects. Most calls allocate nothing for it.
 class converted_row {
  public:
@@ -94,8 +92,8 @@ Any call_python(PyObjectPtr_Borrowed callable, std::span<const Any> positional, 
   if (!failure.empty()) {
     return failure;
   }
-  return outcome_of(PyObjectPtr(
-      call_with_row.get()(callable.get(), arguments.first(), positional.size() | place_in_front, keywords.get())));
+  return outcome_of(PyObjectPtr(call_with_row.get()(callable.get(), arguments.first(),
+                                                    positional.size() | vectorcall_offset_flag, keywords.get())));
 }
 
 }  // namespace ling::cpython

@@ -5,7 +5,6 @@
 #include "python/code_cache.h"
 #include "python/convert.h"
 #include "python/interpreter_function.h"
-#include "python/module_attribute.h"
 #include "python/pending_exception.h"
 #include "python/python_name.h"
 
@@ -31,17 +30,57 @@ bool store(PyObject* dict, const String& name, const Any& value) {
 
 namespace {
 
-constinit const module_attribute compile_function("builtins", "compile");
+// A function of the interpreter's own, which programs may have put others in the place of before anybody looked.
+class builtin_function {
+ public:
+  constexpr explicit builtin_function(const char* name) noexcept : name_(name) {}
 
-// The two ways to run a text.
+  const char* name() const noexcept { return name_; }
+  // Whether it is this one: no Python code makes functions like it.
+  bool is(PyObject* function) const noexcept {
+    if (function != known_.get()) {
+      return known_.get() == nullptr && is_own(function) && known_.publish(PyObjectPtr::share(function)) == function;
+    }
+    return true;
+  }
+  // Borrowed; null when another function is in its place.
+  PyObject* find() const {
+    PyObject* const builtins = known_.get() != nullptr ? nullptr : PyEval_GetBuiltins();
+    PyObject* const function = builtins == nullptr ? nullptr : cpython::find(builtins, name_);
+    return known_.get() != nullptr || (function != nullptr && is(function)) ? known_.get() : nullptr;
+  }
+
+ private:
+  bool is_own(PyObject* function) const noexcept {
+    if (Py_TYPE(function) != &PyCFunction_Type) {
+      return false;
+    }
+    static constinit const python_name name_of_object("__name__");
+    PyObject* const owner = PyCFunction_GetSelf(function);
+    const PyObjectPtr owner_name(owner != nullptr && PyModule_Check(owner) ? name_of_object.find(owner)
+                                                                           : PyObjectPtr());
+    const PyObjectPtr own_name = name_of_object.find(function);
+    const bool is_known = owner_name && own_name &&
+                          PyUnicode_CompareWithASCIIString(owner_name.get(), "builtins") == 0 &&
+                          PyUnicode_CompareWithASCIIString(own_name.get(), name_) == 0;
+    forget_exception();
+    return is_known;
+  }
+
+  const char* name_;
+  mutable internal::published<PyObject> known_;
+};
+
+constinit const builtin_function own_compile("compile");
+
+// The two ways to run a text, which are also modes of `compile`.
 struct way_to_run {
-  module_attribute own;  // the interpreter's function
+  builtin_function own;
   python_name name;
-  const char* mode;  // as `compile` calls it
 };
 constinit const way_to_run ways[] = {
-    {{"builtins", "exec"}, "exec", "exec"},
-    {{"builtins", "eval"}, "eval", "eval"},
+    {builtin_function("exec"), "exec"},
+    {builtin_function("eval"), "eval"},
 };
 const way_to_run& way_of(const python_source& source) noexcept { return ways[static_cast<int>(source.what)]; }
 
@@ -78,23 +117,23 @@ PyObjectPtr compile_anew(python_source source) {
   if (source.what == python_source::kind::expression) {  // `eval` takes blanks away, `compile` does not
     source.code.remove_prefix(std::min(source.code.find_first_not_of(" \t"), source.code.size()));
   }
-  PyObject* const compile = compile_function.get();
+  PyObject* const compile = own_compile.find();
   const PyObjectPtr text = text_of(source);
   if (compile == nullptr || !text) {
     return {};
   }
-  return or_no_memory(PyObject_CallFunction(compile, "Oss", text.get(), "<string>", way_of(source).mode));
+  return or_no_memory(PyObject_CallFunction(compile, "Oss", text.get(), "<string>", way_of(source).own.name()));
 }
 
 }  // namespace
 
 PyObjectPtr compile_source(const python_source& source) {
-  compiler_flags inherited{};
-  if (auto* const merge = merge_flags.get(); merge != nullptr) {
-    merge(&inherited);
-  } else {
+  auto* const merge = merge_flags.get();
+  if (merge == nullptr) {
     return compile_anew(source);
   }
+  compiler_flags inherited{};
+  merge(&inherited);
   const void* const kind =
       source.wrap != nullptr ? reinterpret_cast<const void*>(source.wrap) : static_cast<const void*>(&way_of(source));
   const code_key key{kind, inherited.flags, source.code, source.names};
@@ -130,21 +169,13 @@ PyObjectPtr run_source(const python_source& source, PyObject* globals, PyObject*
   if (function == nullptr) {
     return {};
   }
-  if (function == way.own.get()) [[likely]] {
+  if (way.own.is(function) && own_compile.find() != nullptr) [[likely]] {
     const PyObjectPtr code = compile_source(source);
     return code ? run_code(code.get(), globals, locals) : PyObjectPtr();
   }
   const PyObjectPtr text = text_of(source);
   return text ? or_no_memory(PyObject_CallFunctionObjArgs(function, text.get(), globals, locals, nullptr))
               : PyObjectPtr();
-}
-
-void know_own_functions() {
-  const pending_exception_aside aside;
-  static_cast<void>(compile_function.get());
-  for (const way_to_run& each : ways) {
-    static_cast<void>(each.own.get());
-  }
 }
 
 }  // namespace ling::cpython

@@ -5,7 +5,6 @@
 #include "ling/error.h"
 #include "python/interpreter.h"
 #include "python/pyobject_ptr.h"
-#include "python/python_source.h"
 
 #include <thread>
 
@@ -68,7 +67,6 @@ void start_interpreter() {
   attempt([] { static_cast<void>(cpython_language_class.get()); });
   // 5. Python code may now ask for the host's modules.
   const GilGuard lock;
-  attempt(know_own_functions);
   attempt(install_importer);
 }
 

@@ -167,35 +167,43 @@ struct run_dicts {
   }
 };
 
-// Runs code that gives back the variables of these names. `execute` is given the namespaces and answers null when it
-// fails.
+// Runs code that gives back the variables of these names; without them, of the keys of `outLocals`. `execute` is given
+// the names and the namespaces and answers null when it fails.
 template <class Execute>
-Result<Any> run(const context& in, std::span<const String> names, const Execute& execute) {
+Result<Any> run(const context& in, const std::vector<String>* given, const Execute& execute) {
   const run_dicts dicts;
   if (!dicts.complete()) {
     return exception_to_error(0, 0);
   }
   TRY(dicts.fill(in));
+  std::vector<String> keys;
+  if (given == nullptr && in.out_locals.has_value()) {
+    const List_Generic listed = TRY(in.out_locals.value().keys());
+    TRY(read_names(listed.copyItems(), "The keys of outLocals", keys));
+  }
+  const std::vector<String>& names = given != nullptr ? *given : keys;
   if (in.out_locals.has_value()) {
     store(dicts.locals.get(), "ling_store_local", make_store_local(in.out_locals.value()));
   }
   const Any result = make<object_value_store_result>();
   store(dicts.locals.get(), "ling_store_result", result);
   store(dicts.globals.get(), "self", in.self);
-  if (execute(dicts.globals.get(), dicts.locals.get())) {
+  if (execute(names, dicts.globals.get(), dicts.locals.get())) {
     return static_cast<const object_value_store_result&>(*result.get()).take();
   }
   return failed_behind_code() ? capture_error_or("Unable to take the results of the code.") : error_in_code(names);
 }
 
-Result<Any> run_program(PyObject* program, std::span<const String> names, const Any& scope) {
+Result<Any> run_program(PyObject* program, const std::vector<String>& names, const Any& scope) {
   TRY(ensure_interpreter());
   const GilGuard lock;
   const context in = context_of(scope);
   if (!names.empty() && !in.out_locals.has_value()) {
     return BadArgument("The code gives variables back, for which the scope has no outLocals.");
   }
-  return run(in, names, [&](PyObject* globals, PyObject* locals) { return run_code(program, globals, locals); });
+  return run(in, &names, [&](std::span<const String>, PyObject* globals, PyObject* locals) {
+    return run_code(program, globals, locals);
+  });
 }
 
 }  // namespace
@@ -203,13 +211,7 @@ Result<Any> run_program(PyObject* program, std::span<const String> names, const 
 Result<Any> evaluate(const String& code, const Any& scope) {
   TRY(ensure_interpreter());
   const GilGuard lock;
-  const context in = context_of(scope);
-  std::vector<String> names;
-  if (in.out_locals.has_value()) {
-    const List_Generic keys = TRY(in.out_locals.value().keys());
-    TRY(read_names(keys.copyItems(), "The keys of outLocals", names));
-  }
-  return run(in, names, [&](PyObject* globals, PyObject* locals) {
+  return run(context_of(scope), nullptr, [&](std::span<const String> names, PyObject* globals, PyObject* locals) {
     return run_source(source_of_run(code, names), globals, locals);
   });
 }

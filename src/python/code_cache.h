@@ -19,10 +19,14 @@ namespace ling::cpython {
 
 // All that a code object depends on.
 struct code_key {
-  const void* kind;  // one address for each way to make a text of the code
-  int flags;         // that the compiler takes over from the code that is running
-  std::string_view code;
-  std::span<const String> names;
+  code_key(const void* kind, int flags, std::string_view code, std::span<const String> names) noexcept;
+
+  const void* const kind;  // one address for each way to make a text of the code
+  const int flags;         // that the compiler takes over from the code that is running
+  const std::string_view code;
+  const std::span<const String> names;
+  const std::size_t hash;
+  const std::size_t size;  // of the code and the names
 };
 
 class code_cache {
@@ -38,6 +42,7 @@ class code_cache {
  private:
   struct kept_code {
     std::size_t hash;
+    std::size_t size;
     const void* kind;
     int flags;
     std::string text;
@@ -48,7 +53,7 @@ class code_cache {
 
   row by_use_;  // the last used one first
   std::unordered_multimap<std::size_t, row::iterator> by_hash_;
-  std::size_t text_size_ = 0;
+  std::size_t size_ = 0;  // of all texts
 };
 
 }  // namespace ling::cpython

@@ -39,7 +39,4 @@ PyObjectPtr run_source(const python_source& source, PyObject* globals, PyObject*
 PyObjectPtr compile_source(const python_source& source);
 PyObjectPtr run_code(PyObject* code, PyObject* globals, PyObject* locals);
 
-// To be called before foreign code runs: which functions are the interpreter's own.
-void know_own_functions();
-
 }  // namespace ling::cpython

@@ -1,6 +1,7 @@
 """Code that comes again is compiled once, and nothing but the time tells."""
 
 import builtins
+import gc
 import sys
 import weakref
 
@@ -65,6 +66,32 @@ assert kept() is code_of("# kept")() and large() is None
 for number in range(600):
     evaluate_expr(str(number))
 assert kept() is None
+
+# Copying the kept names takes memory, at which a finaliser may replace them.
+class Cycle:
+    def __init__(self):
+        self.itself = self
+
+    def __del__(self):
+        module.inlined = not module.inlined  # outdates the names, which the next evaluation makes anew
+        evaluate_expr("1")
+
+
+module = ling.find_module("ling.cpython")
+spare = []
+gc.disable()
+for step in range(60):
+    gc.collect()
+    spare.extend({} for _ in range(300))  # none are left to be used again
+    Cycle()
+    gc.set_threshold(gc.get_count()[0] + step)
+    gc.enable()
+    length, items = evaluate_expr("(len(globals()), len(list(globals())))")
+    gc.disable()
+    assert length == items, step
+gc.set_threshold(700)
+gc.enable()
+module.inlined = False
 
 # --- code that the host keeps ------------------------------------------------------------------------------------------
 
