@@ -21,12 +21,15 @@ struct kept_text {
 constexpr std::size_t most_texts = 512;
 constexpr std::size_t longest_name = 64;
 using kept_texts = std::array<kept_text, most_texts>;
-constinit internal::immortal<kept_texts> kept;
+kept_texts& all_kept() {
+  static internal::immortal<kept_texts> kept;
+  return kept.object;
+}
 
 }  // namespace
 
 PyObjectPtr attribute_text(const name_entry& name) {
-  kept_text& place = kept.object[name.hash % most_texts];
+  kept_text& place = all_kept()[name.hash % most_texts];
   if (place.text && place.name == name.text) [[likely]] {
     return PyObjectPtr::share(place.text.get());
   }
