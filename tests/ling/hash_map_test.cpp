@@ -83,7 +83,7 @@ const constinit class_definition<Mimic> mimic_class("Mimic", [](class_builder<Mi
 
 TEST(HashMap, AsksKeysThatMayEqualANumber) {
   for (const Any& number : values(5, -1, INT64_MIN, INT64_MAX, std::uint64_t{1} << 63)) {
-    const Any mimic = make<object_value_native<Mimic>>(mimic_class.required(), number);
+    const Any mimic = make<object_value_native<Mimic>>(mimic_class.required(), Mimic{number});
     const HashMap_Generic map = make_map({mimic, "mimic"});
     EXPECT_TRUE(map.contains(number));
     EXPECT_EQ(text(map.get(number)), "mimic");
