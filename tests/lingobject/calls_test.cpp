@@ -140,7 +140,10 @@ def result(w):
     try: bad()
     except Exception: pass)");
   const PyObjectPtr worker = to_python(make_worker());
-  expect_no_leak("calls", [&] { PyObjectPtr(PyObject_CallFunctionObjArgs(use.get(), worker.get(), nullptr)); });
+  expect_no_leak("calls", [&] {
+    const PyObjectPtr done(PyObject_CallFunctionObjArgs(use.get(), worker.get(), nullptr));
+    EXPECT_TRUE(done);
+  });
 }
 
 // What is missing is told by the class's name, which may come to be another, as a name may come to be known.
